@@ -1,0 +1,36 @@
+#include "app/main/mainwindow.h"
+#include "common/folders.h"
+#include "common/germanlocale.h"
+#include "common/ui/messageboxprompter.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+
+int main(int argc, char* argv[])
+{
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("TARVIK"));
+    QApplication::setApplicationVersion(QStringLiteral("3.0.28"));
+    tarvik::useGermanLocale();
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("TARVIK 3.0 - Die Holzliste"));
+    parser.addHelpOption();
+    const QCommandLineOption dataOption(QStringLiteral("daten"), QStringLiteral("Datenordner"), QStringLiteral("ORDNER"));
+    parser.addOption(dataOption);
+    parser.process(app);
+
+    tarvik::MessageBoxPrompter prompter;
+    tarvik::StartupOptions options;
+    options.dataFolder = tarvik::resolveDataFolder(parser.value(dataOption));
+    options.shareFolder = tarvik::shareFolder();
+    options.locale = QLocale();
+    std::unique_ptr<tarvik::Session> session = tarvik::startSession(options, prompter);
+    if (!session)
+        return 1;
+
+    tarvik::MainWindow window(*session, prompter);
+    prompter.setParent(&window);
+    window.show();
+    return app.exec();
+}

@@ -1,0 +1,33 @@
+#pragma once
+// Where the program's files and the user's data live.
+#include <QString>
+
+namespace tarvik {
+
+inline constexpr char DataFolderEnv[] = "TARVIK_DATEN";
+
+// The folder of the running program, ending in "/".
+QString programFolder();
+// Files shipped beside the program, seeded into a new data folder.
+QString shareFolder();
+
+// The default data folder for a program folder. On Windows: the program's drive followed by
+// ":/Daten/Forstsoftware_TARVIK3/"; elsewhere below the home folder. Always ends in "/".
+QString defaultDataFolder(const QString& programFolder, const QString& homeFolder, bool windows);
+
+// The option --daten wins over the environment variable, which wins over the default.
+QString resolveDataFolder(const QString& option, const QString& environment,
+                          const QString& programFolder, const QString& homeFolder, bool windows);
+QString resolveDataFolder(const QString& option); // with this process's environment
+
+struct DataFolderResult {
+    bool ok = false;
+    bool created = false;
+    QString error; // German
+};
+
+// Creates the data folder when missing and seeds it with every file of the share folder
+// except the program itself; then makes every file in it writable for its owner.
+DataFolderResult prepareDataFolder(const QString& dataFolder, const QString& shareFolder);
+
+} // namespace tarvik

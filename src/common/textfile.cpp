@@ -1,0 +1,93 @@
+#include "common/textfile.h"
+
+#include <QFile>
+#include <QSaveFile>
+
+namespace tarvik {
+namespace {
+
+// Windows-1252 bytes 0x80..0x9F; 0 marks the five unassigned positions.
+constexpr char16_t HighTable[32] = {
+    0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+    0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,
+    0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+    0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178,
+};
+
+char encodeChar(char16_t c)
+{
+    if (c < 0x80 || (c >= 0xA0 && c <= 0xFF))
+        return static_cast<char>(c);
+    for (int i = 0; i < 32; ++i)
+        if (HighTable[i] == c && c != 0)
+            return static_cast<char>(0x80 + i);
+    return '?';
+}
+
+} // namespace
+
+QByteArray encodeCp1252(const QString& text)
+{
+    QByteArray out;
+    out.reserve(text.size());
+    for (const QChar ch : text)
+        out.append(encodeChar(ch.unicode()));
+    return out;
+}
+
+QString decodeCp1252(const QByteArray& bytes)
+{
+    QString out;
+    out.reserve(bytes.size());
+    for (const char b : bytes) {
+        const auto u = static_cast<unsigned char>(b);
+        if (u >= 0x80 && u < 0xA0)
+            out.append(QChar(HighTable[u - 0x80] ? HighTable[u - 0x80] : char16_t(u)));
+        else
+            out.append(QChar(char16_t(u)));
+    }
+    return out;
+}
+
+TextFileResult writeTextFileRaw(const QString& path, const QString& text)
+{
+    QString normalised = text;
+    normalised.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    normalised.replace(u'\n', QLatin1String("\r\n"));
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht geschrieben werden: %2")
+                               .arg(path, file.errorString())};
+    }
+    file.write(encodeCp1252(normalised));
+    if (!file.commit()) {
+        return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht geschrieben werden: %2")
+                               .arg(path, file.errorString())};
+    }
+    return {true, {}, {}};
+}
+
+TextFileResult writeTextFile(const QString& path, const QStringList& lines)
+{
+    QString text;
+    for (const QString& line : lines)
+        text += line + QLatin1String("\r\n");
+    return writeTextFileRaw(path, text);
+}
+
+TextFileResult readTextFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht gelesen werden: %2")
+                               .arg(path, file.errorString())};
+    }
+    QString text = decodeCp1252(file.readAll());
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    QStringList lines = text.split(u'\n');
+    if (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast(); // the line end of the last line opens no further line
+    return {true, lines, {}};
+}
+
+} // namespace tarvik

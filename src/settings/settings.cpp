@@ -1,0 +1,90 @@
+#include "settings/settings.h"
+
+#include "common/numbers.h"
+#include "common/textfile.h"
+
+#include <QStringList>
+
+namespace tarvik {
+namespace {
+
+// A reader accepts blanks around the number; anything else that does not parse counts as 0.
+qint16 parseZahl(const QString& line)
+{
+    bool ok = false;
+    const int v = line.trimmed().toInt(&ok);
+    return ok ? toShort(v) : qint16(0);
+}
+
+float parseDezimal(const QString& line)
+{
+    bool ok = false;
+    const float v = line.trimmed().toFloat(&ok);
+    return ok ? v : 0.0f;
+}
+
+} // namespace
+
+void Einstellungen::repair()
+{
+    if (text[10].trimmed().isEmpty())
+        text[10] = QStringLiteral(" | ");
+    if (zahl[17] < 3)
+        zahl[17] = 14;
+    if (dezimal[0] == 0.0f)
+        dezimal[0] = 0.7f;
+    if (dezimal[1] == 0.0f)
+        dezimal[1] = 0.65f;
+    if (dezimal[2] == 0.0f)
+        dezimal[2] = 0.6f;
+}
+
+QString factorLine(float value)
+{
+    QString s = formatDecimal(value, 2);
+    const int comma = s.indexOf(u',');
+    if (comma >= 0)
+        s[comma] = u'.';
+    return s.left(10).trimmed();
+}
+
+Einstellungen EinstellungenLaden(const QString& path)
+{
+    Einstellungen s;
+    const TextFileResult file = readTextFile(path);
+    if (file.ok) {
+        const QStringList& lines = file.lines;
+        const int n = std::min<int>(lines.size(), Einstellungen::LineCount);
+        for (int i = 0; i < n; ++i) {
+            if (i < Einstellungen::ZahlCount)
+                s.zahl[static_cast<size_t>(i)] = parseZahl(lines[i]);
+            else if (i < Einstellungen::ZahlCount + Einstellungen::DezimalCount)
+                s.dezimal[static_cast<size_t>(i - Einstellungen::ZahlCount)] = parseDezimal(lines[i]);
+            else
+                s.text[static_cast<size_t>(i - Einstellungen::ZahlCount - Einstellungen::DezimalCount)] = lines[i];
+        }
+    }
+    s.repair();
+    return s;
+}
+
+bool EinstellungenSpeichern(const Einstellungen& settings, const QString& path, QString* error)
+{
+    QStringList lines;
+    lines.reserve(Einstellungen::LineCount);
+    for (const qint16 v : settings.zahl)
+        lines << signedText(v);
+    for (const float v : settings.dezimal)
+        lines << factorLine(v);
+    for (const QString& t : settings.text) {
+        QString line = t;
+        line.replace(u'\r', u' ').replace(u'\n', u' '); // one value, one line
+        lines << line;
+    }
+    const TextFileResult result = writeTextFile(path, lines);
+    if (!result.ok && error)
+        *error = result.error;
+    return result.ok;
+}
+
+} // namespace tarvik

@@ -1,0 +1,45 @@
+#pragma once
+// The database file: created with its master data when missing, checked before it is
+// touched, opened with two handles that can both read and write.
+#include <QSqlDatabase>
+#include <QString>
+#include <memory>
+
+namespace tarvik {
+
+inline constexpr char DatabaseFileName[] = "TARVIK3.db";
+
+class Database {
+public:
+    // Opens the file, or creates it when it does not exist. Throws StoreError with a German
+    // message naming the file when it is not a database of this program or is damaged; such
+    // a file is left untouched.
+    static std::unique_ptr<Database> openOrCreate(const QString& path);
+    ~Database();
+
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    // The handle all windows and commands use.
+    QSqlDatabase shared() const;
+    // The main window's list keeps its own handle on the same file.
+    QSqlDatabase listHandle() const;
+    bool newlyCreated() const { return m_created; }
+    const QString& path() const { return m_path; }
+
+private:
+    Database(const QString& path, bool created);
+    QString m_path;
+    QString m_sharedName;
+    QString m_listName;
+    bool m_created;
+};
+
+// The note shown after a new file was created.
+QString masterDataNote();
+
+// Creates a new file at path with every table, index and default row, in one go: the file
+// appears complete or not at all. Throws StoreError.
+void createDatabaseFile(const QString& path);
+
+} // namespace tarvik

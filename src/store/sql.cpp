@@ -1,0 +1,89 @@
+#include "store/sql.h"
+
+#include <QSqlError>
+
+namespace tarvik {
+namespace {
+
+[[noreturn]] void fail(const QString& sql, const QSqlError& error)
+{
+    throw StoreError(QStringLiteral("Die Datenbank meldet einen Fehler:\n%1\n\nBefehl: %2")
+                         .arg(error.text(), sql.simplified()));
+}
+
+} // namespace
+
+QSqlQuery prepareSql(const QSqlDatabase& db, const QString& sql)
+{
+    QSqlQuery query(db);
+    if (!query.prepare(sql))
+        fail(sql, query.lastError());
+    return query;
+}
+
+void execPrepared(QSqlQuery& query, const QVariantList& values)
+{
+    for (int i = 0; i < values.size(); ++i)
+        query.bindValue(i, values[i]);
+    if (!query.exec())
+        fail(query.lastQuery(), query.lastError());
+}
+
+QSqlQuery execSql(const QSqlDatabase& db, const QString& sql, const QVariantList& values)
+{
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (values.isEmpty()) {
+        if (!query.exec(sql))
+            fail(sql, query.lastError());
+        return query;
+    }
+    if (!query.prepare(sql))
+        fail(sql, query.lastError());
+    execPrepared(query, values);
+    return query;
+}
+
+QVariant scalar(const QSqlDatabase& db, const QString& sql, const QVariantList& values)
+{
+    QSqlQuery query = execSql(db, sql, values);
+    return query.next() ? query.value(0) : QVariant();
+}
+
+QString quoted(const QString& identifier)
+{
+    QString escaped = identifier;
+    escaped.replace(u'"', QLatin1String("\"\""));
+    return u'"' + escaped + u'"';
+}
+
+bool isSafeIdentifier(const QString& name)
+{
+    if (name.isEmpty())
+        return false;
+    for (const QChar c : name)
+        if (!(c.isLetterOrNumber() || c == u'_'))
+            return false;
+    return true;
+}
+
+TransactionGuard::TransactionGuard(QSqlDatabase db) : m_db(std::move(db))
+{
+    if (!m_db.transaction())
+        fail(QStringLiteral("BEGIN"), m_db.lastError());
+}
+
+TransactionGuard::~TransactionGuard()
+{
+    if (!m_done)
+        m_db.rollback();
+}
+
+void TransactionGuard::commit()
+{
+    if (!m_db.commit())
+        fail(QStringLiteral("COMMIT"), m_db.lastError());
+    m_done = true;
+}
+
+} // namespace tarvik

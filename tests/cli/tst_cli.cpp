@@ -1,0 +1,108 @@
+// tarvik-cli: usage, exit codes and "init", run in-process.
+#include "cli/cli.h"
+#include "store/sql.h"
+#include "support/tempdatafolder.h"
+
+#include <QFile>
+#include <cstdio>
+
+using namespace tarvik;
+
+namespace {
+
+struct Output {
+    int code;
+    QString out;
+    QString err;
+};
+
+QString slurp(std::FILE* f)
+{
+    std::rewind(f);
+    QByteArray bytes;
+    char buf[4096];
+    size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0)
+        bytes.append(buf, qsizetype(n));
+    std::fclose(f);
+    return QString::fromUtf8(bytes);
+}
+
+Output runCli(const QStringList& args)
+{
+    std::FILE* out = std::tmpfile();
+    std::FILE* err = std::tmpfile();
+    const int code = cli::run(args, out, err);
+    return {code, slurp(out), slurp(err)};
+}
+
+} // namespace
+
+class TestCli : public QObject {
+    Q_OBJECT
+private slots:
+    void usage_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("code");
+        QTest::newRow("help") << QStringList{"--help"} << 0;
+        QTest::newRow("no command") << QStringList{} << 2;
+        QTest::newRow("unknown command") << QStringList{"--daten", "/tmp/x", "tanzen"} << 2;
+        QTest::newRow("unknown option") << QStringList{"--schnell", "init"} << 2;
+        QTest::newRow("yes and no") << QStringList{"--ja", "--nein", "init"} << 2;
+        QTest::newRow("missing folder") << QStringList{"--daten"} << 2;
+        QTest::newRow("init with argument") << QStringList{"--daten", "/tmp/tarvik-cli-test", "init", "x"} << 2;
+    }
+    void usage()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(int, code);
+        const Output o = runCli(args);
+        QCOMPARE(o.code, code);
+        if (code == 2)
+            QVERIFY(o.err.contains(QStringLiteral("Aufruf: tarvik-cli")));
+        else
+            QVERIFY(o.out.contains(QStringLiteral("init")));
+    }
+
+    void initCreatesThenChangesNothing()
+    {
+        test::TempDataFolder root;
+        const QString data = root.filePath(QStringLiteral("daten"));
+        const Output first = runCli({QStringLiteral("--daten"), data, QStringLiteral("init")});
+        QCOMPARE(first.code, 0);
+        QVERIFY(first.out.startsWith(QStringLiteral("Datenbank angelegt: ")));
+        QVERIFY(first.out.contains(QStringLiteral("51 Rindenabzüge für 18 Baumarten ergänzt")));
+        QVERIFY(first.err.contains(QStringLiteral("In der Datenbasis wurden verschiedene Stammdaten")));
+        QVERIFY(QFile::exists(data + QStringLiteral("/TARVIK3.db")));
+        QVERIFY(QFile::exists(data + QStringLiteral("/Einstellungen.tk3")));
+
+        const QByteArray settingsBefore = [&] {
+            QFile f(data + QStringLiteral("/Einstellungen.tk3"));
+            return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+        }();
+        const Output second = runCli({QStringLiteral("--daten=") + data, QStringLiteral("init")});
+        QCOMPARE(second.code, 0);
+        QVERIFY(second.out.startsWith(QStringLiteral("Datenbank geöffnet: ")));
+        QVERIFY(second.out.contains(QStringLiteral("nichts geändert")));
+        QVERIFY(second.err.isEmpty());
+        QFile f(data + QStringLiteral("/Einstellungen.tk3"));
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QCOMPARE(f.readAll(), settingsBefore);
+    }
+
+    void foreignFileIsARefusal()
+    {
+        test::TempDataFolder root;
+        QFile f(root.databasePath());
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("Standard Jet DB");
+        f.close();
+        const Output o = runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("init")});
+        QCOMPARE(o.code, 1);
+        QVERIFY(o.err.contains(root.databasePath()));
+    }
+};
+
+TARVIK_TEST_CORE_MAIN(TestCli)
+#include "tst_cli.moc"

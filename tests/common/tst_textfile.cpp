@@ -1,0 +1,58 @@
+#include "common/textfile.h"
+#include "support/tempdatafolder.h"
+
+#include <QFile>
+
+using namespace tarvik;
+
+class TestTextFile : public QObject {
+    Q_OBJECT
+private slots:
+    void writesCp1252WithCrLf()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QStringLiteral("a.txt"));
+        QVERIFY(writeTextFile(path, {QStringLiteral("Stämme Größe €"), QStringLiteral(" | ")}).ok);
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QCOMPARE(f.readAll(), QByteArray("St\xe4mme Gr\xf6\xdf" "e \x80\r\n | \r\n"));
+    }
+
+    void roundTripKeepsBlanksAndUmlauts()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QStringLiteral("b.txt"));
+        const QStringList lines{QStringLiteral("  Nußbaum  "), QString(), QStringLiteral("‚quoted‘ – ok")};
+        QVERIFY(writeTextFile(path, lines).ok);
+        const TextFileResult read = readTextFile(path);
+        QVERIFY(read.ok);
+        QCOMPARE(read.lines, lines);
+    }
+
+    void characterOutsideCodePageBecomesQuestionMark()
+    {
+        QCOMPARE(encodeCp1252(QStringLiteral("a\u0416b")), QByteArray("a?b"));
+        QCOMPARE(decodeCp1252(encodeCp1252(QStringLiteral("Ÿœ™"))), QStringLiteral("Ÿœ™"));
+    }
+
+    void readsLfOnlyFiles()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QStringLiteral("c.txt"));
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("eins\nzwei\n");
+        f.close();
+        QCOMPARE(readTextFile(path).lines, (QStringList{QStringLiteral("eins"), QStringLiteral("zwei")}));
+    }
+
+    void missingFileNamesTheFile()
+    {
+        const TextFileResult r = readTextFile(QStringLiteral("/nonexistent/x.tk3"));
+        QVERIFY(!r.ok);
+        QVERIFY(r.error.contains(QStringLiteral("/nonexistent/x.tk3")));
+    }
+};
+
+TARVIK_TEST_CORE_MAIN(TestTextFile)
+#include "tst_textfile.moc"

@@ -1,0 +1,175 @@
+// "Einstellungen.tk3": 173 lines, repairs after reading, tolerance of damaged files.
+#include "common/textfile.h"
+#include "settings/corrections.h"
+#include "settings/settings.h"
+#include "support/tempdatafolder.h"
+
+#include <QFile>
+
+using namespace tarvik;
+
+class TestSettings : public QObject {
+    Q_OBJECT
+private slots:
+    void missingFileGivesDefaults()
+    {
+        const Einstellungen s = EinstellungenLaden(QStringLiteral("/nonexistent/Einstellungen.tk3"));
+        QCOMPARE(s.zahl[17], qint16(14));
+        QCOMPARE(s.text[10], QStringLiteral(" | "));
+        QCOMPARE(s.dezimal[0], 0.7f);
+        QCOMPARE(s.dezimal[1], 0.65f);
+        QCOMPARE(s.dezimal[2], 0.6f);
+        QCOMPARE(s.zahl[0], qint16(0));
+        QCOMPARE(s.zahl[100], qint16(0));
+        QCOMPARE(s.dezimal[3], 0.0f);
+        QCOMPARE(s.text[12], QString());
+    }
+
+    void fileHasTheExactLayout()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QLatin1String(SettingsFileName));
+        Einstellungen s = EinstellungenLaden(path);
+        s.zahl[4] = 3;
+        s.zahl[5] = -2;
+        s.dezimal[3] = 12.345f;
+        s.text[1] = QStringLiteral("  Forstbetrieb Müller  ");
+        QVERIFY(EinstellungenSpeichern(s, path));
+
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray bytes = f.readAll();
+        QCOMPARE(bytes.count("\r\n"), 173);
+        const QList<QByteArray> lines = bytes.split('\n');
+        QCOMPARE(lines[4], QByteArray(" 3\r"));
+        QCOMPARE(lines[5], QByteArray("-2\r"));
+        QCOMPARE(lines[17], QByteArray(" 14\r"));
+        QCOMPARE(lines[101], QByteArray("0.70\r"));
+        QCOMPARE(lines[102], QByteArray("0.65\r"));
+        QCOMPARE(lines[104], QByteArray("12.35\r"));
+        QCOMPARE(lines[112 + 1], QByteArray("  Forstbetrieb M\xfcller  \r"));
+        QCOMPARE(lines[112 + 10], QByteArray(" | \r"));
+    }
+
+    void roundTrip()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QLatin1String(SettingsFileName));
+        Einstellungen s = EinstellungenLaden(path);
+        for (int i = 0; i < Einstellungen::ZahlCount; ++i)
+            s.zahl[size_t(i)] = qint16(i * 3 - 20);
+        s.zahl[17] = 30;
+        s.text[10] = QStringLiteral(" ; ");
+        s.text[60] = QStringLiteral("letzter");
+        s.dezimal[10] = -1.5f;
+        QVERIFY(EinstellungenSpeichern(s, path));
+        const Einstellungen read = EinstellungenLaden(path);
+        QCOMPARE(read.zahl, s.zahl);
+        QCOMPARE(read.text, s.text);
+        QCOMPARE(read.dezimal, s.dezimal);
+    }
+
+    void factorKeepsTwoDecimals()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QLatin1String(SettingsFileName));
+        Einstellungen s = EinstellungenLaden(path);
+        s.dezimal[0] = 0.675f;
+        QVERIFY(EinstellungenSpeichern(s, path));
+        QCOMPARE(EinstellungenLaden(path).dezimal[0], 0.68f);
+    }
+
+    void repairs_data()
+    {
+        QTest::addColumn<int>("line");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("slot");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("backup days 2 becomes 14") << 17 << " 2" << "zahl17" << "14";
+        QTest::newRow("backup days 3 stays") << 17 << " 3" << "zahl17" << "3";
+        QTest::newRow("blank separator repaired") << 122 << "   " << "text10" << " | ";
+        QTest::newRow("factor 0 repaired") << 101 << "0.00" << "dez0" << "0.7";
+        QTest::newRow("garbled factor counts as 0") << 102 << "abc" << "dez1" << "0.65";
+        QTest::newRow("garbled number counts as 0") << 5 << "x1" << "zahl5" << "0";
+    }
+    void repairs()
+    {
+        QFETCH(int, line);
+        QFETCH(QString, value);
+        QFETCH(QString, slot);
+        QFETCH(QString, expected);
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QLatin1String(SettingsFileName));
+        QVERIFY(EinstellungenSpeichern(EinstellungenLaden(path), path));
+        QStringList lines = readTextFile(path).lines;
+        lines[line] = value;
+        QVERIFY(writeTextFile(path, lines).ok);
+        const Einstellungen s = EinstellungenLaden(path);
+        QString actual;
+        if (slot.startsWith(QLatin1String("zahl")))
+            actual = QString::number(s.zahl[size_t(slot.mid(4).toInt())]);
+        else if (slot.startsWith(QLatin1String("dez")))
+            actual = QString::number(double(s.dezimal[size_t(slot.mid(3).toInt())]), 'g', 6);
+        else
+            actual = s.text[size_t(slot.mid(4).toInt())];
+        QCOMPARE(actual, expected);
+    }
+
+    void shortFileKeepsWhatWasRead()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QLatin1String(SettingsFileName));
+        QVERIFY(writeTextFile(path, {QStringLiteral(" 1"), QStringLiteral(" 2"), QStringLiteral(" 3")}).ok);
+        const Einstellungen s = EinstellungenLaden(path);
+        QCOMPARE(s.zahl[2], qint16(3));
+        QCOMPARE(s.zahl[3], qint16(0));
+        QCOMPARE(s.zahl[17], qint16(14));
+        QCOMPARE(s.dezimal[0], 0.7f);
+    }
+
+    void extraLinesAreIgnored()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QLatin1String(SettingsFileName));
+        Einstellungen s = EinstellungenLaden(path);
+        s.text[60] = QStringLiteral("Ende");
+        QVERIFY(EinstellungenSpeichern(s, path));
+        QStringList lines = readTextFile(path).lines;
+        lines << QStringLiteral("zuviel");
+        QVERIFY(writeTextFile(path, lines).ok);
+        QCOMPARE(EinstellungenLaden(path).text[60], QStringLiteral("Ende"));
+    }
+
+    void corrections_data()
+    {
+        QTest::addColumn<QString>("rule");
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("separator empty") << "separator" << "" << " | ";
+        QTest::newRow("separator blank kept") << "separator" << " " << " ";
+        QTest::newRow("days below 3") << "days" << "2" << "3";
+        QTest::newRow("days junk") << "days" << "x" << "3";
+        QTest::newRow("days 3") << "days" << "3" << "3";
+        QTest::newRow("lines 29") << "lines" << "29" << "30";
+        QTest::newRow("lines 60") << "lines" << "60" << "60";
+        QTest::newRow("margin 81") << "margin" << "81" << "80";
+        QTest::newRow("margin 80") << "margin" << "80" << "80";
+        QTest::newRow("factor high") << "factor" << "0,95" << "0,900";
+        QTest::newRow("factor low") << "factor" << "0,4" << "0,500";
+        QTest::newRow("factor inside") << "factor" << "0,675" << "0,675";
+    }
+    void corrections()
+    {
+        QFETCH(QString, rule);
+        QFETCH(QString, input);
+        QFETCH(QString, expected);
+        const QMap<QString, QString (*)(const QString&)> rules{
+            {QStringLiteral("separator"), settingsrules::separator}, {QStringLiteral("days"), settingsrules::backupDays},
+            {QStringLiteral("lines"), settingsrules::linesPerPage},  {QStringLiteral("margin"), settingsrules::topMargin},
+            {QStringLiteral("factor"), settingsrules::firstFactor}};
+        QCOMPARE(rules.value(rule)(input), expected);
+    }
+};
+
+TARVIK_TEST_CORE_MAIN(TestSettings)
+#include "tst_settings.moc"

@@ -1,0 +1,180 @@
+// OF_Einstellungen driven through its controls, headless.
+#include "settings/ui/settingsdialog.h"
+#include "support/tempdatafolder.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+
+using namespace tarvik;
+
+class TestSettingsDialog : public QObject {
+    Q_OBJECT
+
+    test::TempDataFolder m_dir;
+    QString path() const { return m_dir.filePath(QLatin1String(SettingsFileName)); }
+
+    template <typename T>
+    static T* child(QDialog& d, const char* name)
+    {
+        T* w = d.findChild<T*>(QString::fromUtf8(name));
+        if (!w)
+            qFatal("no control %s", name);
+        return w;
+    }
+
+    static void typeInto(QLineEdit* edit, const QString& text)
+    {
+        edit->setText(text);
+        emit edit->editingFinished(); // the user leaves the field
+    }
+
+private slots:
+    void showsTheSlots()
+    {
+        Einstellungen s = EinstellungenLaden(path());
+        s.zahl[46] = 2;
+        s.zahl[4] = 4;
+        s.zahl[57] = 1;
+        s.text[1] = QStringLiteral("Forstbetrieb");
+        test::ScriptedPrompter prompter;
+        SettingsDialog d(s, path(), prompter);
+        QCOMPARE(d.objectName(), QStringLiteral("OF_Einstellungen"));
+        QCOMPARE(d.windowTitle(), QStringLiteral("Globale Einstellungen"));
+        QVERIFY(child<QRadioButton>(d, "opticom(2)")->isChecked());
+        QCOMPARE(child<QRadioButton>(d, "opticom(1)")->text(), QStringLiteral("COM2"));
+        QVERIFY(child<QRadioButton>(d, "optiberi(4)")->isChecked());
+        QVERIFY(child<QCheckBox>(d, "konlnrlos")->isChecked());
+        QVERIFY(!child<QCheckBox>(d, "konbeep")->isChecked());
+        QCOMPARE(child<QLineEdit>(d, "t(4)")->text(), QStringLiteral("0,700"));
+        QCOMPARE(child<QLineEdit>(d, "t(5)")->text(), QStringLiteral("0,650"));
+        QCOMPARE(child<QLineEdit>(d, "t(2)")->text(), QStringLiteral("14"));
+        QCOMPARE(child<QLineEdit>(d, "t(3)")->text(), QStringLiteral(" | "));
+        QCOMPARE(child<QLineEdit>(d, "t(0)")->text(), QStringLiteral("Forstbetrieb"));
+        QCOMPARE(child<QComboBox>(d, "kom")->count(), 9);
+        QCOMPARE(child<QLabel>(d, "bezversion")->text(), QStringLiteral("Version: 3.0.28"));
+    }
+
+    void couplings()
+    {
+        Einstellungen s = EinstellungenLaden(path());
+        test::ScriptedPrompter prompter;
+        SettingsDialog d(s, path(), prompter);
+        auto* eingabe0 = child<QCheckBox>(d, "koneingabe0");
+        auto* ruecklnr = child<QCheckBox>(d, "konruecklnr");
+        auto* staerke = child<QCheckBox>(d, "konstaerke");
+
+        eingabe0->click();
+        ruecklnr->click();
+        staerke->click(); // clears both
+        QVERIFY(staerke->isChecked());
+        QVERIFY(!ruecklnr->isChecked());
+        QVERIFY(!eingabe0->isChecked());
+        eingabe0->click(); // allowed afterwards, and stays
+        QVERIFY(eingabe0->isChecked() && staerke->isChecked());
+        ruecklnr->click(); // clears the diameter jump only
+        QVERIFY(!staerke->isChecked());
+        QVERIFY(eingabe0->isChecked());
+
+        auto* two = child<QCheckBox>(d, "konzweistellig(0)");
+        auto* three = child<QCheckBox>(d, "konzweistellig(1)");
+        two->click();
+        three->click();
+        QVERIFY(!two->isChecked() && three->isChecked());
+        two->click();
+        QVERIFY(two->isChecked() && !three->isChecked());
+
+        QVERIFY(prompter.messages().isEmpty());
+        child<QCheckBox>(d, "kondefaultok")->click();
+        QCOMPARE(prompter.messages().size(), 1);
+        QVERIFY(prompter.messages().first().startsWith(QStringLiteral("Durch die Aktivierung dieses Kontrollfeldes")));
+        child<QCheckBox>(d, "kondefaultok")->click(); // unchecking says nothing
+        QCOMPARE(prompter.messages().size(), 1);
+    }
+
+    void separatorChoice()
+    {
+        Einstellungen s = EinstellungenLaden(path());
+        test::ScriptedPrompter prompter;
+        SettingsDialog d(s, path(), prompter);
+        auto* combo = child<QComboBox>(d, "kom");
+        auto* field = child<QLineEdit>(d, "t(3)");
+        const std::pair<int, QString> cases[] = {{1, " "}, {2, "  "}, {3, "|"}, {6, " ; "}, {8, " : "}, {0, " : "}};
+        for (const auto& [index, expected] : cases) {
+            combo->setCurrentIndex(index);
+            emit combo->activated(index);
+            QCOMPARE(field->text(), expected);
+        }
+    }
+
+    void correctionsOnLeavingAField()
+    {
+        Einstellungen s = EinstellungenLaden(path());
+        test::ScriptedPrompter prompter;
+        SettingsDialog d(s, path(), prompter);
+        const std::tuple<const char*, QString, QString> cases[] = {
+            {"t(3)", "", " | "}, {"t(2)", "1", "3"}, {"t(1)", "10", "30"}, {"t(8)", "95", "80"},
+            {"t(4)", "0,95", "0,900"}, {"t(4)", "0,1", "0,500"}, {"t(5)", "0,95", "0,95"}, {"t(6)", "1,2", "1,2"}};
+        for (const auto& [name, typed, expected] : cases) {
+            typeInto(child<QLineEdit>(d, name), typed);
+            QCOMPARE(child<QLineEdit>(d, name)->text(), expected);
+        }
+    }
+
+    void beendenStoresEverything()
+    {
+        QFile::remove(path());
+        Einstellungen s = EinstellungenLaden(path());
+        s.zahl[99] = 7; // a slot the dialog does not show is written back unchanged
+        test::ScriptedPrompter prompter;
+        SettingsDialog d(s, path(), prompter);
+        child<QCheckBox>(d, "konbeep")->click();
+        child<QCheckBox>(d, "kon(3)")->click();
+        child<QRadioButton>(d, "opticom(8)")->click();
+        child<QRadioButton>(d, "optiberi(3)")->click();
+        typeInto(child<QLineEdit>(d, "t(4)"), QStringLiteral("0,675"));
+        typeInto(child<QLineEdit>(d, "t(7)"), QStringLiteral("10,5"));
+        typeInto(child<QLineEdit>(d, "t(2)"), QStringLiteral("21"));
+        typeInto(child<QLineEdit>(d, "t(0)"), QStringLiteral("Gemeinde O'Brien"));
+        child<QLineEdit>(d, "t(1)")->setText(QStringLiteral("12")); // still in the field when Beenden is pressed
+        child<QPushButton>(d, "beenden")->click();
+
+        QCOMPARE(d.result(), int(QDialog::Accepted));
+        QCOMPARE(s.zahl[24], qint16(1));
+        QCOMPARE(s.zahl[50], qint16(1));
+        QCOMPARE(s.zahl[46], qint16(8));
+        QCOMPARE(s.zahl[4], qint16(3));
+        QCOMPARE(s.zahl[54], qint16(10)); // half to even
+        QCOMPARE(s.zahl[17], qint16(21));
+        QCOMPARE(s.zahl[21], qint16(30));
+        QCOMPARE(s.dezimal[0], 0.675f);
+        QCOMPARE(s.text[1], QStringLiteral("Gemeinde O'Brien"));
+
+        const Einstellungen stored = EinstellungenLaden(path());
+        QCOMPARE(stored.zahl, s.zahl);
+        QCOMPARE(stored.dezimal[0], 0.68f); // the file keeps two decimals
+        QCOMPARE(stored.text[1], s.text[1]);
+        QCOMPARE(stored.zahl[99], qint16(7));
+    }
+
+    void closingByTheFrameStoresNothing()
+    {
+        QFile::remove(path());
+        Einstellungen s = EinstellungenLaden(path());
+        const Einstellungen before = s;
+        test::ScriptedPrompter prompter;
+        SettingsDialog d(s, path(), prompter);
+        child<QCheckBox>(d, "konbeep")->click();
+        typeInto(child<QLineEdit>(d, "t(2)"), QStringLiteral("40"));
+        d.reject();
+        QCOMPARE(s.zahl, before.zahl);
+        QVERIFY(!QFile::exists(path()));
+    }
+};
+
+TARVIK_TEST_MAIN(TestSettingsDialog)
+#include "tst_settingsdialog.moc"

@@ -1,0 +1,91 @@
+// The start of a program: refusals end it with their message; the first activation shows the
+// first-steps note only while there is no harvest.
+#include "store/sql.h"
+#include "store/startup.h"
+#include "support/tempdatafolder.h"
+
+#include <QFile>
+
+using namespace tarvik;
+
+class TestStartup : public QObject {
+    Q_OBJECT
+
+    static StartupOptions optionsFor(const test::TempDataFolder& folder)
+    {
+        StartupOptions options;
+        options.dataFolder = folder.path();
+        options.locale = QLocale(QLocale::German, QLocale::Germany);
+        options.singleInstance = true;
+        return options;
+    }
+
+private slots:
+    void nonGermanLocaleEndsWithItsMessage()
+    {
+        test::TempDataFolder folder;
+        StartupOptions options = optionsFor(folder);
+        options.locale = QLocale(QLocale::English, QLocale::UnitedStates);
+        test::ScriptedPrompter prompter;
+        QVERIFY(!startSession(options, prompter));
+        QCOMPARE(prompter.messages().size(), 1);
+        QVERIFY(prompter.messages().first().startsWith(QStringLiteral("WICHTIG!!!")));
+        QVERIFY(!QFile::exists(folder.databasePath()));
+    }
+
+    void secondInstanceOnTheSameFolderEnds()
+    {
+        test::TempDataFolder folder;
+        test::ScriptedPrompter first;
+        auto running = startSession(optionsFor(folder), first);
+        QVERIFY(running);
+        test::ScriptedPrompter second;
+        QVERIFY(!startSession(optionsFor(folder), second));
+        QCOMPARE(second.messages(), QStringList{QString::fromUtf8(AlreadyRunningMessage)});
+
+        running.reset(); // the first ends: a new start may go ahead
+        test::ScriptedPrompter third;
+        QVERIFY(startSession(optionsFor(folder), third));
+    }
+
+    void firstStartAndFirstActivation()
+    {
+        test::TempDataFolder folder;
+        test::ScriptedPrompter prompter;
+        auto session = startSession(optionsFor(folder), prompter);
+        QVERIFY(session);
+        QCOMPARE(prompter.messages().size(), 1); // master-data note
+        QVERIFY(QFile::exists(session->settingsPath()));
+        QCOMPARE(session->settings.zahl[17], qint16(14));
+
+        prompter.clear();
+        const UpgradeReport report = firstActivation(*session, prompter);
+        QCOMPARE(prompter.messages(), QStringList{firstStepsNote()});
+        QCOMPARE(report.barkRangesAdded, 51);
+
+        // Once a harvest exists, the note is not shown again, and nothing changes.
+        execSql(session->database->shared(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (1)"));
+        session.reset();
+        test::ScriptedPrompter later;
+        auto again = startSession(optionsFor(folder), later);
+        QVERIFY(later.messages().isEmpty());
+        QVERIFY(firstActivation(*again, later).changes.isEmpty());
+        QVERIFY(later.messages().isEmpty());
+    }
+
+    void foreignDatabaseEndsTheStart()
+    {
+        test::TempDataFolder folder;
+        QFile f(folder.databasePath());
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("not a database");
+        f.close();
+        test::ScriptedPrompter prompter;
+        QVERIFY(!startSession(optionsFor(folder), prompter));
+        QCOMPARE(prompter.messages().size(), 1);
+        QVERIFY(prompter.messages().first().contains(folder.databasePath()));
+    }
+};
+
+TARVIK_TEST_CORE_MAIN(TestStartup)
+#include "tst_startup.moc"

@@ -1,0 +1,180 @@
+// Files of each older layout are brought up to the columns of a new file.
+#include "store/database.h"
+#include "store/defaults.h"
+#include "store/schema.h"
+#include "store/sql.h"
+#include "store/upgrade.h"
+#include "support/tempdatafolder.h"
+
+#include <QSqlQuery>
+
+using namespace tarvik;
+
+namespace {
+
+using Change = std::function<void(const QSqlDatabase&)>;
+
+void run(const QSqlDatabase& db, const char* sql) { execSql(db, QString::fromUtf8(sql)); }
+
+// A new file, then taken back to an older layout by the given statements.
+void makeOldFile(const QString& path, const Change& change)
+{
+    createDatabaseFile(path);
+    const QString name = QStringLiteral("old-layout");
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(path);
+        QVERIFY(db.open());
+        change(db);
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+}
+
+QMap<QString, QStringList> sortedColumns(const QSqlDatabase& db)
+{
+    QMap<QString, QStringList> out;
+    for (const schema::Table& t : schema::tables()) {
+        QStringList names = schema::columnNames(db, t.name);
+        names.sort();
+        out.insert(t.name, names);
+    }
+    return out;
+}
+
+void dropLotColumnsOfVersion3(const QSqlDatabase& db)
+{
+    for (const char* c : {"Preis_Art", "Erschwerniszuschlag", "Los_Bezeichnung", "Anfahrt", "GPS_L", "GPS_B",
+                          "Käferholzabschlag", "Kosten_Einschlag", "Kosten_Rücken", "Pauschalpreis_efm",
+                          "Pauschalpreis_G", "Vermessungsart", "Fixlänge", "Überlänge", "Qualität", "Holzpreis", "ReNr"})
+        execSql(db, QStringLiteral("ALTER TABLE Lose DROP COLUMN %1").arg(quoted(QString::fromUtf8(c))));
+    run(db, "DROP INDEX \"Stämme_käferholz\"");
+    run(db, "ALTER TABLE Stämme DROP COLUMN Holzpreis");
+    run(db, "ALTER TABLE Stämme DROP COLUMN Käferholz");
+    run(db, "DROP TABLE Tagespreise");
+    run(db, "DROP TABLE Rechnungen");
+    run(db, "DROP TABLE Rindenabzug2");
+    run(db, "INSERT INTO Lose(Los_Nr, Sortierung, Preis_berechnet, Kennung) VALUES (1, 'Stämme', 123.5, 1)");
+    run(db, "INSERT INTO Stämme(Los_Nr, Laufende_Nr, Preis_berechnet, Kennung) VALUES (1, 1, 45.25, 1)");
+}
+
+} // namespace
+
+class TestUpgrade : public QObject {
+    Q_OBJECT
+    QMap<QString, QStringList> m_newColumns;
+
+private slots:
+    void initTestCase()
+    {
+        test::TempDataFolder folder;
+        auto db = Database::openOrCreate(folder.databasePath());
+        m_newColumns = sortedColumns(db->shared());
+    }
+
+    void upgradesToNewLayout_data()
+    {
+        QTest::addColumn<Change>("change");
+        QTest::addColumn<bool>("importMessage");
+        QTest::newRow("no Rindenabzug2") << Change([](const QSqlDatabase& db) { run(db, "DROP TABLE Rindenabzug2"); }) << false;
+        QTest::newRow("no Tagespreise") << Change(dropLotColumnsOfVersion3) << true;
+        QTest::newRow("no Lose.ReNr, no Rechnungen") << Change([](const QSqlDatabase& db) {
+            run(db, "ALTER TABLE Lose DROP COLUMN ReNr");
+            run(db, "DROP TABLE Rechnungen");
+        }) << false;
+        QTest::newRow("no Rechnungen.Kundeninfo") << Change([](const QSqlDatabase& db) {
+            run(db, "ALTER TABLE Rechnungen DROP COLUMN Kundeninfo");
+            run(db, "INSERT INTO Rechnungen(Abnehmer, ReNr) VALUES ('Säge O''Neill', 7)");
+        }) << false;
+        QTest::newRow("no Tagespreise.Güte") << Change([](const QSqlDatabase& db) {
+            run(db, "ALTER TABLE Tagespreise DROP COLUMN Güte");
+        }) << false;
+        QTest::newRow("no Hiebe.Harvester") << Change([](const QSqlDatabase& db) {
+            run(db, "ALTER TABLE Hiebe DROP COLUMN Harvester");
+            run(db, "INSERT INTO Hiebe(Hieb_Nr, Jahr) VALUES (1, '2026')");
+        }) << false;
+    }
+    void upgradesToNewLayout()
+    {
+        QFETCH(Change, change);
+        QFETCH(bool, importMessage);
+        test::TempDataFolder folder;
+        makeOldFile(folder.databasePath(), change);
+
+        auto db = Database::openOrCreate(folder.databasePath());
+        test::ScriptedPrompter prompter;
+        const UpgradeReport report = upgradeDatabase(db->shared(), prompter);
+        QCOMPARE(report.importedFromVersion2, importMessage);
+        QCOMPARE(prompter.messages().size(), importMessage ? 1 : 0);
+        if (importMessage)
+            QCOMPARE(prompter.messages().first(),
+                     QStringLiteral("Zur Information:\nDie Datenbank stammte aus TARVIK 2.0 und wurde soeben nun nach TARVIK 3.0 importiert."));
+
+        QCOMPARE(sortedColumns(db->shared()), m_newColumns);
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT count(*) FROM sqlite_master WHERE type = 'index' AND sql IS NOT NULL")).toInt(), 57);
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT count(*) FROM Rindenabzug2")).toInt(), 69);
+
+        // A second pass changes nothing and says nothing.
+        test::ScriptedPrompter again;
+        QCOMPARE(upgradeDatabase(db->shared(), again).changes, QStringList());
+        QVERIFY(again.messages().isEmpty());
+    }
+
+    void versionTwoValuesAreCarriedOver()
+    {
+        test::TempDataFolder folder;
+        makeOldFile(folder.databasePath(), dropLotColumnsOfVersion3);
+        auto db = Database::openOrCreate(folder.databasePath());
+        test::ScriptedPrompter prompter;
+        upgradeDatabase(db->shared(), prompter);
+        const QSqlDatabase s = db->shared();
+        QCOMPARE(scalar(s, QStringLiteral("SELECT Holzpreis FROM Lose")).toDouble(), 123.5);
+        QCOMPARE(scalar(s, QStringLiteral("SELECT Preis_Art || '|' || Anfahrt || '|' || ReNr FROM Lose")).toString(), QStringLiteral("0||0"));
+        QCOMPARE(scalar(s, QStringLiteral("SELECT Holzpreis FROM Stämme")).toDouble(), 45.25);
+        QCOMPARE(scalar(s, QStringLiteral("SELECT Käferholz FROM Stämme")).toInt(), 0);
+        QCOMPARE(scalar(s, QStringLiteral("SELECT count(*) FROM Tagespreise WHERE Güte = 'B' AND SK_L2a = 0")).toInt(), 27);
+        // One row per species, in the order of their names.
+        QCOMPARE(scalar(s, QStringLiteral("SELECT Baumart FROM Tagespreise ORDER BY ID LIMIT 1")).toString(), QStringLiteral("AH (Ahorn)"));
+    }
+
+    // The day-price table takes one column per log class the old file has.
+    void versionTwoDayPricesFollowTheFilesClasses()
+    {
+        test::TempDataFolder folder;
+        makeOldFile(folder.databasePath(), [](const QSqlDatabase& db) {
+            dropLotColumnsOfVersion3(db);
+            run(db, "INSERT INTO Stärkeklassen_Stämme(Klasse, Durchm_oR_von, Durchm_oR_bis) VALUES ('L7', 1000, 1999)");
+            run(db, "INSERT INTO Stärkeklassen_Stämme(Klasse, Durchm_oR_von, Durchm_oR_bis) VALUES ('L 8', 2000, 2999)");
+        });
+        auto db = Database::openOrCreate(folder.databasePath());
+        test::ScriptedPrompter prompter;
+        upgradeDatabase(db->shared(), prompter);
+        const QStringList columns = schema::columnNames(db->shared(), QStringLiteral("Tagespreise"));
+        QVERIFY(columns.contains(QStringLiteral("SK_L7")));
+        QCOMPARE(columns.size(), 14); // Baumart, Güte, 11 classes, ID; "L 8" never reaches SQL
+        QCOMPARE(columns.at(2), QStringLiteral("SK_L0"));
+    }
+
+    void deletedBarkRangesComeBack()
+    {
+        test::TempDataFolder folder;
+        auto db = Database::openOrCreate(folder.databasePath());
+        test::ScriptedPrompter prompter;
+        upgradeDatabase(db->shared(), prompter);
+        execSql(db->shared(), QStringLiteral("DELETE FROM Rindenabzug2 WHERE Baumart = 'LA (Lärche)'"));
+        execSql(db->shared(), QStringLiteral("DELETE FROM Rindenabzug2 WHERE Baumart = 'AH (Ahorn)' AND Stärke_von = 42"));
+        const UpgradeReport report = upgradeDatabase(db->shared(), prompter);
+        QCOMPARE(report.barkRangesAdded, 5); // Ahorn still has a row, so it is left alone
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT count(*) FROM Rindenabzug2")).toInt(), 68);
+    }
+
+    void speciesOutsideTheGroupsGetsNoRanges()
+    {
+        QVERIFY(defaultBarkRanges(QStringLiteral("WO (Wildobst)")).isEmpty());
+        QVERIFY(defaultBarkRanges(QStringLiteral("WK (Weymouthskiefer)")).isEmpty());
+        QVERIFY(defaultBarkRanges(QStringLiteral("XY (Eigene)")).isEmpty());
+    }
+};
+
+TARVIK_TEST_CORE_MAIN(TestUpgrade)
+#include "tst_upgrade.moc"
