@@ -3,7 +3,11 @@
 #include "common/consoleprompter.h"
 #include "common/folders.h"
 #include "common/germanlocale.h"
+#include "rules/lotrecompute.h"
+#include "rules/masterdatalookup.h"
+#include "store/records.h"
 #include "store/sql.h"
+#include "store/totals.h"
 #include "store/startup.h"
 
 #include <QDir>
@@ -24,6 +28,9 @@ const char* const UsageText =
     "\n"
     "Befehle:\n"
     "  init            Datenbank anlegen oder öffnen und auf den aktuellen Stand bringen\n"
+    "  neuberechnen HIEB_NR LOS_NR [--rinde O|F|T]\n"
+    "                  Rindenabzüge und Preise aller Stämme des Loses neu berechnen,\n"
+    "                  danach die Summen des Loses und des Hiebs\n"
     "\n"
     "Rückgabewert: 0 erfolgreich, 1 abgelehnt oder fehlgeschlagen, 2 falscher Aufruf.\n";
 
@@ -68,10 +75,61 @@ int initCommand(Session& session, const QStringList& args, const Io& io, Prompte
     return Success;
 }
 
+int recomputeCommand(Session& session, const QStringList& args, const Io& io, Prompter& prompter)
+{
+    QStringList positional;
+    std::optional<BarkMode> mode;
+    for (int i = 0; i < args.size(); ++i) {
+        if (args[i] == u"--rinde" && i + 1 < args.size()) {
+            mode = barkModeFromLetter(args[++i]);
+            if (!mode) {
+                io.usageError(QStringLiteral("--rinde erwartet O, F oder T."));
+                return Usage;
+            }
+        } else {
+            positional << args[i];
+        }
+    }
+    bool hiebOk = false, losOk = false;
+    const qint32 hiebNr = positional.value(0).toInt(&hiebOk);
+    const qint32 losNr = positional.value(1).toInt(&losOk);
+    if (positional.size() != 2 || !hiebOk || !losOk) {
+        io.usageError(QStringLiteral("neuberechnen erwartet die Hieb-Nr und die Los-Nr."));
+        return Usage;
+    }
+
+    const QSqlDatabase db = session.database->shared();
+    const auto harvestId = harvestIdByNumber(db, hiebNr);
+    if (!harvestId) {
+        prompter.inform(QStringLiteral("Einen Hieb mit der Nr. %1 gibt es nicht.").arg(hiebNr));
+        return Refused;
+    }
+    const auto prices = loadLotPriceSettings(db, *harvestId, losNr);
+    if (!prices) {
+        prompter.inform(QStringLiteral("Das Los %1 gibt es beim Hieb %2 nicht.").arg(losNr).arg(hiebNr));
+        return Refused;
+    }
+
+    // Bark, prices and totals land together or not at all.
+    TransactionGuard guard(db);
+    MasterDataLookup masterData(db);
+    const auto bark = recomputeLotBark(db, masterData, *harvestId, losNr, mode, *prices, prompter);
+    if (!bark)
+        return Refused;
+    if (!recomputeLotPrices(db, masterData, *harvestId, losNr, *prices, prompter))
+        return Refused;
+    recomputeTotals(db, *harvestId);
+    recomputeSaleState(db, *harvestId);
+    guard.commit();
+    io.print(QStringLiteral("%1 von %2 Stämmen geändert.").arg(bark->changed).arg(bark->logs));
+    return Success;
+}
+
 const std::map<QString, Command>& commands()
 {
     static const std::map<QString, Command> all{
         {QStringLiteral("init"), initCommand},
+        {QStringLiteral("neuberechnen"), recomputeCommand},
     };
     return all;
 }

@@ -173,6 +173,23 @@ qint32 toLong(double value)
                                           double(std::numeric_limits<qint32>::max())));
 }
 
+QString numberText(double value)
+{
+    if (!std::isfinite(value))
+        value = 0;
+    QString text = QString::number(value, 'f', 10);
+    while (text.endsWith(u'0'))
+        text.chop(1);
+    if (text.endsWith(u'.'))
+        text.chop(1);
+    if (text == u"-0")
+        text = QStringLiteral("0");
+    return text.replace(u'.', u',');
+}
+
+double currencyValue(double value) { return readNumber(formatDecimal(value, 4)); }
+double currencyValue(float value) { return readNumber(formatDecimal(value, 4)); }
+
 QString signedText(qint64 value)
 {
     return value < 0 ? QString::number(value) : u' ' + QString::number(value);

@@ -23,6 +23,13 @@ QString formatDecimalText(const QString& text, int decimals);
 qint16 toShort(double value);
 qint32 toLong(double value);
 
+// A number as a field shows it when no decimals are fixed: "33", "33,5"; never grouped.
+QString numberText(double value);
+
+// The value a currency column stores: rounded to 4 decimals.
+double currencyValue(double value);
+double currencyValue(float value);
+
 // A whole number as users see it in messages: a leading blank for non-negative values.
 QString signedText(qint64 value);
 

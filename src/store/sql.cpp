@@ -1,5 +1,6 @@
 #include "store/sql.h"
 
+#include <QAtomicInt>
 #include <QSqlError>
 
 namespace tarvik {
@@ -69,20 +70,23 @@ bool isSafeIdentifier(const QString& name)
 
 TransactionGuard::TransactionGuard(QSqlDatabase db) : m_db(std::move(db))
 {
-    if (!m_db.transaction())
-        fail(QStringLiteral("BEGIN"), m_db.lastError());
+    static QAtomicInt counter;
+    m_name = QStringLiteral("tg%1").arg(counter.fetchAndAddRelaxed(1));
+    execSql(m_db, QStringLiteral("SAVEPOINT ") + m_name);
 }
 
 TransactionGuard::~TransactionGuard()
 {
-    if (!m_done)
-        m_db.rollback();
+    if (m_done)
+        return;
+    QSqlQuery q(m_db);
+    q.exec(QStringLiteral("ROLLBACK TO ") + m_name);
+    q.exec(QStringLiteral("RELEASE ") + m_name);
 }
 
 void TransactionGuard::commit()
 {
-    if (!m_db.commit())
-        fail(QStringLiteral("COMMIT"), m_db.lastError());
+    execSql(m_db, QStringLiteral("RELEASE ") + m_name);
     m_done = true;
 }
 

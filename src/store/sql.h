@@ -34,7 +34,8 @@ QString quoted(const QString& identifier);
 // Class names become column names ("SK_L2a"): only letters, digits and '_' may reach SQL.
 bool isSafeIdentifier(const QString& name);
 
-// A scoped transaction: rolls back unless commit() was called.
+// A scoped transaction: rolls back unless commit() was called. Guards nest (savepoints), so
+// an operation that is one transaction on its own can also be part of a larger one.
 class TransactionGuard {
 public:
     explicit TransactionGuard(QSqlDatabase db);
@@ -45,6 +46,7 @@ public:
 
 private:
     QSqlDatabase m_db;
+    QString m_name;
     bool m_done = false;
 };
 

@@ -24,6 +24,14 @@ std::unique_ptr<Session> TempDataFolder::start(ScriptedPrompter& prompter) const
     return startSession(options, prompter);
 }
 
+std::unique_ptr<Database> TempDataFolder::openDatabase() const
+{
+    auto db = Database::openOrCreate(databasePath());
+    ScriptedPrompter quiet;
+    upgradeDatabase(db->shared(), quiet);
+    return db;
+}
+
 void initTestEnvironment() { useGermanLocale(); }
 
 } // namespace tarvik::test

@@ -17,6 +17,8 @@ public:
     QString databasePath() const;
     // Starts a session on this folder (creating the database as a first start does).
     std::unique_ptr<Session> start(ScriptedPrompter& prompter) const;
+    // A database as a first start leaves it: created and upgraded (all default bark ranges).
+    std::unique_ptr<Database> openDatabase() const;
 
 private:
     QTemporaryDir m_dir;
