@@ -1,6 +1,8 @@
 // tarvik-cli: usage, exit codes and "init", run in-process.
 #include "cli/cli.h"
+#include "store/database.h"
 #include "store/sql.h"
+#include "support/records.h"
 #include "support/tempdatafolder.h"
 
 #include <QFile>
@@ -89,6 +91,65 @@ private slots:
         QFile f(data + QStringLiteral("/Einstellungen.tk3"));
         QVERIFY(f.open(QIODevice::ReadOnly));
         QCOMPARE(f.readAll(), settingsBefore);
+    }
+
+    // The command stores what the log window stores for typed-in logs, then the totals.
+    void recomputeALotOfTypedLogs()
+    {
+        test::TempDataFolder root;
+        QCOMPARE(runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("init")}).code, 0);
+        {
+            auto db = Database::openOrCreate(root.databasePath());
+            const qint32 id = test::addHarvest(db->shared(), 41);
+            test::addLot(db->shared(), id, 1);
+            test::addTypedLog(db->shared(), id, 1, 1, QStringLiteral("FI (Fichte)"), 55, 10, QStringLiteral("T"));
+            test::addTypedLog(db->shared(), id, 1, 2, QStringLiteral("FI (Fichte)"), 35, 4.5, QStringLiteral("F"), 2);
+        }
+        const QStringList args{QStringLiteral("--daten"), root.path(), QStringLiteral("neuberechnen"), QStringLiteral("41"), QStringLiteral("1")};
+
+        const Output refused = runCli(args); // questions are answered No
+        QCOMPARE(refused.code, 1);
+        QVERIFY(refused.err.contains(QStringLiteral("nochmals neu berechnen? -> Nein")));
+
+        const Output done = runCli(QStringList{QStringLiteral("--ja")} + args);
+        QCOMPARE(done.code, 0);
+        QCOMPARE(done.out, QStringLiteral("2 von 2 Stämmen geändert.\n"));
+        QVERIFY(done.err.contains(QStringLiteral("Es wurden 2 Stämme geändert.")));
+
+        auto db = Database::openOrCreate(root.databasePath());
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT group_concat(Rindenabzug || '/' || Stärke_oR || '/' || Efm_oR || '/' || Stärkeklasse, ' ') "
+                                                     "FROM (SELECT * FROM Stämme ORDER BY Laufende_Nr)")).toString(),
+                 QStringLiteral("3/52/2.124/L5 2/33/0.385/L3a"));
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT Anzahl_Stämme || '/' || Efm_oR FROM Lose")).toString(), QStringLiteral("2/2.509"));
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT Stämme_Anzahl || '/' || Stämme_Efm || '/' || Verkauft FROM Hiebe")).toString(),
+                 QStringLiteral("2/2.509/N"));
+        db.reset();
+
+        const Output again = runCli(QStringList{QStringLiteral("--ja")} + args + QStringList{QStringLiteral("--rinde"), QStringLiteral("O")});
+        QCOMPARE(again.code, 0);
+        QCOMPARE(again.out, QStringLiteral("2 von 2 Stämmen geändert.\n"));
+    }
+
+    void recomputeRefusals_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("code");
+        QTest::newRow("unknown harvest") << QStringList{"neuberechnen", "99", "1"} << 1;
+        QTest::newRow("unknown lot") << QStringList{"neuberechnen", "41", "9"} << 1;
+        QTest::newRow("missing lot") << QStringList{"neuberechnen", "41"} << 2;
+        QTest::newRow("bad bark mode") << QStringList{"neuberechnen", "41", "1", "--rinde", "X"} << 2;
+    }
+    void recomputeRefusals()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(int, code);
+        test::TempDataFolder root;
+        {
+            auto db = Database::openOrCreate(root.databasePath());
+            const qint32 id = test::addHarvest(db->shared(), 41);
+            test::addLot(db->shared(), id, 1);
+        }
+        QCOMPARE(runCli(QStringList{QStringLiteral("--ja"), QStringLiteral("--daten"), root.path()} + args).code, code);
     }
 
     void foreignFileIsARefusal()

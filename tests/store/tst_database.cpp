@@ -114,6 +114,22 @@ private slots:
         }
         QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT count(*) FROM Hiebe")).toInt(), 0);
     }
+
+    void nestedGuardsAreOneTransaction()
+    {
+        test::TempDataFolder folder;
+        auto db = Database::openOrCreate(folder.databasePath());
+        {
+            TransactionGuard outer(db->shared());
+            {
+                TransactionGuard inner(db->shared());
+                execSql(db->shared(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (1)"));
+                inner.commit();
+            }
+            // The outer operation fails after the inner one succeeded: neither remains.
+        }
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT count(*) FROM Hiebe")).toInt(), 0);
+    }
 };
 
 TARVIK_TEST_CORE_MAIN(TestDatabase)
