@@ -1,4 +1,5 @@
 #include "app/main/mainwindow.h"
+#include "common/clock.h"
 #include "common/folders.h"
 #include "common/germanlocale.h"
 #include "common/ui/messageboxprompter.h"
@@ -29,7 +30,8 @@ int main(int argc, char* argv[])
     if (!session)
         return 1;
 
-    tarvik::MainWindow window(*session, prompter);
+    tarvik::SystemClock clock;
+    tarvik::MainWindow window(*session, prompter, clock);
     prompter.setParent(&window);
     window.show();
     return app.exec();

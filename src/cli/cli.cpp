@@ -1,5 +1,6 @@
 #include "cli/cli.h"
 
+#include "app/main/harvestlist.h"
 #include "common/consoleprompter.h"
 #include "common/folders.h"
 #include "common/germanlocale.h"
@@ -28,6 +29,7 @@ const char* const UsageText =
     "\n"
     "Befehle:\n"
     "  init            Datenbank anlegen oder öffnen und auf den aktuellen Stand bringen\n"
+    "  hiebe           die Hiebliste ausgeben (Tabulator-getrennt, mit Kopfzeile)\n"
     "  neuberechnen HIEB_NR LOS_NR [--rinde O|F|T]\n"
     "                  Rindenabzüge und Preise aller Stämme des Loses neu berechnen,\n"
     "                  danach die Summen des Loses und des Hiebs\n"
@@ -125,10 +127,22 @@ int recomputeCommand(Session& session, const QStringList& args, const Io& io, Pr
     return Success;
 }
 
+int harvestsCommand(Session& session, const QStringList& args, const Io& io, Prompter&)
+{
+    if (!args.isEmpty()) {
+        io.usageError(QStringLiteral("hiebe erwartet keine Argumente."));
+        return Usage;
+    }
+    for (const QString& line : harvestListLines(session.database->shared()))
+        io.print(line);
+    return Success;
+}
+
 const std::map<QString, Command>& commands()
 {
     static const std::map<QString, Command> all{
         {QStringLiteral("init"), initCommand},
+        {QStringLiteral("hiebe"), harvestsCommand},
         {QStringLiteral("neuberechnen"), recomputeCommand},
     };
     return all;

@@ -1,54 +1,228 @@
 #include "app/main/mainwindow.h"
 
+#include "app/main/exitchores.h"
+#include "app/main/harvestlist.h"
+#include "app/main/harvestlistmodel.h"
 #include "common/prompter.h"
+#include "entry/ui/harvestdialog.h"
 #include "settings/ui/settingsdialog.h"
+#include "store/records.h"
 #include "store/sql.h"
 
+#include <QApplication>
 #include <QCloseEvent>
-#include <QEvent>
+#include <QFontDatabase>
+#include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSettings>
+#include <QSplitter>
+#include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
 
 namespace tarvik {
+namespace {
+
+constexpr int NarrowInfo = 260;
+constexpr int WideInfo = 560;
+
+const QString MarkFirst = QStringLiteral("Bitte markieren Sie zuerst den Hieb, den Sie ändern oder löschen möchten!");
+
+// "Courier New" where it is installed; a fixed-pitch font with its metrics elsewhere.
+QFont fixedPitchFont()
+{
+    for (const char* family : {"Courier New", "Liberation Mono"}) {
+        if (QFontDatabase::hasFamily(QString::fromLatin1(family))) {
+            QFont font(QString::fromLatin1(family), 10);
+            font.setStyleHint(QFont::TypeWriter);
+            return font;
+        }
+    }
+    return QFontDatabase::systemFont(QFontDatabase::FixedFont);
+}
+
+struct Item {
+    const char* name;
+    const char* caption;
+};
+
+} // namespace
 
 QString MainWindow::caption() { return QStringLiteral("TARVIK 3.0.28 - Die Holzliste"); }
 
-MainWindow::MainWindow(Session& session, Prompter& prompter, QWidget* parent)
-    : QMainWindow(parent), m_session(session), m_prompter(prompter)
+MainWindow::MainWindow(Session& session, Prompter& prompter, const Clock& clock, QWidget* parent)
+    : QMainWindow(parent), m_session(session), m_prompter(prompter), m_clock(clock),
+      m_model(new HarvestListModel(this)), m_list(new QTableView), m_info(new QPlainTextEdit), m_statistics(new QLabel)
 {
     setObjectName(QStringLiteral("AF_Tarvik"));
     setWindowTitle(QStringLiteral("TARVIK"));
-    resize(1024, 700);
+    resize(1200, 760);
 
-    QMenu* harvests = menuBar()->addMenu(QStringLiteral("&Hiebe"));
-    harvests->setObjectName(QStringLiteral("H_hiebe"));
-    QAction* quit = harvests->addAction(QStringLiteral(" Beenden"), this, &QWidget::close);
-    quit->setObjectName(QStringLiteral("S_ZEPbeenden"));
+    m_list->setObjectName(QStringLiteral("datali"));
+    m_list->setModel(m_model);
+    m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_list->setSelectionMode(QAbstractItemView::ExtendedSelection); // Ctrl and the mouse mark several rows
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_list->setAlternatingRowColors(true);
+    m_list->verticalHeader()->setDefaultSectionSize(m_list->fontMetrics().height() + 6);
+    m_list->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_list, &QTableView::doubleClicked, this, &MainWindow::changeHarvest);
 
-    QMenu* options = menuBar()->addMenu(QStringLiteral("&Optionen"));
-    options->setObjectName(QStringLiteral("O_Optionen"));
-    QAction* settings = options->addAction(QStringLiteral("&Einstellungen"), this, &MainWindow::openSettings);
-    settings->setObjectName(QStringLiteral("allgemeines"));
+    auto* popup = new QMenu(QStringLiteral("Hieb"), this);
+    popup->setObjectName(QStringLiteral("popupliste"));
+    const std::pair<const char*, void (MainWindow::*)()> popupItems[] = {
+        {"&Neu", &MainWindow::newHarvest}, {"&Ändern", &MainWindow::changeHarvest}, {"&Löschen", &MainWindow::deleteHarvest}};
+    int index = 0;
+    for (const auto& [caption, slot] : popupItems) {
+        QAction* a = popup->addAction(QString::fromUtf8(caption), this, slot);
+        a->setObjectName(QStringLiteral("popzeile(%1)").arg(index++));
+    }
+    connect(m_list, &QTableView::customContextMenuRequested, this,
+            [this, popup](const QPoint& at) { popup->exec(m_list->viewport()->mapToGlobal(at)); });
 
+    m_info->setObjectName(QStringLiteral("text1"));
+    m_info->setReadOnly(true);
+    m_info->setFont(fixedPitchFont());
+    m_info->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_info->setFixedWidth(NarrowInfo);
+    m_statistics->setObjectName(QStringLiteral("bezstati"));
+    m_statistics->setTextInteractionFlags(Qt::TextSelectableByMouse);
+
+    buildMenus();
+    auto* listAndInfo = new QHBoxLayout;
+    listAndInfo->addWidget(m_list, 1);
+    listAndInfo->addWidget(m_info);
+    auto* left = new QVBoxLayout;
+    left->addLayout(listAndInfo, 1);
+    left->addWidget(m_statistics);
     auto* central = new QWidget;
-    auto* layout = new QVBoxLayout(central);
-    auto* settingsButton = new QPushButton(QStringLiteral("Einstellungen"));
-    settingsButton->setObjectName(QStringLiteral("bt_einstellungen"));
-    connect(settingsButton, &QPushButton::clicked, this, &MainWindow::openSettings);
-    layout->addWidget(settingsButton, 0, Qt::AlignLeft);
-    layout->addStretch();
+    auto* layout = new QHBoxLayout(central);
+    layout->addWidget(buildButtons());
+    layout->addLayout(left, 1);
     setCentralWidget(central);
+}
+
+AppContext MainWindow::context()
+{
+    return {m_session.database->shared(), m_session.settings, m_session.dataFolder, m_prompter, m_clock};
+}
+
+void MainWindow::buildMenus()
+{
+    // Items whose windows come later are present but disabled until they exist.
+    auto menu = [this](const char* name, const char* caption, std::initializer_list<Item> items) {
+        QMenu* m = menuBar()->addMenu(QString::fromUtf8(caption));
+        m->setObjectName(QString::fromUtf8(name));
+        for (const Item& item : items) {
+            QAction* a = m->addAction(QString::fromUtf8(item.caption));
+            a->setObjectName(QString::fromUtf8(item.name));
+            a->setEnabled(false);
+        }
+        return m;
+    };
+    auto wire = [this](const char* name, void (MainWindow::*slot)()) {
+        QAction* a = findChild<QAction*>(QString::fromUtf8(name));
+        a->setEnabled(true);
+        connect(a, &QAction::triggered, this, slot);
+    };
+
+    menu("H_hiebe", "&Hiebe",
+         {{"H_Neuerhieb", "Neuer &Hieb"}, {"H_Hiebändern", "Aktuellen Hieb &ändern"}, {"H_Hieblöschen", "Aktuellen Hieb &löschen"},
+          {"H_Markiertehiebeselektieren", "Alle markierten Hiebe selektieren"},
+          {"H_Selektiertenhiebemarkieren", "Alle selektierten Hiebe markieren"}, {"H_Hiebeselektieren", "Hiebe selek&tieren"},
+          {"S_ZEPbeenden", " Beenden"}});
+    menu("E_Eingabe", "&Eingabe",
+         {{"E_EingabeLose", "&Lose"}, {"E_EingabeStämme", "&Stämme"}, {"E_EingabePfähle", "&Pfähle"},
+          {"E_EingabeSchichtholz", "Schicht&holz"}, {"E_Eingaberechnungen", "&Rechnungen"}});
+    menu("A_Auswertungen", "&Auswertungen",
+         {{"A_Statistikholzliste", "&Holzliste"}, {"A_Losstandorte", "&Los-Standorte (Luftbild)"}, {"A_StatistikHiebe", "&Hiebe"},
+          {"A_Statistiklose", "&Lose"}, {"A_Statistikstämme", "&Stämme"}, {"A_Statistikpfähle", "&Pfähle"},
+          {"A_Statistikschichtholz", "Schichth&olz"}, {"A_Statistikrechnungen", "Rechnungen"}});
+    menu("S_Stammdaten", "&Stammdaten",
+         {{"S_Stammdatenbaumarten", "&Baumarten"}, {"S_Stammdatenstärkestämme", "Stärkeklassen &Stämme"},
+          {"S_Stammdatenstärkeheilbronner", "Stärkeklassen &Heilbronner Sortierung"},
+          {"S_Stammdatenstärkepfähle", "Stärkeklassen &Pfähle"}, {"S_Stammdatenstärkeschichtholz", "Stärkeklassen Schicht&holz"},
+          {"S_Stammdatengüteklassen", "&Güteklassen"}, {"S_Stammdatenrindenabzug", "&Rindenabzug Standard"},
+          {"S_Stammdaten_Rindenabzug2", "Rindenabzug &frei definiert"}, {"S_Stammdatenmessbeträge", "&Messbeträge"},
+          {"S_Stammdatenmesszahlen", "Mess&zahlen"}, {"S_Stammdatentagespreise", "&Tagespreise"}});
+    menu("O_Optionen", "&Optionen",
+         {{"allgemeines", "&Einstellungen"}, {"xeinstellstichworte", "&Stichworte"}, {"xupdatemanager", "Update-Manager"},
+          {"xedatenbankkomprimieren", "Datenbank komprimieren"}, {"xedatenaustarvik1", "Datenübernahme aus TARVIK 2.0"},
+          {"otpiimportfmr1", "Datenimport vom FMR1 / Holzlisten-App / Online-TARVIK"},
+          {"optiexportpocketpc", "Datenexport an PDA (Pocket-PC)"}, {"optiimportpocketpc", "Datenimport von PDA (Pocket-PC)"},
+          {"optiexporttarvik3", "Datenexport an andere TARVIK-Installation"},
+          {"optiimporttarvik3", "Datenimport von anderer TARVIK-Installation"}, {"S_xdatensicherung", "&Datensicherung"}});
+    menu("H_Hilfe", "&Hilfe",
+         {{"hilfestartmenue", "Das Start&menue"}, {"hilfewiemacheich", "Wie mache ich..."},
+          {"hilfewieanfangen", "Wie &Fangen Sie an"}, {"H_Hilfehiebe", "Hiebe"}, {"H_Hilfeeingabe", "Eingabe"},
+          {"H_Hilfeauswertungen", "Auswertungen"}, {"H_Hilfestammdaten", "Stammdaten"}, {"H_Hilfeoptionen", "Optionen"}});
+
+    wire("H_Neuerhieb", &MainWindow::newHarvest);
+    wire("H_Hiebändern", &MainWindow::changeHarvest);
+    wire("H_Hieblöschen", &MainWindow::deleteHarvest);
+    wire("allgemeines", &MainWindow::openSettings);
+    QAction* quit = findChild<QAction*>(QStringLiteral("S_ZEPbeenden"));
+    quit->setEnabled(true);
+    connect(quit, &QAction::triggered, this, &QWidget::close);
+}
+
+QWidget* MainWindow::buildButtons()
+{
+    auto* panel = new QWidget;
+    auto* column = new QVBoxLayout(panel);
+    column->setContentsMargins(0, 0, 0, 0);
+    auto button = [column](const QString& name, const QString& caption) {
+        auto* b = new QPushButton(caption);
+        b->setObjectName(name);
+        b->setEnabled(false);
+        column->addWidget(b);
+        return b;
+    };
+    auto working = [this, &button](const char* name, const char* caption, auto slot) {
+        QPushButton* b = button(QString::fromUtf8(name), QString::fromUtf8(caption));
+        b->setEnabled(true);
+        connect(b, &QPushButton::clicked, this, slot);
+    };
+    working("bt_neuerhieb", "Neuer Hieb anlegen", &MainWindow::newHarvest);
+    working("bt_aendernhieb", "Aktuellen Hieb ändern", &MainWindow::changeHarvest);
+    for (const Item& item : std::initializer_list<Item>{
+             {"bt_lose", "Eingabe Lose"}, {"bt_staemme", "Eingabe Stämme"}, {"bt_pfaehle", "Eingabe Pfähle"},
+             {"bt_schichtholz", "Eingabe Schichtholz"}, {"bt_rechnung", "Eingabe Rechnungen"},
+             {"bt_holzlistelisten", "Holzliste erstellen"}, {"bt_hiebelisten", "Hiebe auswerten"},
+             {"bt_loselisten", "Lose auswerten"}, {"bt_staemmelisten", "Stämme auswerten"},
+             {"bt_pfaehlelisten", "Pfähle auswerten"}, {"bt_schichtholzlisten", "Schichtholz auswerten"},
+             {"bt_rechnunglisten", "Rechnungen auswerten"}, {"bt_stammdaten", "Stammdaten"}})
+        button(QString::fromUtf8(item.name), QString::fromUtf8(item.caption));
+    working("bt_einstellungen", "Einstellungen", &MainWindow::openSettings);
+    button(QStringLiteral("bt_datensicherung"), QStringLiteral("Datensicherung"));
+    button(QStringLiteral("googlemaps"), QStringLiteral("Google-Maps Polterlage"));
+    column->addStretch();
+    working("linksrechts", "Infofeld schmäler/breiter", &MainWindow::toggleInfoWidth);
+    QPushButton* previous = button(QStringLiteral("abwaerts(0)"), QStringLiteral("Vorheriger Hieb"));
+    QPushButton* next = button(QStringLiteral("abwaerts(1)"), QStringLiteral("Nächster Hieb"));
+    for (QPushButton* b : {previous, next})
+        b->setEnabled(true);
+    connect(previous, &QPushButton::clicked, this, [this] { moveCurrent(-1); });
+    connect(next, &QPushButton::clicked, this, [this] { moveCurrent(1); });
+    button(QStringLiteral("comdrucken"), QStringLiteral("Hiebdaten drucken"));
+    return panel;
 }
 
 bool MainWindow::event(QEvent* e)
 {
-    if (e->type() == QEvent::WindowActivate && !m_activatedOnce) {
-        m_activatedOnce = true;
-        // Messages wait until the window is on screen.
-        QTimer::singleShot(0, this, &MainWindow::onFirstActivation);
+    if (e->type() == QEvent::WindowActivate) {
+        if (!m_activatedOnce) {
+            m_activatedOnce = true;
+            // Messages wait until the window is on screen.
+            QTimer::singleShot(0, this, &MainWindow::onFirstActivation);
+        } else if (m_refill) {
+            QTimer::singleShot(0, this, &MainWindow::refill);
+        }
     }
     return QMainWindow::event(e);
 }
@@ -61,6 +235,105 @@ void MainWindow::onFirstActivation()
     } catch (const StoreError& error) {
         m_prompter.inform(error.message(), Prompter::Icon::Critical);
     }
+    refill();
+}
+
+void MainWindow::refill()
+{
+    const std::optional<qint32> current = currentHarvestId();
+    if (m_model->rowCount() > 0)
+        saveColumnWidths();
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    try {
+        m_model->refill(m_session.database->listHandle());
+        m_statistics->setText(harvestStatistics(m_session.database->listHandle()).text());
+    } catch (const StoreError& error) {
+        QApplication::restoreOverrideCursor();
+        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+        return;
+    }
+    restoreColumnWidths();
+    selectHarvest(current);
+    m_refill = false;
+    QApplication::restoreOverrideCursor();
+}
+
+std::optional<qint32> MainWindow::currentHarvestId() const
+{
+    const QModelIndex index = m_list->currentIndex();
+    if (!index.isValid())
+        return std::nullopt;
+    return m_model->harvestId(index.row());
+}
+
+void MainWindow::selectHarvest(std::optional<qint32> id)
+{
+    int row = id ? m_model->rowOfHarvest(*id) : -1;
+    if (row < 0 && m_model->rowCount() > 0)
+        row = 0;
+    if (row >= 0)
+        m_list->setCurrentIndex(m_model->index(row, 0));
+}
+
+bool MainWindow::requireMarkedHarvest()
+{
+    if (currentHarvestId())
+        return true;
+    m_prompter.inform(MarkFirst);
+    return false;
+}
+
+void MainWindow::newHarvest()
+{
+    HarvestDialog dialog(context(), std::nullopt, this);
+    dialog.exec();
+    if (dialog.storedId()) {
+        refill();
+        selectHarvest(dialog.storedId());
+    }
+}
+
+void MainWindow::changeHarvest()
+{
+    if (!requireMarkedHarvest())
+        return;
+    HarvestDialog dialog(context(), currentHarvestId(), this);
+    if (dialog.exec() == QDialog::Accepted)
+        refill();
+}
+
+void MainWindow::deleteHarvest()
+{
+    if (!requireMarkedHarvest())
+        return;
+    const QString question = joinLines({
+        QStringLiteral("Das Löschen eines Hiebes entfernt den markierten Hieb unwiederbringlich mit allen für diesen Hieb eingegebenen Holzmengen."),
+        QStringLiteral("Soll der markierte Hieb wirklich gelöscht werden?")});
+    if (!m_prompter.askYesNo(question))
+        return;
+    const int row = m_list->currentIndex().row();
+    try {
+        tarvik::deleteHarvest(m_session.database->shared(), *currentHarvestId());
+    } catch (const StoreError& error) {
+        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+        return;
+    }
+    refill();
+    if (m_model->rowCount() > 0)
+        m_list->setCurrentIndex(m_model->index(std::min(row, m_model->rowCount() - 1), 0));
+}
+
+void MainWindow::moveCurrent(int step)
+{
+    const int row = m_list->currentIndex().row() + step;
+    if (row >= 0 && row < m_model->rowCount())
+        m_list->setCurrentIndex(m_model->index(row, std::max(0, m_list->currentIndex().column())));
+}
+
+void MainWindow::toggleInfoWidth()
+{
+    m_infoWide = !m_infoWide;
+    m_info->setFixedWidth(m_infoWide ? WideInfo : NarrowInfo);
 }
 
 void MainWindow::openSettings()
@@ -69,9 +342,35 @@ void MainWindow::openSettings()
     dialog.exec();
 }
 
+void MainWindow::saveColumnWidths() const
+{
+    QStringList widths;
+    for (int c = 0; c < m_model->columnCount(); ++c)
+        widths << QString::number(m_list->columnWidth(c));
+    if (widths.isEmpty())
+        return;
+    QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
+    store.setValue(QStringLiteral("datali/ColWidths"), widths.join(u','));
+}
+
+void MainWindow::restoreColumnWidths()
+{
+    const QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
+    const QStringList widths = store.value(QStringLiteral("datali/ColWidths")).toString().split(u',', Qt::SkipEmptyParts);
+    for (int c = 0; c < widths.size() && c < m_model->columnCount(); ++c) {
+        const int width = widths[c].toInt();
+        if (width > 0)
+            m_list->setColumnWidth(c, width);
+    }
+}
+
 void MainWindow::closeEvent(QCloseEvent* e)
 {
+    saveColumnWidths();
+    removeReportPages(m_session.dataFolder);
     m_session.saveSettings(m_prompter);
+    if (const auto reminder = backupReminder(m_session.settings, m_clock.today()))
+        m_prompter.askYesNo(*reminder); // the backup wizard answers a Yes once it exists
     e->accept();
 }
 

@@ -1,32 +1,63 @@
 #pragma once
-// AF_Tarvik: the main window. It holds the session for the whole run, does the work of its
-// first activation and saves the settings when it closes.
+// AF_Tarvik: the harvest list, the menu that opens every other window, and the work of the
+// program's first activation and of its end.
+#include "store/context.h"
 #include "store/startup.h"
 
 #include <QMainWindow>
+#include <optional>
+
+class QLabel;
+class QPlainTextEdit;
+class QTableView;
 
 namespace tarvik {
 
-class Prompter;
+class HarvestListModel;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    MainWindow(Session& session, Prompter& prompter, QWidget* parent = nullptr);
+    MainWindow(Session& session, Prompter& prompter, const Clock& clock, QWidget* parent = nullptr);
 
     static QString caption();
+
+    // The harvest of the list's current row.
+    std::optional<qint32> currentHarvestId() const;
+    // Windows that change harvests ask for the list to be filled again on the next activation.
+    void requestRefill() { m_refill = true; }
+    void refill();
 
 protected:
     bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    void openSettings();
+    void buildMenus();
+    QWidget* buildButtons();
     void onFirstActivation();
+    void newHarvest();
+    void changeHarvest();
+    void deleteHarvest();
+    void moveCurrent(int step);
+    void toggleInfoWidth();
+    void openSettings();
+    bool requireMarkedHarvest();
+    void saveColumnWidths() const;
+    void restoreColumnWidths();
+    void selectHarvest(std::optional<qint32> id);
+    AppContext context();
 
     Session& m_session;
     Prompter& m_prompter;
+    const Clock& m_clock;
+    HarvestListModel* m_model;
+    QTableView* m_list;
+    QPlainTextEdit* m_info;
+    QLabel* m_statistics;
     bool m_activatedOnce = false;
+    bool m_refill = true;
+    bool m_infoWide = false;
 };
 
 } // namespace tarvik

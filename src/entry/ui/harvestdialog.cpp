@@ -1,0 +1,294 @@
+#include "entry/ui/harvestdialog.h"
+
+#include "entry/ui/dateedit.h"
+#include "store/sql.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace tarvik {
+namespace {
+
+QLineEdit* field(const QString& name, int maxLength)
+{
+    auto* edit = new QLineEdit;
+    edit->setObjectName(name);
+    edit->setMaxLength(maxLength);
+    return edit;
+}
+
+QComboBox* combo(const QString& name, int maxLength)
+{
+    auto* box = new QComboBox;
+    box->setObjectName(name);
+    box->setEditable(true);
+    box->setInsertPolicy(QComboBox::NoInsert);
+    box->lineEdit()->setMaxLength(maxLength);
+    return box;
+}
+
+void fill(QComboBox* box, const QStringList& values)
+{
+    const QString text = box->currentText();
+    box->clear();
+    box->addItems(values);
+    box->setEditText(text);
+}
+
+const char* const TotalCaptions[] = {"Anzahl Lose", "Stämme Anzahl", "Stämme Efm", "Efm je Stück", "Pfähle Anzahl",
+                                     "Schichtholz Efm", "Schichtholz m3", "Teilverkauft", "Verkauft"};
+
+} // namespace
+
+HarvestDialog::HarvestDialog(const AppContext& context, std::optional<qint32> harvestId, QWidget* parent)
+    : QDialog(parent), m_context(context), m_editedId(harvestId)
+{
+    setObjectName(QStringLiteral("FH_Hiebeingabe"));
+    setModal(true);
+    build();
+    fill(m_woodland, listValues(m_context.db, QStringLiteral("Liste_Waldnamen"), QStringLiteral("Waldname")));
+    fill(m_reason, listValues(m_context.db, QStringLiteral("Liste_Hiebgrund"), QStringLiteral("Inhalt")));
+    fill(m_kind, listValues(m_context.db, QStringLiteral("Liste_Hiebart"), QStringLiteral("Inhalt")));
+    fill(m_owner, listValues(m_context.db, QStringLiteral("Waldbesitzer"), QStringLiteral("Besitzer")));
+    if (m_editedId) {
+        setWindowTitle(QStringLiteral("Hiebeingabe - Ändern"));
+        show(loadHarvest(m_context.db, *m_editedId));
+    } else {
+        startNew();
+    }
+}
+
+void HarvestDialog::build()
+{
+    m_number = field(QStringLiteral("tz(0)"), 6);
+    m_year = field(QStringLiteral("tz(1)"), 4);
+    m_area = field(QStringLiteral("tz(2)"), 12);
+    m_woodland = combo(QStringLiteral("komwaldname"), 30);
+    m_reason = combo(QStringLiteral("komhiebgrund"), 20);
+    m_kind = combo(QStringLiteral("komhiebart"), 20);
+    m_owner = combo(QStringLiteral("komwaldbesitzer"), 30);
+    const int widths[] = {50, 255, 30, 30, 15, 30};
+    for (int i = 0; i < 6; ++i)
+        m_texts[size_t(i)] = field(QStringLiteral("t(%1)").arg(i), widths[i]);
+    m_harvester = new QPlainTextEdit;
+    m_harvester->setObjectName(QStringLiteral("t(6)"));
+    m_harvester->setTabChangesFocus(true);
+    m_harvester->setMaximumHeight(60);
+    m_dates[0] = new DateEdit(QStringLiteral("tdat(0)"));
+    m_dates[1] = new DateEdit(QStringLiteral("tdat(1)"));
+
+    auto* harvest = new QGroupBox(QStringLiteral("Hieb"));
+    auto* grid = new QGridLayout(harvest);
+    int row = 0;
+    auto add = [&grid, &row](const QString& caption, QWidget* w, int span = 3) {
+        grid->addWidget(new QLabel(caption), row, 0);
+        grid->addWidget(w, row++, 1, 1, span);
+    };
+    add(QStringLiteral("Hieb-Nr"), m_number, 1);
+    add(QStringLiteral("Jahr"), m_year, 1);
+    add(QStringLiteral("Waldname"), m_woodland);
+    add(QStringLiteral("Waldort"), m_texts[0]);
+    add(QStringLiteral("Hiebfläche (ha)"), m_area, 1);
+    add(QStringLiteral("Hiebgrund"), m_reason);
+    add(QStringLiteral("Hiebart"), m_kind);
+    add(QStringLiteral("Hiebdatum von"), m_dates[0], 1);
+    add(QStringLiteral("Hiebdatum bis"), m_dates[1], 1);
+    add(QStringLiteral("Bemerkung"), m_texts[1]);
+
+    auto* ownerBox = new QGroupBox(QStringLiteral("Waldbesitzer"));
+    auto* ownerGrid = new QGridLayout(ownerBox);
+    const std::pair<const char*, QWidget*> ownerRows[] = {{"Name", m_owner}, {"Straße", m_texts[2]}, {"Wohnort", m_texts[3]},
+                                                          {"Telefon", m_texts[4]}, {"Sonstiges", m_texts[5]}, {"Harvester", m_harvester}};
+    int ownerRow = 0;
+    for (const auto& [caption, w] : ownerRows) {
+        ownerGrid->addWidget(new QLabel(QString::fromUtf8(caption)), ownerRow, 0);
+        ownerGrid->addWidget(w, ownerRow++, 1);
+    }
+
+    auto* totalsBox = new QGroupBox(QStringLiteral("Summen (werden berechnet)"));
+    auto* totalsGrid = new QGridLayout(totalsBox);
+    for (int i = 0; i < 9; ++i) {
+        QLineEdit* t = field(QStringLiteral("tsumme(%1)").arg(i), 20);
+        t->setReadOnly(true);
+        t->setFocusPolicy(Qt::NoFocus);
+        m_totals[size_t(i)] = t;
+        totalsGrid->addWidget(new QLabel(QString::fromUtf8(TotalCaptions[i])), i % 5, (i / 5) * 2);
+        totalsGrid->addWidget(t, i % 5, (i / 5) * 2 + 1);
+    }
+
+    m_ok = new QPushButton(QStringLiteral("&OK"));
+    m_ok->setObjectName(QStringLiteral("ok"));
+    m_okNext = new QPushButton(QStringLiteral("OK+&Nächster"));
+    m_okNext->setObjectName(QStringLiteral("okn_chster"));
+    m_okNext->setEnabled(!m_editedId); // stepping through a list of harvests needs the opener's list
+    auto* cancel = new QPushButton(QStringLiteral("&Abbrechen"));
+    cancel->setObjectName(QStringLiteral("cmdabbrechen"));
+    auto* standard = new QPushButton(QStringLiteral("Als &Standard"));
+    standard->setObjectName(QStringLiteral("standard"));
+    standard->setToolTip(QStringLiteral("Waldname, Hiebgrund, Hiebart und Waldbesitzer als Vorgabe für neue Hiebe sichern"));
+    auto* help = new QPushButton(QStringLiteral("&Hilfe"));
+    help->setObjectName(QStringLiteral("comhilfe"));
+    help->setEnabled(false); // the help viewer comes with the help window
+    // RETURN triggers [OK+Nächster] when the settings say so.
+    const bool nextIsDefault = m_context.settings.zahl[28] == 1 && !m_editedId;
+    for (QPushButton* b : {m_ok, m_okNext, cancel, standard, help})
+        b->setAutoDefault(false);
+    (nextIsDefault ? m_okNext : m_ok)->setDefault(true);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(help);
+    buttons->addWidget(standard);
+    buttons->addStretch();
+    buttons->addWidget(m_ok);
+    buttons->addWidget(m_okNext);
+    buttons->addWidget(cancel);
+
+    auto* columns = new QHBoxLayout;
+    auto* right = new QVBoxLayout;
+    right->addWidget(ownerBox);
+    right->addWidget(totalsBox);
+    columns->addWidget(harvest);
+    columns->addLayout(right);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(columns);
+    layout->addLayout(buttons);
+
+    connect(m_ok, &QPushButton::clicked, this, &HarvestDialog::onOk);
+    connect(m_okNext, &QPushButton::clicked, this, &HarvestDialog::onOkNext);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(standard, &QPushButton::clicked, this, &HarvestDialog::onStandard);
+    connect(m_woodland, &QComboBox::textActivated, this, &HarvestDialog::fillWoodland);
+    connect(m_owner, &QComboBox::textActivated, this, &HarvestDialog::fillOwner);
+}
+
+void HarvestDialog::show(const HarvestForm& f)
+{
+    m_number->setText(f.hiebNr);
+    m_year->setText(f.jahr);
+    m_woodland->setEditText(f.waldname);
+    m_texts[0]->setText(f.waldort);
+    m_area->setText(f.hiebflaeche);
+    m_reason->setEditText(f.hiebgrund);
+    m_kind->setEditText(f.hiebart);
+    m_dates[0]->setText(f.datumVon);
+    m_dates[1]->setText(f.datumBis);
+    m_texts[1]->setText(f.bemerkung);
+    m_owner->setEditText(f.besitzerName);
+    m_texts[2]->setText(f.besitzerStrasse);
+    m_texts[3]->setText(f.besitzerWohnort);
+    m_texts[4]->setText(f.besitzerTelefon);
+    m_texts[5]->setText(f.besitzerSonstiges);
+    m_harvester->setPlainText(f.harvester);
+    for (size_t i = 0; i < f.totals.size(); ++i)
+        m_totals[i]->setText(f.totals[i]);
+    m_totals[7]->setText(f.teilverkauft);
+    m_totals[8]->setText(f.verkauft);
+}
+
+HarvestForm HarvestDialog::read() const
+{
+    HarvestForm f;
+    f.hiebNr = m_number->text();
+    f.jahr = m_year->text();
+    f.waldname = m_woodland->currentText();
+    f.waldort = m_texts[0]->text();
+    f.hiebflaeche = m_area->text();
+    f.hiebgrund = m_reason->currentText();
+    f.hiebart = m_kind->currentText();
+    f.datumVon = m_dates[0]->text();
+    f.datumBis = m_dates[1]->text();
+    f.bemerkung = m_texts[1]->text();
+    f.besitzerName = m_owner->currentText();
+    f.besitzerStrasse = m_texts[2]->text();
+    f.besitzerWohnort = m_texts[3]->text();
+    f.besitzerTelefon = m_texts[4]->text();
+    f.besitzerSonstiges = m_texts[5]->text();
+    f.harvester = m_harvester->toPlainText();
+    for (size_t i = 0; i < f.totals.size(); ++i)
+        f.totals[i] = m_totals[i]->text();
+    f.teilverkauft = m_totals[7]->text();
+    f.verkauft = m_totals[8]->text();
+    return f;
+}
+
+bool HarvestDialog::store()
+{
+    const HarvestForm form = read();
+    try {
+        if (const auto refusal = checkHarvest(m_context.db, form, m_editedId)) {
+            m_context.prompter.inform(*refusal);
+            return false;
+        }
+        m_storedId = saveHarvest(m_context.db, form, m_editedId);
+    } catch (const StoreError& error) {
+        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+        return false;
+    }
+    if (m_context.settings.zahl[24] != 1)
+        QApplication::beep();
+    return true;
+}
+
+void HarvestDialog::startNew()
+{
+    m_editedId.reset();
+    setWindowTitle(QStringLiteral("Hiebeingabe - Neu"));
+    try {
+        show(proposeNewHarvest(m_context.db, m_context.clock, m_context.dataFolder));
+    } catch (const StoreError& error) {
+        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+    }
+    m_number->setFocus();
+    m_number->selectAll();
+}
+
+void HarvestDialog::onOk()
+{
+    if (store())
+        accept();
+}
+
+void HarvestDialog::onOkNext()
+{
+    if (!store())
+        return;
+    fill(m_woodland, listValues(m_context.db, QStringLiteral("Liste_Waldnamen"), QStringLiteral("Waldname")));
+    fill(m_reason, listValues(m_context.db, QStringLiteral("Liste_Hiebgrund"), QStringLiteral("Inhalt")));
+    fill(m_kind, listValues(m_context.db, QStringLiteral("Liste_Hiebart"), QStringLiteral("Inhalt")));
+    fill(m_owner, listValues(m_context.db, QStringLiteral("Waldbesitzer"), QStringLiteral("Besitzer")));
+    startNew();
+}
+
+void HarvestDialog::onStandard()
+{
+    const DefaultsResult result = saveHarvestDefaults(m_context.dataFolder, read());
+    m_context.prompter.inform(result.message, result.ok ? Prompter::Icon::Information : Prompter::Icon::Warning);
+}
+
+void HarvestDialog::fillWoodland(const QString& name)
+{
+    if (const auto w = woodland(m_context.db, name)) {
+        m_texts[0]->setText(w->waldort);
+        m_area->setText(w->flaeche);
+    }
+}
+
+void HarvestDialog::fillOwner(const QString& name)
+{
+    if (const auto o = owner(m_context.db, name)) {
+        m_texts[2]->setText(o->strasse);
+        m_texts[3]->setText(o->wohnort);
+        m_texts[4]->setText(o->telefon);
+        m_texts[5]->setText(o->sonstiges);
+    }
+}
+
+} // namespace tarvik

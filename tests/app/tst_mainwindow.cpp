@@ -1,0 +1,199 @@
+// AF_Tarvik, headless: menus, the list and its statistics, deleting, column widths, exit.
+#include "app/main/mainwindow.h"
+#include "app/main/exitchores.h"
+#include "app/main/harvestlist.h"
+#include "entry/harvestentry.h"
+#include "store/sql.h"
+#include "support/records.h"
+#include "support/tempdatafolder.h"
+
+#include <QAbstractItemModel>
+#include <QApplication>
+#include <QFile>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTableView>
+
+using namespace tarvik;
+
+class TestMainWindow : public QObject {
+    Q_OBJECT
+    test::TempDataFolder m_folder;
+    test::ScriptedPrompter m_prompter;
+    std::unique_ptr<Session> m_session;
+    FixedClock m_clock{QDate(2026, 11, 21)};
+
+    QSqlDatabase db() const { return m_session->database->shared(); }
+
+    qint32 addHarvest(int number, double area, int logs, double efm)
+    {
+        const qint32 id = test::addHarvest(db(), number);
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Hiebfläche = ?, Stämme_Anzahl = ?, Stämme_Efm = ?, Anzahl_Lose = 1 WHERE ID = ?"),
+                {area, logs, efm, id});
+        return id;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true); // column widths go to a test settings store
+        m_session = m_folder.start(m_prompter);
+        m_prompter.clear();
+    }
+
+    void menusAndButtons()
+    {
+        MainWindow w(*m_session, m_prompter, m_clock);
+        QCOMPARE(w.objectName(), QStringLiteral("AF_Tarvik"));
+        const std::tuple<const char*, const char*, bool> items[] = {
+            {"H_Neuerhieb", "Neuer &Hieb", true},       {"H_Hieblöschen", "Aktuellen Hieb &löschen", true},
+            {"S_ZEPbeenden", " Beenden", true},          {"allgemeines", "&Einstellungen", true},
+            {"E_EingabeStämme", "&Stämme", false},       {"A_Statistikholzliste", "&Holzliste", false},
+            {"S_Stammdaten_Rindenabzug2", "Rindenabzug &frei definiert", false},
+            {"S_xdatensicherung", "&Datensicherung", false}, {"popzeile(1)", "&Ändern", true}};
+        for (const auto& [name, caption, enabled] : items) {
+            QAction* a = w.findChild<QAction*>(QString::fromUtf8(name));
+            QVERIFY2(a, name);
+            QCOMPARE(a->text(), QString::fromUtf8(caption));
+            QCOMPARE(a->isEnabled(), enabled);
+        }
+        QCOMPARE(w.findChildren<QMenu*>().size(), 7); // six menus and the list's pop-up
+        QCOMPARE(w.findChild<QPushButton*>(QStringLiteral("abwaerts(1)"))->text(), QStringLiteral("Nächster Hieb"));
+        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_lose"))->isEnabled());
+    }
+
+    void emptyListShowsZeros()
+    {
+        MainWindow w(*m_session, m_prompter, m_clock);
+        w.refill();
+        QCOMPARE(w.findChild<QLabel*>(QStringLiteral("bezstati"))->text(),
+                 QStringLiteral("Statistik:   Lose=0   Fläche=0,0000   Stämme_Anz=0   Stämme_Efm=0,000   Efm_je_Stamm=0,000   "
+                                "Pfähle_Anz=0   Schichtholz_m3=0,000   Schichtholz_Efm=0,000"));
+        QVERIFY(!w.currentHarvestId());
+        w.findChild<QAction*>(QStringLiteral("popzeile(2)"))->trigger();
+        QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Bitte markieren Sie zuerst den Hieb, den Sie ändern oder löschen möchten!")});
+        m_prompter.clear();
+    }
+
+    void listAndStatisticsFollowTheHarvests()
+    {
+        const qint32 a = addHarvest(1, 1.5, 10, 4.25);
+        addHarvest(2, 0.25, 0, 0);
+        MainWindow w(*m_session, m_prompter, m_clock);
+        w.refill();
+        auto* list = w.findChild<QTableView*>(QStringLiteral("datali"));
+        QCOMPARE(list->model()->rowCount(), 2);
+        QCOMPARE(list->model()->columnCount(), harvestListColumns().size());
+        QCOMPARE(list->model()->headerData(26, Qt::Horizontal).toString(), QStringLiteral("ID"));
+        QCOMPARE(list->model()->index(0, 5).data().toString(), QStringLiteral("1,5000"));
+        QCOMPARE(w.currentHarvestId(), a);
+        QCOMPARE(w.findChild<QLabel*>(QStringLiteral("bezstati"))->text(),
+                 QStringLiteral("Statistik:   Lose=2   Fläche=1,7500   Stämme_Anz=10   Stämme_Efm=4,250   Efm_je_Stamm=0,425   "
+                                "Pfähle_Anz=0   Schichtholz_m3=0,000   Schichtholz_Efm=0,000"));
+        w.findChild<QPushButton*>(QStringLiteral("abwaerts(1)"))->click();
+        QVERIFY(w.currentHarvestId() != a);
+        w.findChild<QPushButton*>(QStringLiteral("abwaerts(0)"))->click();
+        QCOMPARE(w.currentHarvestId(), a);
+    }
+
+    void soldHarvestsAreColoured()
+    {
+        execSql(db(), QStringLiteral("DELETE FROM Hiebe"));
+        const qint32 full = addHarvest(1, 0, 0, 0);
+        const qint32 odd = addHarvest(2, 0, 0, 0);
+        const qint32 partly = addHarvest(3, 0, 0, 0);
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Teilverkauft = 'J', Verkauft = 'J' WHERE ID = ?"), {full});
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Teilverkauft = 'N', Verkauft = 'J' WHERE ID = ?"), {odd});
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Teilverkauft = 'J', Verkauft = 'N' WHERE ID = ?"), {partly});
+        MainWindow w(*m_session, m_prompter, m_clock);
+        w.refill();
+        const QAbstractItemModel* m = w.findChild<QTableView*>(QStringLiteral("datali"))->model();
+        QCOMPARE(m->index(0, 3).data(Qt::ForegroundRole).value<QBrush>().color(), QColor(0, 0, 255));
+        QCOMPARE(m->index(1, 3).data(Qt::ForegroundRole).value<QBrush>().color(), QColor(255, 0, 0));
+        QVERIFY(!m->index(2, 3).data(Qt::ForegroundRole).isValid());
+    }
+
+    void deleteAsksAndRemovesTheCurrentHarvestOnly()
+    {
+        execSql(db(), QStringLiteral("DELETE FROM Hiebe"));
+        const qint32 doomed = addHarvest(1, 0, 0, 0);
+        const qint32 kept = addHarvest(2, 0, 0, 0);
+        for (qint32 h : {doomed, kept}) {
+            test::addLot(db(), h, 1);
+            test::addTypedLog(db(), h, 1, 1, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        }
+        MainWindow w(*m_session, m_prompter, m_clock);
+        w.refill();
+        QCOMPARE(w.currentHarvestId(), doomed);
+        m_prompter.answerNo();
+        w.findChild<QAction*>(QStringLiteral("H_Hieblöschen"))->trigger();
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT count(*) FROM Hiebe")).toInt(), 2);
+        QVERIFY(m_prompter.questions().first().endsWith(QStringLiteral("\nSoll der markierte Hieb wirklich gelöscht werden?")));
+
+        m_prompter.answerYes();
+        w.findChild<QAction*>(QStringLiteral("H_Hieblöschen"))->trigger();
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT group_concat(ID) FROM Hiebe")).toInt(), kept);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ?"), {doomed}).toInt(), 0);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT count(*) FROM Lose WHERE Kennung = ?"), {kept}).toInt(), 1);
+        QCOMPARE(w.findChild<QTableView*>(QStringLiteral("datali"))->model()->rowCount(), 1);
+        QCOMPARE(w.currentHarvestId(), kept);
+        m_prompter.clear();
+    }
+
+    void columnWidthsSurviveARestart()
+    {
+        {
+            MainWindow w(*m_session, m_prompter, m_clock);
+            w.refill();
+            w.findChild<QTableView*>(QStringLiteral("datali"))->setColumnWidth(3, 217);
+            m_session->settings.text[12] = QStringLiteral("20.11.2026"); // a recent backup: no reminder
+            w.close();
+        }
+        MainWindow again(*m_session, m_prompter, m_clock);
+        again.refill();
+        QCOMPARE(again.findChild<QTableView*>(QStringLiteral("datali"))->columnWidth(3), 217);
+    }
+
+    void exitRemovesReportPagesAndReminds()
+    {
+        QFile page(m_folder.filePath(QStringLiteral("report-1.htm")));
+        QVERIFY(page.open(QIODevice::WriteOnly));
+        page.close();
+        m_session->settings.text[12] = QStringLiteral("01.11.2026");
+        MainWindow w(*m_session, m_prompter, m_clock);
+        m_prompter.answerNo();
+        w.close();
+        QVERIFY(!QFile::exists(m_folder.filePath(QStringLiteral("report-1.htm"))));
+        QCOMPARE(m_prompter.questions().last(),
+                 QStringLiteral("Sie haben seit dem 01.11.2026 keine Datensicherung mehr gemacht.\nSoll jetzt eine Datensicherung gemacht werden?"));
+    }
+
+    void backupReminder_data()
+    {
+        QTest::addColumn<QString>("last");
+        QTest::addColumn<int>("days");
+        QTest::addColumn<bool>("due");
+        QTest::newRow("never") << "" << 14 << true;
+        QTest::newRow("14 days ago, interval 14") << "07.11.2026" << 14 << false;
+        QTest::newRow("15 days ago, interval 14") << "06.11.2026" << 14 << true;
+        QTest::newRow("yesterday") << "20.11.2026" << 3 << false;
+    }
+    void backupReminder()
+    {
+        QFETCH(QString, last);
+        QFETCH(int, days);
+        QFETCH(bool, due);
+        Einstellungen s = EinstellungenLaden(QString());
+        s.text[12] = last;
+        s.zahl[17] = qint16(days);
+        const auto reminder = tarvik::backupReminder(s, m_clock.today());
+        QCOMPARE(bool(reminder), due);
+        if (last.isEmpty())
+            QVERIFY(reminder->startsWith(QStringLiteral("Sie haben noch nie ein Backup (Datensicherung) gemacht.")));
+    }
+};
+
+TARVIK_TEST_MAIN(TestMainWindow)
+#include "tst_mainwindow.moc"

@@ -1,0 +1,208 @@
+// FH_Hiebeingabe driven through its controls, headless.
+#include "entry/ui/harvestdialog.h"
+#include "store/sql.h"
+#include "support/records.h"
+#include "support/tempdatafolder.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QPushButton>
+
+using namespace tarvik;
+
+class TestHarvestDialog : public QObject {
+    Q_OBJECT
+    test::TempDataFolder m_folder;
+    std::unique_ptr<Database> m_db;
+    Einstellungen m_settings = EinstellungenLaden(QString());
+    FixedClock m_clock{QDate(2026, 11, 21)};
+    test::ScriptedPrompter m_prompter;
+
+    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
+    QSqlDatabase db() const { return m_db->shared(); }
+
+    template <typename T>
+    static T* child(QDialog& d, const char* name)
+    {
+        T* w = d.findChild<T*>(QString::fromUtf8(name));
+        if (!w)
+            qFatal("no control %s", name);
+        return w;
+    }
+    static void type(QDialog& d, const char* name, const QString& text) { child<QLineEdit>(d, name)->setText(text); }
+    static void choose(QDialog& d, const char* name, const QString& text) { child<QComboBox>(d, name)->setEditText(text); }
+    static void press(QDialog& d, const char* name) { child<QPushButton>(d, name)->click(); }
+    int count(const QString& sql) const { return scalar(db(), sql).toInt(); }
+
+private slots:
+    void init()
+    {
+        m_db.reset();
+        QFile::remove(m_folder.databasePath());
+        QFile::remove(m_folder.filePath(QLatin1String(HarvestDefaultsFile)));
+        m_db = m_folder.openDatabase();
+        m_prompter.clear();
+    }
+
+    void numberProposal_data()
+    {
+        QTest::addColumn<int>("highest");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("empty") << 0 << "1";
+        QTest::newRow("41") << 41 << "42";
+        QTest::newRow("wraps after 999999") << 999999 << "1";
+    }
+    void numberProposal()
+    {
+        QFETCH(int, highest);
+        if (highest > 0)
+            test::addHarvest(db(), highest);
+        HarvestDialog d(context(), std::nullopt);
+        QTEST(child<QLineEdit>(d, "tz(0)")->text(), "expected");
+        QCOMPARE(child<QLineEdit>(d, "tz(1)")->text(), QStringLiteral("2026"));
+        QCOMPARE(child<QLineEdit>(d, "tz(2)")->text(), QStringLiteral("0,0000"));
+        QCOMPARE(child<QLineEdit>(d, "tsumme(7)")->text(), QStringLiteral("N"));
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<QString>("woodland");
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("number 0") << "0" << "Eichwald" << "" << "" << "...die Hiebnummer zwischen 1 und 999999 eingestellt sein muß.";
+        QTest::newRow("number taken") << "5" << "Eichwald" << "" << "" << "...die Hiebnummer bereits existiert.";
+        QTest::newRow("no woodland") << "6" << " " << "" << "" << "...der Waldname angegeben werden muß.";
+        QTest::newRow("dates reversed") << "6" << "Eichwald" << "02.03.2026" << "01.03.2026"
+                                        << "...das Hiebdatum von nicht später als das Hiebdatum bis sein darf.";
+        QTest::newRow("first failure only") << "5" << "" << "" << "" << "...die Hiebnummer bereits existiert.";
+    }
+    void refusals()
+    {
+        QFETCH(QString, number);
+        QFETCH(QString, woodland);
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QFETCH(QString, reason);
+        test::addHarvest(db(), 5);
+        HarvestDialog d(context(), std::nullopt);
+        type(d, "tz(0)", number);
+        choose(d, "komwaldname", woodland);
+        type(d, "tdat(0)", from);
+        type(d, "tdat(1)", to);
+        press(d, "ok");
+        QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n") + reason});
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Hiebe")), 1);
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), number); // what was typed stays
+        QVERIFY(d.result() != QDialog::Accepted);
+    }
+
+    void storesEveryColumnAndGrowsTheLists()
+    {
+        for (int round = 0; round < 2; ++round) {
+            HarvestDialog d(context(), std::nullopt);
+            choose(d, "komwaldname", QStringLiteral("O'Briens \"Hang\" 100%"));
+            type(d, "t(0)", QStringLiteral("Überlingen"));
+            type(d, "tz(2)", QStringLiteral("1,25"));
+            choose(d, "komhiebgrund", round == 0 ? QStringLiteral("Sturm") : QStringLiteral("STURM"));
+            choose(d, "komhiebart", QStringLiteral("Durchforstung"));
+            type(d, "tdat(0)", QStringLiteral("01.03.2026"));
+            type(d, "tdat(1)", QStringLiteral("01.03.2026")); // equal dates are fine
+            choose(d, "komwaldbesitzer", QStringLiteral("Anna Müller"));
+            type(d, "t(2)", QStringLiteral("Am Bach 3"));
+            press(d, "ok");
+            QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+            QCOMPARE(d.result(), int(QDialog::Accepted));
+        }
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT group_concat(Hieb_Nr) FROM Hiebe")).toString(), QStringLiteral("1,2"));
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Waldname || '|' || Waldort || '|' || Hiebfläche || '|' || Hiebdatum_von || '|' || "
+                                             "Hiebdatum_bis || '|' || Waldbesitzer_Straße || '|' || Selektiert || '|' || Verkauft || '|' || "
+                                             "coalesce(Bemerkung, 'null') FROM Hiebe WHERE Hieb_Nr = 1")).toString(),
+                 QStringLiteral("O'Briens \"Hang\" 100%|Überlingen|1.25|2026-03-01|2026-03-01|Am Bach 3||N|"));
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Liste_Waldnamen")), 1);
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Waldbesitzer")), 1);
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Liste_Hiebgrund")), 1);
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Liste_Hiebart")), 1);
+    }
+
+    void emptyDateStoresNull()
+    {
+        HarvestDialog d(context(), std::nullopt);
+        choose(d, "komwaldname", QStringLiteral("Eichwald"));
+        press(d, "ok");
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Hiebe WHERE Hiebdatum_von IS NULL AND Hiebdatum_bis IS NULL")), 1);
+    }
+
+    void changingKeepsItsOwnNumber()
+    {
+        const qint32 id = test::addHarvest(db(), 12);
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Stämme_Anzahl = 40, Stämme_Efm = 12.5, Teilverkauft = 'J', Verkauft = 'N' WHERE ID = ?"), {id});
+        HarvestDialog d(context(), id);
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("12"));
+        QCOMPARE(child<QComboBox>(d, "komwaldname")->currentText(), QStringLiteral("Eichwald"));
+        QCOMPARE(child<QLineEdit>(d, "tsumme(2)")->text(), QStringLiteral("12,500"));
+        type(d, "t(1)", QStringLiteral("geändert"));
+        press(d, "ok");
+        QVERIFY(m_prompter.messages().isEmpty());
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Hieb_Nr || Bemerkung || Stämme_Anzahl || Teilverkauft FROM Hiebe WHERE ID = ?"), {id}).toString(),
+                 QStringLiteral("12geändert40J"));
+    }
+
+    void okNextBeginsTheNextHarvest()
+    {
+        HarvestDialog d(context(), std::nullopt);
+        choose(d, "komwaldname", QStringLiteral("Eichwald"));
+        press(d, "okn_chster");
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("2"));
+        QVERIFY(d.isVisible() || d.result() != QDialog::Accepted);
+        QCOMPARE(child<QComboBox>(d, "komwaldname")->findText(QStringLiteral("Eichwald")), 0);
+    }
+
+    void defaultsAreRememberedForTheNextNewHarvest()
+    {
+        {
+            HarvestDialog d(context(), std::nullopt);
+            choose(d, "komwaldname", QStringLiteral("Hochwald"));
+            type(d, "t(0)", QStringLiteral("  Bergdorf "));
+            choose(d, "komhiebart", QStringLiteral("Kahlschlag"));
+            choose(d, "komwaldbesitzer", QStringLiteral("Gemeinde"));
+            type(d, "t(5)", QStringLiteral("Forst-Nr. 7"));
+            press(d, "standard");
+            QVERIFY(m_prompter.messages().first().startsWith(QStringLiteral("Die Standardwerte (Waldname, Hiebgrund, Hiebart und Waldbesitzer)")));
+        }
+        QFile file(m_folder.filePath(QLatin1String(HarvestDefaultsFile)));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("Hochwald\r\n  Bergdorf \r\n\r\nKahlschlag\r\nGemeinde\r\n\r\n\r\n\r\nForst-Nr. 7\r\n"));
+
+        HarvestDialog next(context(), std::nullopt);
+        QCOMPARE(child<QComboBox>(next, "komwaldname")->currentText(), QStringLiteral("Hochwald"));
+        QCOMPARE(child<QLineEdit>(next, "t(0)")->text(), QStringLiteral("  Bergdorf "));
+        QCOMPARE(child<QLineEdit>(next, "t(5)")->text(), QStringLiteral("Forst-Nr. 7"));
+    }
+
+    void choosingAWoodlandFillsPlaceAndArea()
+    {
+        execSql(db(), QStringLiteral("INSERT INTO Liste_Waldnamen(Waldname, Waldort, Fläche) VALUES ('Eichwald', 'Talheim', 2.5)"));
+        HarvestDialog d(context(), std::nullopt);
+        auto* box = child<QComboBox>(d, "komwaldname");
+        box->setCurrentIndex(box->findText(QStringLiteral("Eichwald")));
+        emit box->textActivated(QStringLiteral("Eichwald"));
+        QCOMPARE(child<QLineEdit>(d, "t(0)")->text(), QStringLiteral("Talheim"));
+        QCOMPARE(child<QLineEdit>(d, "tz(2)")->text(), QStringLiteral("2,5000"));
+    }
+
+    void fieldsKeepToTheColumnWidths()
+    {
+        HarvestDialog d(context(), std::nullopt);
+        QCOMPARE(child<QComboBox>(d, "komwaldname")->lineEdit()->maxLength(), 30);
+        QCOMPARE(child<QLineEdit>(d, "t(0)")->maxLength(), 50);
+        QCOMPARE(child<QLineEdit>(d, "t(4)")->maxLength(), 15);
+        QCOMPARE(child<QLineEdit>(d, "tz(1)")->maxLength(), 4);
+    }
+};
+
+TARVIK_TEST_MAIN(TestHarvestDialog)
+#include "tst_harvestdialog.moc"
