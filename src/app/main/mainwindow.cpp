@@ -215,14 +215,13 @@ QWidget* MainWindow::buildButtons()
 
 bool MainWindow::event(QEvent* e)
 {
-    if (e->type() == QEvent::WindowActivate) {
-        if (!m_activatedOnce) {
-            m_activatedOnce = true;
-            // Messages wait until the window is on screen.
-            QTimer::singleShot(0, this, &MainWindow::onFirstActivation);
-        } else if (m_refill) {
-            QTimer::singleShot(0, this, &MainWindow::refill);
-        }
+    // The first showing counts as the first activation: some desktops never activate a window
+    // that was not clicked. Messages wait until the window is on screen.
+    if ((e->type() == QEvent::Show || e->type() == QEvent::WindowActivate) && !m_activatedOnce) {
+        m_activatedOnce = true;
+        QTimer::singleShot(0, this, &MainWindow::onFirstActivation);
+    } else if (e->type() == QEvent::WindowActivate && m_refill) {
+        QTimer::singleShot(0, this, &MainWindow::refill);
     }
     return QMainWindow::event(e);
 }

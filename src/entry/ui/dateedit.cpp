@@ -27,6 +27,7 @@ DateEdit::DateEdit(const QString& name, QWidget* parent) : QWidget(parent), m_ed
     layout->addWidget(m_edit);
     layout->addWidget(button);
     setFocusProxy(m_edit);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     connect(button, &QToolButton::clicked, this, &DateEdit::showCalendar);
 }
 

@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRegularExpressionValidator>
 #include <QVBoxLayout>
 
 namespace tarvik {
@@ -71,6 +72,10 @@ void HarvestDialog::build()
     m_number = field(QStringLiteral("tz(0)"), 6);
     m_year = field(QStringLiteral("tz(1)"), 4);
     m_area = field(QStringLiteral("tz(2)"), 12);
+    // Number fields take what a number can hold; the checks on OK still say what is wrong.
+    m_number->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,6}")), m_number));
+    m_year->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,4}")), m_year));
+    m_area->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9.,]*")), m_area));
     m_woodland = combo(QStringLiteral("komwaldname"), 30);
     m_reason = combo(QStringLiteral("komhiebgrund"), 20);
     m_kind = combo(QStringLiteral("komhiebart"), 20);
@@ -102,6 +107,7 @@ void HarvestDialog::build()
     add(QStringLiteral("Hiebdatum von"), m_dates[0], 1);
     add(QStringLiteral("Hiebdatum bis"), m_dates[1], 1);
     add(QStringLiteral("Bemerkung"), m_texts[1]);
+    grid->setRowStretch(row, 1);
 
     auto* ownerBox = new QGroupBox(QStringLiteral("Waldbesitzer"));
     auto* ownerGrid = new QGridLayout(ownerBox);
