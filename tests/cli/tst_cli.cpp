@@ -130,6 +130,31 @@ private slots:
         QCOMPARE(again.out, QStringLiteral("2 von 2 Stämmen geändert.\n"));
     }
 
+    void harvestListAsTheListShowsIt()
+    {
+        test::TempDataFolder root;
+        {
+            auto db = Database::openOrCreate(root.databasePath());
+            const qint32 id = test::addHarvest(db->shared(), 7);
+            execSql(db->shared(), QStringLiteral("UPDATE Hiebe SET Waldname = ?, Hiebfläche = 1.5, Hiebdatum_von = '2026-03-01', "
+                                                 "Stämme_Efm = 12.3456, Bemerkung = 'zwei\tTeile' WHERE ID = ?"),
+                    {QStringLiteral("O'Briens Wald"), id});
+        }
+        const Output o = runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("hiebe")});
+        QCOMPARE(o.code, 0);
+        const QStringList lines = o.out.split(u'\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 2);
+        QVERIFY(lines[0].startsWith(QStringLiteral("Hieb_Nr\tJahr\tSelektiert\tWaldname")));
+        QVERIFY(lines[0].endsWith(QStringLiteral("\tHarvester\tID")));
+        const QStringList cells = lines[1].split(u'\t');
+        QCOMPARE(cells.size(), 27);
+        QCOMPARE(cells[3], QStringLiteral("O'Briens Wald"));
+        QCOMPARE(cells[5], QStringLiteral("1,5000"));
+        QCOMPARE(cells[8], QStringLiteral("01.03.2026"));
+        QCOMPARE(cells[11], QStringLiteral("12,346"));
+        QCOMPARE(cells[24], QStringLiteral("zwei Teile"));
+    }
+
     void recomputeRefusals_data()
     {
         QTest::addColumn<QStringList>("args");
