@@ -61,7 +61,7 @@ HarvestDialog::HarvestDialog(const AppContext& context, std::optional<qint32> ha
     fill(m_owner, listValues(m_context.db, QStringLiteral("Waldbesitzer"), QStringLiteral("Besitzer")));
     if (m_editedId) {
         setWindowTitle(QStringLiteral("Hiebeingabe - Ändern"));
-        show(loadHarvest(m_context.db, *m_editedId));
+        showForm(loadHarvest(m_context.db, *m_editedId));
     } else {
         startNew();
     }
@@ -175,7 +175,7 @@ void HarvestDialog::build()
     connect(m_owner, &QComboBox::textActivated, this, &HarvestDialog::fillOwner);
 }
 
-void HarvestDialog::show(const HarvestForm& f)
+void HarvestDialog::showForm(const HarvestForm& f)
 {
     m_number->setText(f.hiebNr);
     m_year->setText(f.jahr);
@@ -248,7 +248,7 @@ void HarvestDialog::startNew()
     m_editedId.reset();
     setWindowTitle(QStringLiteral("Hiebeingabe - Neu"));
     try {
-        show(proposeNewHarvest(m_context.db, m_context.clock, m_context.dataFolder));
+        showForm(proposeNewHarvest(m_context.db, m_context.clock, m_context.dataFolder));
     } catch (const StoreError& error) {
         m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
     }

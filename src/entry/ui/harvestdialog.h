@@ -27,7 +27,7 @@ public:
 
 private:
     void build();
-    void show(const HarvestForm& form);
+    void showForm(const HarvestForm& form);
     HarvestForm read() const;
     bool store();
     void startNew();

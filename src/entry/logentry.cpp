@@ -1,0 +1,237 @@
+#include "entry/logentry.h"
+
+#include "common/numbers.h"
+#include "common/text.h"
+#include "rules/masterdatalookup.h"
+#include "store/records.h"
+#include "store/sql.h"
+#include "store/totals.h"
+
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <cmath>
+
+namespace tarvik {
+namespace {
+
+const QString Refusal = QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n");
+
+bool runningNumberTaken(const QSqlDatabase& db, const Einstellungen& settings, qint32 harvestId, qint32 lotNr,
+                        qint32 number, std::optional<qint32> editedId)
+{
+    QString sql = QStringLiteral("SELECT 1 FROM \"Stämme\" WHERE \"Kennung\" = ? AND \"Laufende_Nr\" = ?");
+    QVariantList values{harvestId, number};
+    if (editedId) {
+        sql += QStringLiteral(" AND \"ID\" <> ?");
+        values << *editedId;
+    }
+    if (settings.zahl[57] == 1) {
+        sql += QStringLiteral(" AND \"Los_Nr\" = ?");
+        values << lotNr;
+    }
+    return scalar(db, sql + QStringLiteral(" LIMIT 1"), values).isValid();
+}
+
+QVariantList rowValues(const LogForm& f, qint32 runningNumber, const QString& remark, qint32 harvestId)
+{
+    return {toLong(readNumber(f.losNr)), runningNumber, f.species, toShort(readNumber(f.measuredDiameter)),
+            barkModeLetter(f.mode), toShort(readNumber(f.deduction)), toShort(readNumber(f.underBark)),
+            readNumber(f.length), readNumber(f.volume), f.diameterClass, f.quality, toShort(readNumber(f.topDiameter)),
+            f.heilbronnClass, currencyValue(f.net), currencyValue(f.gross), remark, f.kaeferholz ? 1 : 0, harvestId};
+}
+
+const QString LogColumns = QStringLiteral(
+    "\"Los_Nr\", \"Laufende_Nr\", \"Baumart\", \"Stärke_gemessen\", \"Rindenabzugsart\", \"Rindenabzug\", \"Stärke_oR\", "
+    "\"Länge_m\", \"Efm_oR\", \"Stärkeklasse\", \"Güteklasse\", \"Zopfdurchm_cm\", \"Klasse_Heilbronn\", \"Preis_berechnet\", "
+    "\"Holzpreis\", \"Bemerkung\", \"Käferholz\", \"Kennung\"");
+
+} // namespace
+
+void recomputeLog(LogForm& f, MasterDataLookup& masterData)
+{
+    const LogDerived d = measureLog({f.species, f.measuredDiameter, f.length, f.topDiameter, f.deduction, f.mode}, masterData);
+    f.deduction = d.deduction;
+    f.underBark = d.diameterUnderBark;
+    f.volume = d.volume;
+    if (!d.diameterClass.isEmpty())
+        f.diameterClass = d.diameterClass;
+    if (!d.heilbronnClass.isEmpty())
+        f.heilbronnClass = d.heilbronnClass;
+    const LogPrice p = priceLog(f.prices,
+                                {f.diameterClass, f.quality, static_cast<float>(readNumber(f.volume)), f.species, f.kaeferholz ? 1 : 0},
+                                masterData);
+    f.gross = p.gross;
+    f.net = p.net;
+    f.price = formatDecimal(p.net, 2);
+    f.logPrice = formatDecimal(p.gross, 2);
+}
+
+std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const LogForm& f)
+{
+    if (readNumber(f.losNr) <= 0)
+        return Refusal + QStringLiteral("...die Los-Nummer fehlt.");
+    if (readNumber(f.laufendeNr) <= 0)
+        return Refusal + QStringLiteral("...die Laufende Nummer fehlt.");
+    if (f.species.trimmed().isEmpty())
+        return Refusal + QStringLiteral("...die Baumart fehlt.");
+    if (readNumber(f.underBark) <= 0)
+        return Refusal + QStringLiteral("...die Stärke ohne Rinde (Stamm-Mitte) größer als 0 sein muß.");
+    if (readNumber(f.length) <= 0)
+        return Refusal + QStringLiteral("...die Länge fehlt.");
+    if (f.diameterClass.trimmed().isEmpty())
+        return Refusal + QStringLiteral("...die Stärkeklasse fehlt.");
+    if (readNumber(f.topDiameter) > 0 && readNumber(f.topDiameter) >= readNumber(f.measuredDiameter))
+        return Refusal + QStringLiteral("...der Zopfdurchmesser kleiner als die Stärke sein muß.");
+    if (!f.girthCount.trimmed().isEmpty() && readNumber(f.girthCount) <= 1)
+        return Refusal + QStringLiteral("...für die Mantelmessung mehr als 1 Stamm eingetragen werden muß.");
+    const qint32 lot = toLong(readNumber(f.losNr));
+    const QVariant sorting = scalar(db, QStringLiteral("SELECT \"Sortierung\" FROM \"Lose\" WHERE \"Los_Nr\" = ? AND \"Kennung\" = ? LIMIT 1"),
+                                    {lot, harvestId});
+    if (sorting.isValid() && readText(sorting) != u"Stämme")
+        return Refusal + QStringLiteral("...das Los %1 bereits mit der Sortierung %2 eingetragen ist.").arg(lot).arg(readText(sorting));
+    return std::nullopt;
+}
+
+std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& masterData, qint32 harvestId, LogForm& f,
+                                       std::optional<qint32> editedId)
+{
+    recomputeLog(f, masterData); // what is stored always follows from what was typed
+    if (const auto refusal = checkLog(ctx.db, harvestId, f)) {
+        ctx.prompter.inform(*refusal);
+        return std::nullopt;
+    }
+    const qint32 lot = toLong(readNumber(f.losNr));
+    const bool girth = !f.girthCount.trimmed().isEmpty();
+    const qint32 girthCount = toLong(readNumber(f.girthCount));
+
+    // Every question is asked before anything is written.
+    qint32 number = toLong(readNumber(f.laufendeNr));
+    if (!girth && runningNumberTaken(ctx.db, ctx.settings, harvestId, lot, number, editedId)) {
+        const QString question = QStringLiteral("Die Laufende Nummer %1 existiert beim aktuellen Hieb (ggf. Los) bereits.\n\n"
+                                                "Soll die Nummer automatisch vergeben werden?\n\n"
+                                                "[Ja] sucht die nächste freie Stammnummer, mit [Nein] wird der Stamm nochmals "
+                                                "gebucht (z.B. bei Klammerstämmen sinnvoll).").arg(number);
+        if (ctx.prompter.askYesNo(question)) {
+            number = nextRunningNumber(ctx.db, ctx.settings, harvestId, lot, f.laufendeNr);
+            if (number > 999999) {
+                ctx.prompter.inform(QStringLiteral("Die automatische Vergabe ist nicht möglich, weil die höchste mögliche laufende Nr. 999999 bereits vergeben ist."));
+                return std::nullopt;
+            }
+            f.laufendeNr = QString::number(number);
+        }
+    }
+    const bool lotExists = scalar(ctx.db, QStringLiteral("SELECT 1 FROM \"Lose\" WHERE \"Los_Nr\" = ? AND \"Kennung\" = ? LIMIT 1"),
+                                  {lot, harvestId}).isValid();
+    if (!lotExists && !ctx.prompter.askYesNo(QStringLiteral("Die Los_Nr %1 existiert noch nicht. Soll diese jetzt angelegt werden?").arg(lot))) {
+        ctx.prompter.inform(QStringLiteral("Die Eingabe wurde nicht gespeichert!"));
+        return std::nullopt;
+    }
+    QString remark = f.remark.trimmed();
+    if (girth) {
+        const QString question = QStringLiteral("Soll die Mantelmessung wirklich eingetragen werden?\n\n"
+                                                "Durch die Eintragung werden %1 Stämme mit der eingetragenen Länge/Stärke gebucht. "
+                                                "Die Laufende Nummer wird dabei automatisch (unabhängig von Ihrer Eingabe) vergeben. "
+                                                "In den Bemerkungen wird 'Mantelmessung (%1 Stück)' eingetragen.").arg(girthCount);
+        if (!ctx.prompter.askYesNo(question))
+            return std::nullopt;
+        remark = QStringLiteral("Mantelmessung (%1 Stück)").arg(girthCount);
+    }
+
+    LogStoreResult result;
+    {
+        TransactionGuard guard(ctx.db);
+        if (!lotExists)
+            createLot(ctx.db, harvestId, lot, QStringLiteral("Stämme"));
+        if (girth) {
+            QSqlQuery insert = prepareSql(ctx.db, QStringLiteral("INSERT INTO \"Stämme\"(%1) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)").arg(LogColumns));
+            for (qint32 i = 0; i < girthCount; ++i) {
+                const qint32 next = nextRunningNumber(ctx.db, ctx.settings, harvestId, lot, QString());
+                if (next > 999999)
+                    throw StoreError(QStringLiteral("Die automatische Vergabe ist nicht möglich, weil die höchste mögliche laufende Nr. 999999 bereits vergeben ist."));
+                execPrepared(insert, rowValues(f, next, remark, harvestId));
+                result.lastNumber = next;
+            }
+            result.rows = girthCount;
+        } else if (editedId) {
+            QStringList assignments;
+            for (const QString& c : LogColumns.split(QStringLiteral(", ")))
+                assignments << c + QStringLiteral(" = ?");
+            execSql(ctx.db, QStringLiteral("UPDATE \"Stämme\" SET %1 WHERE \"ID\" = ?").arg(assignments.join(QStringLiteral(", "))),
+                    rowValues(f, number, remark, harvestId) + QVariantList{*editedId});
+            result = {1, number};
+        } else {
+            execSql(ctx.db, QStringLiteral("INSERT INTO \"Stämme\"(%1) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)").arg(LogColumns),
+                    rowValues(f, number, remark, harvestId));
+            result = {1, number};
+        }
+        if (!girth)
+            insertIntoLookupList(ctx.db, QStringLiteral("Liste_Bemerkungen"), remark);
+        recomputeTotals(ctx.db, harvestId);
+        recomputeSaleState(ctx.db, harvestId);
+        guard.commit();
+    }
+    if (girth)
+        ctx.prompter.inform(QStringLiteral("Die %1 Stämme wurden gebucht!").arg(girthCount));
+    return result;
+}
+
+LogForm loadLog(const QSqlDatabase& db, qint32 id)
+{
+    LogForm f;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT * FROM \"Stämme\" WHERE \"ID\" = ?"), {id});
+    if (!q.next())
+        return f;
+    const QSqlRecord r = q.record();
+    auto text = [&r](const char* c) { return readText(r.value(QString::fromUtf8(c))); };
+    auto number = [&r](const char* c) { return numberText(readNumber(r.value(QString::fromUtf8(c)))); };
+    f.losNr = text("Los_Nr");
+    f.laufendeNr = text("Laufende_Nr");
+    f.species = text("Baumart");
+    f.quality = text("Güteklasse");
+    f.measuredDiameter = number("Stärke_gemessen");
+    f.length = number("Länge_m");
+    const double top = readNumber(r.value(QStringLiteral("Zopfdurchm_cm")));
+    f.topDiameter = top > 0 ? numberText(top) : QString();
+    f.deduction = number("Rindenabzug");
+    f.underBark = number("Stärke_oR");
+    f.volume = formatDecimal(readNumber(r.value(QStringLiteral("Efm_oR"))), 3);
+    f.diameterClass = text("Stärkeklasse");
+    f.heilbronnClass = text("Klasse_Heilbronn");
+    f.price = formatDecimal(readNumber(r.value(QStringLiteral("Preis_berechnet"))), 2);
+    f.logPrice = formatDecimal(readNumber(r.value(QStringLiteral("Holzpreis"))), 2);
+    f.remark = text("Bemerkung");
+    f.mode = barkModeFromLetter(text("Rindenabzugsart")).value_or(BarkMode::Ohne);
+    f.kaeferholz = toShort(readNumber(r.value(QStringLiteral("Käferholz")))) == 1;
+    return f;
+}
+
+QString lotSummary(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
+{
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT count(*), sum(\"Efm_oR\"), avg(\"Länge_m\") FROM \"Stämme\" "
+                                             "WHERE \"Los_Nr\" = ? AND \"Kennung\" = ?"), {lotNr, harvestId});
+    q.next();
+    const double count = readNumber(q.value(0));
+    const double efm = readNumber(q.value(1));
+    const double length = readNumber(q.value(2));
+    // The back-calculation uses 3.14, not the volume rule's 3.14159; the list has always shown it so.
+    const double diameter = count > 0 && length > 0 ? std::trunc(2 * 100 * std::sqrt(efm / length / count / 3.14)) : 0.0;
+    const QString place = readText(scalar(db, QStringLiteral("SELECT \"Lagerort\" FROM \"Lose\" WHERE \"Los_Nr\" = ? AND \"Kennung\" = ? LIMIT 1"),
+                                          {lotNr, harvestId}));
+    return QStringLiteral("Gesamt: %1 Stämme mit %2 Efm oR\nDurchschnittsstamm: Länge =%3m   Stärke(oR) =%4  Lagerort: %5")
+        .arg(formatDecimal(count, 0), formatDecimal(efm, 3), formatDecimal(length, 2), formatDecimal(diameter, 0), place);
+}
+
+QString decimetreLength(const QString& text)
+{
+    if (text.size() == 3 && !text.contains(u'.') && !text.contains(u','))
+        return text.left(2) + u'.' + text.right(1);
+    return text;
+}
+
+QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
+{
+    return readText(scalar(db, QStringLiteral("SELECT \"Baumart\" FROM \"Stämme\" WHERE \"Kennung\" = ? AND \"Los_Nr\" = ? "
+                                              "ORDER BY \"ID\" DESC LIMIT 1"), {harvestId, lotNr}));
+}
+
+} // namespace tarvik

@@ -1,0 +1,59 @@
+#pragma once
+// Entering one measured log: the recompute on every change, the checks of OK, and the store
+// with its questions (running number taken, lot missing, girth measurement).
+#include "rules/logmeasure.h"
+#include "rules/pricing.h"
+#include "store/context.h"
+
+#include <optional>
+
+namespace tarvik {
+
+class MasterDataLookup;
+
+// The log window's fields as text.
+struct LogForm {
+    QString losNr, laufendeNr, species, quality;
+    QString measuredDiameter, length, topDiameter; // tz(1), tz(2), tz(3)
+    QString deduction, underBark, volume;           // tz(4), tz(5), tz(6)
+    QString diameterClass, heilbronnClass;          // the class lists' selections
+    QString price, logPrice;                        // tz(7) net, tz(14) gross
+    QString remark;
+    QString girthCount; // a count for a girth measurement ("Mantelmessung"); empty: one log
+    BarkMode mode = BarkMode::Tabelle;
+    bool kaeferholz = false;
+    PriceSettings prices; // the price frame, loaded from the lot
+    float gross = 0;      // unrounded results of the last recompute
+    float net = 0;
+};
+
+// Derives deduction, diameter under bark, volume, classes and prices into the form. A class
+// that matches nothing leaves the list's selection as it was.
+void recomputeLog(LogForm& form, MasterDataLookup& masterData);
+
+// The first failed check as the whole message, or nullopt.
+std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const LogForm& form);
+
+struct LogStoreResult {
+    int rows = 0;          // 1, or the count of a girth measurement
+    qint32 lastNumber = 0; // the running number stored last
+};
+
+// Checks, asks, stores and brings the totals up to date, all writes in one transaction.
+// nullopt when a check failed or an answer stopped it (the form keeps every value).
+std::optional<LogStoreResult> storeLog(const AppContext& context, MasterDataLookup& masterData, qint32 harvestId,
+                                       LogForm& form, std::optional<qint32> editedId);
+
+// The log of that ID as the window shows it (recomputed values are those stored).
+LogForm loadLog(const QSqlDatabase& db, qint32 id);
+
+// "Gesamt: …" summary of a lot with the average log's length and diameter.
+QString lotSummary(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
+
+// Quick entry of lengths in decimetres: "125" becomes "12.5"; other texts stay.
+QString decimetreLength(const QString& text);
+
+// The species of the lot's last entered log, proposed for the next one.
+QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
+
+} // namespace tarvik

@@ -1,0 +1,218 @@
+// EF_Eingabe_Staemme driven through its controls: typed logs, a girth measurement, a duplicate
+// running number, the refusals, and the totals that follow.
+#include "entry/ui/logdialog.h"
+#include "store/records.h"
+#include "store/sql.h"
+#include "support/records.h"
+#include "support/tempdatafolder.h"
+
+#include <QApplication>
+#include <QButtonGroup>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableView>
+
+using namespace tarvik;
+
+class TestLogDialog : public QObject {
+    Q_OBJECT
+    test::TempDataFolder m_folder;
+    std::unique_ptr<Database> m_db;
+    Einstellungen m_settings = EinstellungenLaden(QString());
+    FixedClock m_clock{QDate(2026, 11, 21)};
+    test::ScriptedPrompter m_prompter;
+    qint32 m_harvest = 0;
+
+    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
+    QSqlDatabase db() const { return m_db->shared(); }
+    QString value(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toString(); }
+
+    static QLineEdit* tz(LogDialog& d, int i) { return d.field(i); }
+    static void type(QLineEdit* edit, const QString& text)
+    {
+        edit->selectAll();
+        QTest::keyClicks(edit, text);
+    }
+    template <typename T>
+    static T* child(QDialog& d, const QString& name)
+    {
+        T* w = d.findChild<T*>(name);
+        if (!w)
+            qFatal("no control %s", qPrintable(name));
+        return w;
+    }
+    static void typeLog(LogDialog& d, const QString& length, const QString& diameter)
+    {
+        type(tz(d, 2), length);
+        type(tz(d, 1), diameter);
+    }
+
+private slots:
+    void init()
+    {
+        m_db.reset();
+        QFile::remove(m_folder.databasePath());
+        m_db = m_folder.openDatabase();
+        m_harvest = test::addHarvest(db(), 1);
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        m_settings = EinstellungenLaden(QString());
+        m_prompter.clear();
+    }
+
+    void typedLogIsMeasuredAsItIsTyped()
+    {
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        QCOMPARE(tz(d, 0)->text(), QStringLiteral("1"));
+        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, QStringLiteral("kom(2)"))->setEditText(QStringLiteral("B"));
+        typeLog(d, QStringLiteral("4,5"), QStringLiteral("35"));
+        QCOMPARE(tz(d, 4)->text(), QStringLiteral("2"));
+        QCOMPARE(tz(d, 5)->text(), QStringLiteral("33"));
+        QCOMPARE(tz(d, 6)->text(), QStringLiteral("0,385"));
+        QCOMPARE(child<QComboBox>(d, QStringLiteral("kom(3)"))->currentText(), QStringLiteral("L3a"));
+        QCOMPARE(tz(d, 14)->text(), QStringLiteral("8,86")); // 23 × 0,385 Efm at index 100
+        child<QRadioButton>(d, QStringLiteral("optirinde(1)"))->click();
+        type(tz(d, 4), QStringLiteral("5"));
+        QCOMPARE(tz(d, 5)->text(), QStringLiteral("30"));
+    }
+
+    void tenLogsWithGirthMeasurementAndDuplicate()
+    {
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, QStringLiteral("kom(2)"))->setEditText(QStringLiteral("B"));
+        auto* next = child<QPushButton>(d, QStringLiteral("okn_chster"));
+        const std::pair<const char*, const char*> logs[] = {{"4,5", "35"}, {"10", "55"}, {"5", "28"}, {"4", "22"}};
+        for (const auto& [length, diameter] : logs) {
+            typeLog(d, QString::fromUtf8(length), QString::fromUtf8(diameter));
+            next->click();
+        }
+        QCOMPARE(tz(d, 0)->text(), QStringLiteral("5"));
+        QVERIFY(m_prompter.messages().isEmpty());
+
+        // Number 1 again: answered No, the log is booked a second time under 1 (a forked log).
+        type(tz(d, 0), QStringLiteral("1"));
+        typeLog(d, QStringLiteral("6"), QStringLiteral("30"));
+        m_prompter.answerNo();
+        next->click();
+        QVERIFY(m_prompter.questions().last().startsWith(QStringLiteral("Die Laufende Nummer 1 existiert beim aktuellen Hieb (ggf. Los) bereits.")));
+
+        // A girth measurement of 5 logs takes the next free numbers.
+        typeLog(d, QStringLiteral("3"), QStringLiteral("18"));
+        type(tz(d, 8), QStringLiteral("5"));
+        m_prompter.answerYes();
+        next->click();
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die 5 Stämme wurden gebucht!"));
+        QCOMPARE(tz(d, 8)->text(), QString());
+
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ?")), QStringLiteral("10"));
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ? AND Laufende_Nr = 1")), QStringLiteral("2"));
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Laufende_Nr) FROM (SELECT Laufende_Nr FROM Stämme WHERE Kennung = ? "
+                                      "AND Bemerkung = 'Mantelmessung (5 Stück)' ORDER BY Laufende_Nr)")),
+                 QStringLiteral("5,6,7,8,9"));
+        // Lot and harvest totals follow every store.
+        const QString efm = value(QStringLiteral("SELECT round(sum(Efm_oR), 3) FROM Stämme WHERE Kennung = ?"));
+        QCOMPARE(value(QStringLiteral("SELECT Anzahl_Stämme || '/' || Efm_oR FROM Lose WHERE Kennung = ?")), QStringLiteral("10/") + efm);
+        QCOMPARE(value(QStringLiteral("SELECT Stämme_Anzahl || '/' || Stämme_Efm || '/' || Anzahl_Lose FROM Hiebe WHERE ID = ?")),
+                 QStringLiteral("10/") + efm + QStringLiteral("/1"));
+        QCOMPARE(child<QTableView>(d, QStringLiteral("gridli"))->model()->rowCount(), 10);
+        QVERIFY(child<QLabel>(d, QStringLiteral("bezsumme"))->text().startsWith(QStringLiteral("Gesamt: 10 Stämme mit ")));
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QString>("species");
+        QTest::addColumn<QString>("length");
+        QTest::addColumn<QString>("diameter");
+        QTest::addColumn<QString>("top");
+        QTest::addColumn<QString>("girth");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("no species") << "" << "4" << "30" << "" << "" << "...die Baumart fehlt.";
+        QTest::newRow("no diameter") << "FI (Fichte)" << "4" << "" << "" << "" << "...die Stärke ohne Rinde (Stamm-Mitte) größer als 0 sein muß.";
+        QTest::newRow("no length") << "FI (Fichte)" << "" << "30" << "" << "" << "...die Länge fehlt.";
+        QTest::newRow("top too large") << "FI (Fichte)" << "4" << "30" << "30" << "" << "...der Zopfdurchmesser kleiner als die Stärke sein muß.";
+        QTest::newRow("girth of one") << "FI (Fichte)" << "4" << "30" << "" << "1" << "...für die Mantelmessung mehr als 1 Stamm eingetragen werden muß.";
+    }
+    void refusals()
+    {
+        QFETCH(QString, species);
+        QFETCH(QString, length);
+        QFETCH(QString, diameter);
+        QFETCH(QString, top);
+        QFETCH(QString, girth);
+        QFETCH(QString, reason);
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(species);
+        typeLog(d, length, diameter);
+        type(tz(d, 3), top);
+        type(tz(d, 8), girth);
+        child<QPushButton>(d, QStringLiteral("ok"))->click();
+        QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n") + reason});
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ?")), QStringLiteral("0"));
+        QCOMPARE(tz(d, 2)->text(), length); // every typed value stays
+    }
+
+    void lotOfAnotherAssortmentIsRefused()
+    {
+        createLot(db(), m_harvest, 2, QStringLiteral("Pfähle"));
+        LogDialog d(context(), m_harvest, std::nullopt, 2);
+        d.show();
+        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
+        typeLog(d, QStringLiteral("4"), QStringLiteral("30"));
+        child<QPushButton>(d, QStringLiteral("ok"))->click();
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n"
+                                                              "...das Los 2 bereits mit der Sortierung Pfähle eingetragen ist."));
+    }
+
+    void missingLotIsCreatedOnYes()
+    {
+        LogDialog d(context(), m_harvest, std::nullopt, std::nullopt);
+        d.show();
+        child<QComboBox>(d, QStringLiteral("kom(0)"))->setEditText(QStringLiteral("7"));
+        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(QStringLiteral("BU (Rotbuche)"));
+        typeLog(d, QStringLiteral("4"), QStringLiteral("30"));
+        m_prompter.answerNo();
+        child<QPushButton>(d, QStringLiteral("ok"))->click();
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe wurde nicht gespeichert!"));
+        m_prompter.answerYes();
+        child<QPushButton>(d, QStringLiteral("ok"))->click();
+        QCOMPARE(m_prompter.questions().last(), QStringLiteral("Die Los_Nr 7 existiert noch nicht. Soll diese jetzt angelegt werden?"));
+        QCOMPARE(value(QStringLiteral("SELECT Sortierung || Anzahl_Stämme FROM Lose WHERE Kennung = ? AND Los_Nr = 7")), QStringLiteral("Stämme1"));
+    }
+
+    void quickEntryInDecimetres()
+    {
+        m_settings.zahl[51] = 1;
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        QApplication::setActiveWindow(&d);
+        tz(d, 2)->setFocus();
+        QTest::keyClicks(tz(d, 2), QStringLiteral("125"));
+        QApplication::processEvents();
+        QCOMPARE(tz(d, 2)->text(), QStringLiteral("12.5"));
+        QCOMPARE(QApplication::focusWidget(), tz(d, 1));
+    }
+
+    void girthFailingHalfWayStoresNothing()
+    {
+        execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Kennung) VALUES (1, 999998, ?)"), {m_harvest});
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
+        typeLog(d, QStringLiteral("3"), QStringLiteral("18"));
+        type(tz(d, 8), QStringLiteral("3"));
+        m_prompter.answerYes();
+        child<QPushButton>(d, QStringLiteral("ok"))->click();
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ?")), QStringLiteral("1"));
+        QVERIFY(m_prompter.messages().last().contains(QStringLiteral("999999")));
+    }
+};
+
+TARVIK_TEST_MAIN(TestLogDialog)
+#include "tst_logdialog.moc"
