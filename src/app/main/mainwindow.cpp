@@ -5,6 +5,8 @@
 #include "app/main/harvestlistmodel.h"
 #include "common/prompter.h"
 #include "entry/ui/harvestdialog.h"
+#include "entry/ui/hubdialog.h"
+#include "entry/ui/logdialog.h"
 #include "settings/ui/settingsdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
@@ -166,6 +168,8 @@ void MainWindow::buildMenus()
     wire("H_Hiebändern", &MainWindow::changeHarvest);
     wire("H_Hieblöschen", &MainWindow::deleteHarvest);
     wire("allgemeines", &MainWindow::openSettings);
+    wire("E_EingabeLose", &MainWindow::openLots);
+    wire("E_EingabeStämme", &MainWindow::openLogs);
     QAction* quit = findChild<QAction*>(QStringLiteral("S_ZEPbeenden"));
     quit->setEnabled(true);
     connect(quit, &QAction::triggered, this, &QWidget::close);
@@ -190,8 +194,10 @@ QWidget* MainWindow::buildButtons()
     };
     working("bt_neuerhieb", "Neuer Hieb anlegen", &MainWindow::newHarvest);
     working("bt_aendernhieb", "Aktuellen Hieb ändern", &MainWindow::changeHarvest);
+    working("bt_lose", "Eingabe Lose", &MainWindow::openLots);
+    working("bt_staemme", "Eingabe Stämme", &MainWindow::openLogs);
     for (const Item& item : std::initializer_list<Item>{
-             {"bt_lose", "Eingabe Lose"}, {"bt_staemme", "Eingabe Stämme"}, {"bt_pfaehle", "Eingabe Pfähle"},
+             {"bt_pfaehle", "Eingabe Pfähle"},
              {"bt_schichtholz", "Eingabe Schichtholz"}, {"bt_rechnung", "Eingabe Rechnungen"},
              {"bt_holzlistelisten", "Holzliste erstellen"}, {"bt_hiebelisten", "Hiebe auswerten"},
              {"bt_loselisten", "Lose auswerten"}, {"bt_staemmelisten", "Stämme auswerten"},
@@ -320,6 +326,35 @@ void MainWindow::deleteHarvest()
     refill();
     if (m_model->rowCount() > 0)
         m_list->setCurrentIndex(m_model->index(std::min(row, m_model->rowCount() - 1), 0));
+}
+
+std::optional<qint32> MainWindow::harvestForEntry()
+{
+    const auto id = currentHarvestId();
+    if (!id)
+        m_prompter.inform(QStringLiteral("Bitte markieren Sie zuerst den Hieb, für den Sie Daten eingeben möchten."));
+    return id;
+}
+
+void MainWindow::openLots()
+{
+    const auto id = harvestForEntry();
+    if (!id)
+        return;
+    HubDialog hub(context(), *id, HubList::Lose, this);
+    hub.exec();
+    refill();
+    selectHarvest(hub.harvestId());
+}
+
+void MainWindow::openLogs()
+{
+    const auto id = harvestForEntry();
+    if (!id)
+        return;
+    LogDialog dialog(context(), *id, std::nullopt, std::nullopt, this);
+    dialog.exec();
+    refill();
 }
 
 void MainWindow::moveCurrent(int step)

@@ -39,6 +39,9 @@ private:
     void newHarvest();
     void changeHarvest();
     void deleteHarvest();
+    void openLots();
+    void openLogs();
+    std::optional<qint32> harvestForEntry();
     void moveCurrent(int step);
     void toggleInfoWidth();
     void openSettings();

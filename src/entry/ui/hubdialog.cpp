@@ -1,0 +1,263 @@
+#include "entry/ui/hubdialog.h"
+
+#include "common/text.h"
+#include "entry/ui/logdialog.h"
+#include "entry/ui/lotdialog.h"
+#include "store/sql.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSettings>
+#include <QSqlQuery>
+#include <QSqlQueryModel>
+#include <QSqlRecord>
+#include <QTableView>
+#include <QVBoxLayout>
+
+namespace tarvik {
+
+HubDialog::HubDialog(const AppContext& context, qint32 harvestId, HubList list, QWidget* parent)
+    : QDialog(parent), m_context(context), m_harvestId(harvestId)
+{
+    setObjectName(QStringLiteral("EF_Eingabe"));
+    setWindowTitle(QStringLiteral("Eingabemodul für Lose, Stämme, Pfähle und Schichtholz"));
+    setModal(true);
+    build();
+    fillHarvests();
+    m_lists->button(int(list))->setChecked(true);
+    refresh();
+}
+
+void HubDialog::build()
+{
+    m_header = new QLabel;
+    m_header->setObjectName(QStringLiteral("bezhieb"));
+    QFont bold = m_header->font();
+    bold.setBold(true);
+    m_header->setFont(bold);
+
+    auto* choices = new QHBoxLayout;
+    m_lists = new QButtonGroup(this);
+    int index = 0;
+    for (const char* caption : {"Lose", "Stämme", "Pfähle", "Schichtholz", "Rechnungen"}) {
+        auto* b = new QRadioButton(QString::fromUtf8(caption));
+        b->setObjectName(QStringLiteral("opti(%1)").arg(index));
+        m_lists->addButton(b, index++);
+        choices->addWidget(b);
+    }
+    m_openOnly = new QCheckBox(QStringLiteral("Nur offene Rechnungen anzeigen"));
+    m_openOnly->setObjectName(QStringLiteral("konoffen"));
+    choices->addWidget(m_openOnly);
+    choices->addStretch();
+
+    m_model = new QSqlQueryModel(this);
+    m_grid = new QTableView;
+    m_grid->setObjectName(QStringLiteral("gridli"));
+    m_grid->setModel(m_model);
+    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_grid->verticalHeader()->setDefaultSectionSize(m_grid->fontMetrics().height() + 4);
+
+    auto button = [this](const char* name, const char* caption, void (HubDialog::*slot)()) {
+        auto* b = new QPushButton(QString::fromUtf8(caption));
+        b->setObjectName(QString::fromUtf8(name));
+        b->setAutoDefault(false);
+        connect(b, &QPushButton::clicked, this, slot);
+        return b;
+    };
+    m_new = button("neu", "&Neu", &HubDialog::onNew);
+    m_change = button("ändern", "Ä&ndern", &HubDialog::onChange);
+    m_copy = button("kopieren", "&Kopieren", &HubDialog::onCopy);
+    QPushButton* remove = button("löschen", "&Löschen", &HubDialog::onDelete);
+    m_paid = button("bezahlt", "&Bezahlt", &HubDialog::onPaid);
+    QPushButton* next = button("comnächster", "Nächster &Schlag", &HubDialog::onNextHarvest);
+    auto* close = new QPushButton(QStringLiteral("Schl&ießen"));
+    close->setObjectName(QStringLiteral("cmdabbrechen"));
+    connect(close, &QPushButton::clicked, this, &QDialog::accept);
+    m_harvests = new QComboBox;
+    m_harvests->setObjectName(QStringLiteral("komhieb"));
+
+    auto* buttons = new QHBoxLayout;
+    for (QPushButton* b : {m_new, m_change, m_copy, remove, m_paid})
+        buttons->addWidget(b);
+    buttons->addStretch();
+    buttons->addWidget(m_harvests);
+    buttons->addWidget(next);
+    buttons->addWidget(close);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(m_header);
+    layout->addLayout(choices);
+    layout->addWidget(m_grid, 1);
+    layout->addLayout(buttons);
+    resize(1100, 650);
+
+    connect(m_lists, &QButtonGroup::idToggled, this, [this](int, bool on) { if (on) refresh(); });
+    connect(m_openOnly, &QCheckBox::toggled, this, &HubDialog::refresh);
+    connect(m_grid, &QTableView::doubleClicked, this, &HubDialog::onChange);
+    connect(m_harvests, &QComboBox::activated, this, [this](int i) {
+        m_harvestId = m_harvests->itemData(i).toInt();
+        refresh();
+    });
+}
+
+void HubDialog::fillHarvests()
+{
+    QSqlQuery q = execSql(m_context.db, QStringLiteral("SELECT \"ID\", \"Hieb_Nr\", \"Waldname\" FROM \"Hiebe\" ORDER BY \"Hieb_Nr\", \"ID\""));
+    while (q.next())
+        m_harvests->addItem(QStringLiteral("%1 / %2").arg(readText(q.value(1)), readText(q.value(2))), q.value(0).toInt());
+    m_harvests->setCurrentIndex(m_harvests->findData(m_harvestId));
+}
+
+HubList HubDialog::list() const { return static_cast<HubList>(std::max(0, m_lists->checkedId())); }
+
+void HubDialog::refresh()
+{
+    if (m_model->columnCount() > 0)
+        saveWidths();
+    m_header->setText(hubHeader(m_context.db, m_harvestId));
+    QSqlQuery query(m_context.db);
+    query.prepare(hubListSql(list(), m_openOnly->isChecked()));
+    query.addBindValue(m_harvestId);
+    query.exec();
+    m_model->setQuery(std::move(query));
+    while (m_model->canFetchMore())
+        m_model->fetchMore();
+    restoreWidths();
+    updateButtons();
+}
+
+void HubDialog::updateButtons()
+{
+    const HubList l = list();
+    // Pole, stacked-wood and invoice windows come with their own work; until then their
+    // rows are listed, copied, deleted and paid here.
+    const bool windowExists = l == HubList::Lose || l == HubList::Staemme;
+    m_new->setEnabled(windowExists);
+    m_change->setEnabled(windowExists);
+    m_copy->setEnabled(l == HubList::Staemme || l == HubList::Pfaehle || l == HubList::Schichtholz);
+    m_paid->setEnabled(l == HubList::Rechnungen);
+    m_openOnly->setEnabled(l == HubList::Rechnungen);
+}
+
+std::optional<qint32> HubDialog::markedId() const
+{
+    const QModelIndex index = m_grid->currentIndex();
+    if (!index.isValid() || !m_grid->selectionModel()->isRowSelected(index.row(), QModelIndex()))
+        return std::nullopt;
+    const QSqlRecord r = m_model->record(index.row());
+    return r.value(r.count() - 1).toInt(); // every list ends in the row's ID
+}
+
+void HubDialog::openWindow(std::optional<qint32> id)
+{
+    if (list() == HubList::Lose) {
+        LotDialog dialog(m_context, m_harvestId, id, this);
+        dialog.exec();
+    } else if (list() == HubList::Staemme) {
+        LogDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
+        dialog.exec();
+    }
+    refresh();
+}
+
+void HubDialog::onNew() { openWindow(std::nullopt); }
+
+void HubDialog::onChange()
+{
+    const auto id = markedId();
+    if (!id) {
+        m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst den Datensatz, den Sie ändern möchten."));
+        return;
+    }
+    if (m_change->isEnabled())
+        openWindow(id);
+}
+
+void HubDialog::onCopy()
+{
+    const auto id = markedId();
+    if (!id) {
+        m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst einen Datensatz, der kopiert werden soll!"));
+        return;
+    }
+    try {
+        copyRecord(m_context, list(), m_harvestId, *id);
+    } catch (const StoreError& error) {
+        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+    }
+    refresh();
+}
+
+void HubDialog::onDelete()
+{
+    const auto id = markedId();
+    if (!id) {
+        m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst den Datensatz, den Sie löschen möchten."));
+        return;
+    }
+    try {
+        deleteRecord(m_context, list(), m_harvestId, *id);
+    } catch (const StoreError& error) {
+        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+    }
+    refresh();
+}
+
+void HubDialog::onPaid()
+{
+    const auto id = markedId();
+    if (!id) {
+        m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst die Rechnung, die als bezahlt markiert werden soll!"));
+        return;
+    }
+    try {
+        markInvoicePaid(m_context, m_harvestId, *id);
+    } catch (const StoreError& error) {
+        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+    }
+    refresh();
+}
+
+void HubDialog::onNextHarvest()
+{
+    const int next = m_harvests->currentIndex() + 1;
+    if (next >= m_harvests->count())
+        return;
+    m_harvests->setCurrentIndex(next);
+    m_harvestId = m_harvests->itemData(next).toInt();
+    refresh();
+}
+
+void HubDialog::saveWidths() const
+{
+    QStringList widths;
+    for (int c = 0; c < m_model->columnCount(); ++c)
+        widths << QString::number(m_grid->columnWidth(c));
+    QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
+    store.setValue(QStringLiteral("eingabe/ColWidths"), widths.join(u','));
+}
+
+void HubDialog::restoreWidths()
+{
+    const QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
+    const QStringList widths = store.value(QStringLiteral("eingabe/ColWidths")).toString().split(u',', Qt::SkipEmptyParts);
+    for (int c = 0; c < widths.size() && c < m_model->columnCount(); ++c)
+        if (const int w = widths[c].toInt(); w > 0)
+            m_grid->setColumnWidth(c, w);
+}
+
+void HubDialog::done(int result)
+{
+    saveWidths();
+    QDialog::done(result);
+}
+
+} // namespace tarvik

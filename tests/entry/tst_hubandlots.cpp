@@ -1,0 +1,230 @@
+// The entry hub and the lot window: listing, copying, deleting, paying, lots and their bulk changes.
+#include "entry/hub.h"
+#include "entry/lotentry.h"
+#include "entry/ui/hubdialog.h"
+#include "entry/ui/lotdialog.h"
+#include "store/records.h"
+#include "store/sql.h"
+#include "support/records.h"
+#include "support/tempdatafolder.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableView>
+
+using namespace tarvik;
+
+class TestHubAndLots : public QObject {
+    Q_OBJECT
+    test::TempDataFolder m_folder;
+    std::unique_ptr<Database> m_db;
+    Einstellungen m_settings = EinstellungenLaden(QString());
+    FixedClock m_clock{QDate(2026, 11, 21)};
+    test::ScriptedPrompter m_prompter;
+    qint32 m_harvest = 0;
+
+    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
+    QSqlDatabase db() const { return m_db->shared(); }
+    QString value(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toString(); }
+    qint32 idOf(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toInt(); }
+
+    template <typename T>
+    static T* child(QDialog& d, const char* name)
+    {
+        T* w = d.findChild<T*>(QString::fromUtf8(name));
+        if (!w)
+            qFatal("no control %s", name);
+        return w;
+    }
+
+private slots:
+    void init()
+    {
+        m_db.reset();
+        QFile::remove(m_folder.databasePath());
+        QFile::remove(m_folder.filePath(QLatin1String(LotPriceDefaultsFile)));
+        m_db = m_folder.openDatabase();
+        m_harvest = test::addHarvest(db(), 41);
+        m_prompter.clear();
+    }
+
+    void hubListsTheHarvestsRecords()
+    {
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        test::addTypedLog(db(), m_harvest, 1, 1, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        const qint32 other = test::addHarvest(db(), 42);
+        createLot(db(), other, 1, QStringLiteral("Stämme"));
+        HubDialog hub(context(), m_harvest, HubList::Lose);
+        QCOMPARE(child<QLabel>(hub, "bezhieb")->text(), QStringLiteral("Eingabe für den Hieb:  41 / Eichwald / "));
+        auto* grid = child<QTableView>(hub, "gridli");
+        QCOMPARE(grid->model()->rowCount(), 1);
+        child<QRadioButton>(hub, "opti(1)")->click();
+        QCOMPARE(grid->model()->rowCount(), 1);
+        QCOMPARE(grid->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("Laufende_Nr"));
+        QVERIFY(child<QPushButton>(hub, "kopieren")->isEnabled());
+        child<QRadioButton>(hub, "opti(2)")->click();
+        QVERIFY(!child<QPushButton>(hub, "neu")->isEnabled()); // the pole window comes later
+
+        child<QPushButton>(hub, "löschen")->click();
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Bitte markieren Sie zuerst den Datensatz, den Sie löschen möchten."));
+        child<QPushButton>(hub, "comnächster")->click();
+        QCOMPARE(hub.harvestId(), other);
+    }
+
+    void copyTakesTheNextFreeNumber()
+    {
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        test::addTypedLog(db(), m_harvest, 1, 3, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        test::addTypedLog(db(), m_harvest, 1, 4, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        QVERIFY(copyRecord(context(), HubList::Staemme, m_harvest, idOf(QStringLiteral("SELECT ID FROM Stämme WHERE Kennung = ? AND Laufende_Nr = 3"))));
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Laufende_Nr) FROM Stämme WHERE Kennung = ?")), QStringLiteral("3,4,5"));
+        QCOMPARE(value(QStringLiteral("SELECT Anzahl_Stämme FROM Lose WHERE Kennung = ?")), QStringLiteral("3"));
+
+        execSql(db(), QStringLiteral("INSERT INTO Schichtholz(Los_Nr, Sektions_Nr, Kennung) VALUES (2, 999999, ?)"), {m_harvest});
+        QVERIFY(!copyRecord(context(), HubList::Schichtholz, m_harvest, idOf(QStringLiteral("SELECT ID FROM Schichtholz WHERE Kennung = ?"))));
+        QCOMPARE(m_prompter.messages().last(),
+                 QStringLiteral("Die Suche nach der nächsten freien Sektions-Nummer ist auf über 999999. Deshalb kann die Kopie nicht ausgeführt werden!"));
+    }
+
+    void deletingALotAsksOncePerTableWithRows()
+    {
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        test::addTypedLog(db(), m_harvest, 1, 1, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        test::addTypedLog(db(), m_harvest, 1, 2, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        execSql(db(), QStringLiteral("INSERT INTO Pfähle(Los_Nr, Anzahl, Kennung) VALUES (1, 5, ?)"), {m_harvest});
+        const qint32 lot = idOf(QStringLiteral("SELECT ID FROM Lose WHERE Kennung = ?"));
+
+        m_prompter.answerYes().answerNo();
+        QVERIFY(!deleteRecord(context(), HubList::Lose, m_harvest, lot));
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ?")), QStringLiteral("2"));
+
+        m_prompter.answerYes().answerYes();
+        QVERIFY(deleteRecord(context(), HubList::Lose, m_harvest, lot));
+        QCOMPARE(m_prompter.questions().size(), 4);
+        QCOMPARE(m_prompter.questions().at(2),
+                 QStringLiteral("Für das Los 1 sind in der Tabelle Stämme bereits 2 Datensätze eingetragen. Durch das Löschen dieses "
+                                "Loses gehen die entsprechenden Buchungen auch verloren. Soll das Los wirklich gelöscht werden?"));
+        QVERIFY(m_prompter.questions().at(3).contains(QStringLiteral("in der Tabelle Pfähle bereits 1 Datensätze")));
+        for (const char* table : {"Lose", "Stämme", "Pfähle"})
+            QCOMPARE(value(QStringLiteral("SELECT count(*) FROM %1 WHERE Kennung = ?").arg(QString::fromUtf8(table))), QStringLiteral("0"));
+        QCOMPARE(value(QStringLiteral("SELECT Anzahl_Lose || '/' || Stämme_Anzahl FROM Hiebe WHERE ID = ?")), QStringLiteral("0/0"));
+    }
+
+    void payingAnInvoiceSettlesItsLots()
+    {
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        createLot(db(), m_harvest, 2, QStringLiteral("Stämme"));
+        execSql(db(), QStringLiteral("UPDATE Lose SET ReNr = 7, Preis_berechnet = 120.5 WHERE Kennung = ? AND Los_Nr = 1"), {m_harvest});
+        execSql(db(), QStringLiteral("INSERT INTO Rechnungen(Abnehmer, ReNr, Betrag) VALUES ('Säge O''Neill', 7, 120.5)"));
+        const qint32 invoice = idOf(QStringLiteral("SELECT ID FROM Rechnungen WHERE ReNr = 7 AND ? > 0"));
+
+        m_prompter.answerYes();
+        QVERIFY(markInvoicePaid(context(), m_harvest, invoice));
+        QVERIFY(m_prompter.questions().last().startsWith(QStringLiteral("Wurde die Rechnung wirklich komplett bezahlt?")));
+        QCOMPARE(value(QStringLiteral("SELECT Abgerechnet || '/' || Preis_erhalten FROM Lose WHERE Kennung = ? AND Los_Nr = 1")), QStringLiteral("J/120.5"));
+        QCOMPARE(value(QStringLiteral("SELECT Teilverkauft || '/' || Verkauft FROM Hiebe WHERE ID = ?")), QStringLiteral("J/N"));
+
+        QVERIFY(!markInvoicePaid(context(), m_harvest, invoice));
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Diese Rechnung wurde bereits komplett abgerechnet."));
+
+        HubDialog hub(context(), m_harvest, HubList::Rechnungen);
+        QCOMPARE(child<QTableView>(hub, "gridli")->model()->rowCount(), 1);
+        child<QCheckBox>(hub, "konoffen")->click();
+        QCOMPARE(child<QTableView>(hub, "gridli")->model()->rowCount(), 0);
+
+        m_prompter.answerYes().answerYes();
+        QVERIFY(deleteRecord(context(), HubList::Rechnungen, m_harvest, invoice));
+        QVERIFY(m_prompter.questions().last().startsWith(QStringLiteral("In den Losen ist die entsprechende Rechnungsnummer auch eingetragen.")));
+        QCOMPARE(value(QStringLiteral("SELECT sum(ReNr) FROM Lose WHERE Kennung = ?")), QStringLiteral("0"));
+    }
+
+    void newLotThroughTheWindow()
+    {
+        createLot(db(), m_harvest, 4, QStringLiteral("Stämme"));
+        execSql(db(), QStringLiteral("UPDATE Lose SET Lagerort = 'Weg 7', Anfahrt = 'Über die Brücke', GPS_B = '48.1' WHERE Kennung = ?"), {m_harvest});
+        LotDialog d(context(), m_harvest, std::nullopt);
+        QCOMPARE(child<QComboBox>(d, "kom(0)")->currentText(), QStringLiteral("5"));
+        auto* place = child<QComboBox>(d, "kom(2)");
+        place->setEditText(QStringLiteral("Weg 7"));
+        emit place->textActivated(QStringLiteral("Weg 7"));
+        QCOMPARE(child<QLineEdit>(d, "t(1)")->text(), QStringLiteral("Über die Brücke"));
+        child<QComboBox>(d, "kom(3)")->setEditText(QStringLiteral("Säge O'Neill"));
+        child<QRadioButton>(d, "optipreis(2)")->click();
+        child<QLineEdit>(d, "tp(0)")->setText(QStringLiteral("45,50"));
+        child<QPushButton>(d, "ok")->click();
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        QCOMPARE(value(QStringLiteral("SELECT Sortierung || '|' || Abnehmer || '|' || Preis_Art || '|' || Pauschalpreis_efm || '|' || GPS_B || '|' || Abgerechnet "
+                                      "FROM Lose WHERE Kennung = ? AND Los_Nr = 5")),
+                 QStringLiteral("Stämme|Säge O'Neill|2|45.5|48.1|N"));
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Liste_Abnehmer WHERE ? > 0")), QStringLiteral("1"));
+
+        LotDialog again(context(), m_harvest, std::nullopt);
+        child<QComboBox>(again, "kom(0)")->setEditText(QStringLiteral("5"));
+        child<QPushButton>(again, "ok")->click();
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n...die Los-Nummer 5 bereits existiert."));
+    }
+
+    void rememberedPricesStartNewLots()
+    {
+        {
+            LotDialog d(context(), m_harvest, std::nullopt);
+            child<QRadioButton>(d, "optipreis(3)")->click();
+            child<QLineEdit>(d, "tp(1)")->setText(QStringLiteral("1500"));
+            child<QLineEdit>(d, "tp(2)")->setText(QStringLiteral("12,5"));
+            m_prompter.answerYes();
+            child<QPushButton>(d, "preisstandard")->click();
+        }
+        const auto remembered = rememberedPrices(m_folder.path());
+        QVERIFY(remembered);
+        QCOMPARE(remembered->preisArt, qint16(3));
+        QCOMPARE(remembered->pauschalpreisG, 1500.0f);
+        LotDialog next(context(), m_harvest, std::nullopt);
+        QVERIFY(child<QRadioButton>(next, "optipreis(3)")->isChecked());
+        QCOMPARE(child<QLineEdit>(next, "tp(2)")->text(), QStringLiteral("12,50"));
+
+        child<QRadioButton>(next, "optimerken(1)")->click();
+        m_prompter.answerYes();
+        child<QPushButton>(next, "preisstandard")->click();
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die gemerkte Preisberechnung wurde gelöscht!"));
+        child<QPushButton>(next, "preisstandard")->click();
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Es ist keine Preisberechnung gemerkt!"));
+    }
+
+    void bulkChangesOfARange()
+    {
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        createLot(db(), m_harvest, 2, QStringLiteral("Pfähle"));
+        for (int n = 1; n <= 5; ++n)
+            test::addTypedLog(db(), m_harvest, 1, n, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+
+        QVERIFY(!moveRangeToLot(context(), m_harvest, {QStringLiteral("1"), QStringLiteral("4"), QStringLiteral("2")}, QStringLiteral("3")));
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Stammnummer von... darf nicht höher sein als die Stammnummer bis..."));
+        QVERIFY(!moveRangeToLot(context(), m_harvest, {QStringLiteral("1"), QStringLiteral("1"), QStringLiteral("2")}, QStringLiteral("2")));
+        QVERIFY(m_prompter.messages().last().startsWith(QStringLiteral("Dieses Los existiert bereits in einer anderen Sortierung")));
+
+        m_prompter.answerYes();
+        QVERIFY(moveRangeToLot(context(), m_harvest, {QStringLiteral("1"), QStringLiteral("4"), QStringLiteral("5")}, QStringLiteral("3")));
+        QCOMPARE(m_prompter.questions().last(), QStringLiteral("Soll die Losnummer für das Los 1 und die Stämme 4 bis 5 geändert werden in die Losnummer 3"));
+        QCOMPARE(value(QStringLiteral("SELECT Sortierung || Anzahl_Stämme FROM Lose WHERE Kennung = ? AND Los_Nr = 3")), QStringLiteral("Stämme2"));
+
+        m_prompter.answerYes();
+        QVERIFY(changeQualityOfRange(context(), m_harvest, {QStringLiteral("1"), QStringLiteral("1"), QStringLiteral("2")}, QStringLiteral("A")));
+        QCOMPARE(m_prompter.questions().last(), QStringLiteral("Soll die Güteklasse für das Los 1 und die Stämme 1 bis 2 geändert werden in die Güteklasse A"));
+        QVERIFY(m_prompter.messages().last().startsWith(QStringLiteral("WICHTIG!!! Es wurde nur die Güteklasse geändert.")));
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Güteklasse) FROM Stämme WHERE Kennung = ? AND Los_Nr = 1")), QStringLiteral("A,A,B"));
+
+        QVERIFY(!changeSpeciesOfLot(context(), m_harvest, QStringLiteral("1"), QStringLiteral("FI (Fichte)"), QStringLiteral("FI (Fichte)")));
+        m_prompter.answerYes();
+        QVERIFY(changeSpeciesOfLot(context(), m_harvest, QStringLiteral("1"), QStringLiteral("FI (Fichte)"), QStringLiteral("TA (Tanne)")));
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ? AND Baumart = 'TA (Tanne)'")), QStringLiteral("3"));
+    }
+};
+
+TARVIK_TEST_MAIN(TestHubAndLots)
+#include "tst_hubandlots.moc"
