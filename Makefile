@@ -2,7 +2,7 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: deps configure build run test clean
+.PHONY: deps configure build run test bench clean
 
 deps:
 	./scripts/install-deps.sh
@@ -21,3 +21,6 @@ test: build
 
 clean:
 	rm -rf $(BUILD)
+
+bench: build
+	$(BUILD)/bin/tarvik-bench

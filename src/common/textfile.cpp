@@ -77,6 +77,8 @@ TextFileResult writeTextFile(const QString& path, const QStringList& lines)
 
 TextFileResult readTextFile(const QString& path)
 {
+    if (path.isEmpty())
+        return {false, {}, QStringLiteral("Es wurde keine Datei angegeben.")};
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht gelesen werden: %2")

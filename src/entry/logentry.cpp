@@ -137,6 +137,12 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
         remark = QStringLiteral("Mantelmessung (%1 Stück)").arg(girthCount);
     }
 
+    std::optional<qint32> editedLot;
+    if (editedId) {
+        const QVariant old = scalar(ctx.db, QStringLiteral("SELECT \"Los_Nr\" FROM \"Stämme\" WHERE \"ID\" = ?"), {*editedId});
+        if (old.isValid())
+            editedLot = old.toInt();
+    }
     LogStoreResult result;
     {
         TransactionGuard guard(ctx.db);
@@ -166,7 +172,9 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
         }
         if (!girth)
             insertIntoLookupList(ctx.db, QStringLiteral("Liste_Bemerkungen"), remark);
-        recomputeTotals(ctx.db, harvestId);
+        recomputeTotals(ctx.db, harvestId, lot);
+        if (editedId && editedLot && *editedLot != lot)
+            recomputeTotals(ctx.db, harvestId, *editedLot); // the log left its old lot
         recomputeSaleState(ctx.db, harvestId);
         guard.commit();
     }

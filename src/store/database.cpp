@@ -122,6 +122,8 @@ void createDatabaseFile(const QString& path)
                 TransactionGuard guard(db);
                 for (const schema::Table& t : schema::tables())
                     schema::createTableWithIndexes(db, t);
+                for (const schema::OwnIndex& index : schema::ownIndexes())
+                    execSql(db, schema::createOwnIndexSql(index));
                 insertDefaultMasterData(db);
                 guard.commit();
             }

@@ -234,6 +234,24 @@ QString createIndexSql(const QString& table, const Index& index)
         .arg(quoted(indexName(table, index.name)), quoted(table), quoted(index.column));
 }
 
+const QList<OwnIndex>& ownIndexes()
+{
+    static const QList<OwnIndex> indexes{
+        {QStringLiteral("tarvik_stämme_hieb_los"), QStringLiteral("Stämme"), {QStringLiteral("Kennung"), QStringLiteral("Los_Nr")}},
+        {QStringLiteral("tarvik_stämme_hieb_nr"), QStringLiteral("Stämme"), {QStringLiteral("Kennung"), QStringLiteral("Laufende_Nr")}},
+    };
+    return indexes;
+}
+
+QString createOwnIndexSql(const OwnIndex& index)
+{
+    QStringList columns;
+    for (const QString& c : index.columns)
+        columns << quoted(c);
+    return QStringLiteral("CREATE INDEX IF NOT EXISTS %1 ON %2(%3)")
+        .arg(quoted(index.name), quoted(index.table), columns.join(QStringLiteral(", ")));
+}
+
 bool hasTable(const QSqlDatabase& db, const QString& table)
 {
     return scalar(db, QStringLiteral("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ? COLLATE NOCASE"),

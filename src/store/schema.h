@@ -44,6 +44,16 @@ QString createTableSql(const Table& table);
 QString indexName(const QString& table, const QString& index);
 QString createIndexSql(const QString& table, const Index& index);
 
+// Indexes the program adds for its own queries (a harvest's lot, a running number). They carry
+// names of their own, apart from the format's given ones.
+struct OwnIndex {
+    QString name;
+    QString table;
+    QStringList columns;
+};
+const QList<OwnIndex>& ownIndexes();
+QString createOwnIndexSql(const OwnIndex& index);
+
 // What the file holds now (names compared without regard to ASCII case, as the engine does).
 bool hasTable(const QSqlDatabase& db, const QString& table);
 QStringList columnNames(const QSqlDatabase& db, const QString& table);

@@ -54,11 +54,13 @@ void stackedLotTotals(const QSqlDatabase& db, qint32 harvestId, const QSqlRecord
 
 } // namespace
 
-void recomputeTotals(const QSqlDatabase& db, qint32 harvestId)
+void recomputeTotals(const QSqlDatabase& db, qint32 harvestId, std::optional<qint32> onlyLot)
 {
     TransactionGuard guard(db);
-    QSqlQuery lots = execSql(db, QStringLiteral("SELECT \"ID\", \"Los_Nr\", \"Sortierung\", \"Preis_Art\", \"Pauschalpreis_G\" "
-                                                "FROM \"Lose\" WHERE \"Kennung\" = ?"), {harvestId});
+    const QString lotsSql = QStringLiteral("SELECT \"ID\", \"Los_Nr\", \"Sortierung\", \"Preis_Art\", \"Pauschalpreis_G\" "
+                                           "FROM \"Lose\" WHERE \"Kennung\" = ?");
+    QSqlQuery lots = onlyLot ? execSql(db, lotsSql + QStringLiteral(" AND \"Los_Nr\" = ?"), {harvestId, *onlyLot})
+                             : execSql(db, lotsSql, {harvestId});
     while (lots.next()) {
         const QSqlRecord lot = lots.record();
         const QString sorting = readText(lot.value(QStringLiteral("Sortierung")));

@@ -157,6 +157,17 @@ void ensureIndexes(const QSqlDatabase& db, UpgradeReport& report)
             ++created;
         }
     }
+    for (const schema::OwnIndex& index : schema::ownIndexes()) {
+        if (scalar(db, QStringLiteral("SELECT 1 FROM sqlite_master WHERE type = 'index' AND name = ?"), {index.name}).isValid())
+            continue;
+        bool columnsThere = true;
+        for (const QString& c : index.columns)
+            columnsThere = columnsThere && schema::hasColumn(db, index.table, c);
+        if (!columnsThere)
+            continue;
+        execSql(db, schema::createOwnIndexSql(index));
+        ++created;
+    }
     guard.commit();
     if (created > 0)
         report.changes << QStringLiteral("%1 Indizes ergänzt").arg(created);
