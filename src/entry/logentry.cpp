@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 #include "common/text.h"
+#include "entry/lotcheck.h"
 #include "rules/masterdatalookup.h"
 #include "store/records.h"
 #include "store/sql.h"
@@ -84,11 +85,8 @@ std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const 
         return Refusal + QStringLiteral("...der Zopfdurchmesser kleiner als die Stärke sein muß.");
     if (!f.girthCount.trimmed().isEmpty() && readNumber(f.girthCount) <= 1)
         return Refusal + QStringLiteral("...für die Mantelmessung mehr als 1 Stamm eingetragen werden muß.");
-    const qint32 lot = toLong(readNumber(f.losNr));
-    const QVariant sorting = scalar(db, QStringLiteral("SELECT \"Sortierung\" FROM \"Lose\" WHERE \"Los_Nr\" = ? AND \"Kennung\" = ? LIMIT 1"),
-                                    {lot, harvestId});
-    if (sorting.isValid() && readText(sorting) != u"Stämme")
-        return Refusal + QStringLiteral("...das Los %1 bereits mit der Sortierung %2 eingetragen ist.").arg(lot).arg(readText(sorting));
+    if (const auto other = otherAssortment(db, harvestId, toLong(readNumber(f.losNr)), QStringLiteral("Stämme")))
+        return Refusal + *other;
     return std::nullopt;
 }
 
@@ -120,12 +118,9 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
             f.laufendeNr = QString::number(number);
         }
     }
-    const bool lotExists = scalar(ctx.db, QStringLiteral("SELECT 1 FROM \"Lose\" WHERE \"Los_Nr\" = ? AND \"Kennung\" = ? LIMIT 1"),
-                                  {lot, harvestId}).isValid();
-    if (!lotExists && !ctx.prompter.askYesNo(QStringLiteral("Die Los_Nr %1 existiert noch nicht. Soll diese jetzt angelegt werden?").arg(lot))) {
-        ctx.prompter.inform(QStringLiteral("Die Eingabe wurde nicht gespeichert!"));
+    const LotAnswer lotAnswer = lotExistsOrAsk(ctx, harvestId, lot);
+    if (lotAnswer == LotAnswer::Refused)
         return std::nullopt;
-    }
     QString remark = f.remark.trimmed();
     if (girth) {
         const QString question = QStringLiteral("Soll die Mantelmessung wirklich eingetragen werden?\n\n"
@@ -146,7 +141,7 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
     LogStoreResult result;
     {
         TransactionGuard guard(ctx.db);
-        if (!lotExists)
+        if (lotAnswer == LotAnswer::Create)
             createLot(ctx.db, harvestId, lot, QStringLiteral("Stämme"));
         if (girth) {
             QSqlQuery insert = prepareSql(ctx.db, QStringLiteral("INSERT INTO \"Stämme\"(%1) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)").arg(LogColumns));

@@ -68,8 +68,9 @@ private slots:
         QCOMPARE(grid->model()->rowCount(), 1);
         QCOMPARE(grid->model()->headerData(1, Qt::Horizontal).toString(), QStringLiteral("Laufende_Nr"));
         QVERIFY(child<QPushButton>(hub, "kopieren")->isEnabled());
-        child<QRadioButton>(hub, "opti(2)")->click();
-        QVERIFY(!child<QPushButton>(hub, "neu")->isEnabled()); // the pole window comes later
+        child<QRadioButton>(hub, "opti(4)")->click();
+        QVERIFY(!child<QPushButton>(hub, "neu")->isEnabled()); // the invoice window comes later
+        QVERIFY(child<QPushButton>(hub, "bezahlt")->isEnabled());
 
         child<QPushButton>(hub, "löschen")->click();
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Bitte markieren Sie zuerst den Datensatz, den Sie löschen möchten."));

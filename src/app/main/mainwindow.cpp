@@ -7,6 +7,8 @@
 #include "entry/ui/harvestdialog.h"
 #include "entry/ui/hubdialog.h"
 #include "entry/ui/logdialog.h"
+#include "entry/ui/poledialog.h"
+#include "entry/ui/stackdialog.h"
 #include "settings/ui/settingsdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
@@ -170,6 +172,8 @@ void MainWindow::buildMenus()
     wire("allgemeines", &MainWindow::openSettings);
     wire("E_EingabeLose", &MainWindow::openLots);
     wire("E_EingabeStämme", &MainWindow::openLogs);
+    wire("E_EingabePfähle", &MainWindow::openPoles);
+    wire("E_EingabeSchichtholz", &MainWindow::openStacks);
     QAction* quit = findChild<QAction*>(QStringLiteral("S_ZEPbeenden"));
     quit->setEnabled(true);
     connect(quit, &QAction::triggered, this, &QWidget::close);
@@ -196,9 +200,10 @@ QWidget* MainWindow::buildButtons()
     working("bt_aendernhieb", "Aktuellen Hieb ändern", &MainWindow::changeHarvest);
     working("bt_lose", "Eingabe Lose", &MainWindow::openLots);
     working("bt_staemme", "Eingabe Stämme", &MainWindow::openLogs);
+    working("bt_pfaehle", "Eingabe Pfähle", &MainWindow::openPoles);
+    working("bt_schichtholz", "Eingabe Schichtholz", &MainWindow::openStacks);
     for (const Item& item : std::initializer_list<Item>{
-             {"bt_pfaehle", "Eingabe Pfähle"},
-             {"bt_schichtholz", "Eingabe Schichtholz"}, {"bt_rechnung", "Eingabe Rechnungen"},
+             {"bt_rechnung", "Eingabe Rechnungen"},
              {"bt_holzlistelisten", "Holzliste erstellen"}, {"bt_hiebelisten", "Hiebe auswerten"},
              {"bt_loselisten", "Lose auswerten"}, {"bt_staemmelisten", "Stämme auswerten"},
              {"bt_pfaehlelisten", "Pfähle auswerten"}, {"bt_schichtholzlisten", "Schichtholz auswerten"},
@@ -353,6 +358,26 @@ void MainWindow::openLogs()
     if (!id)
         return;
     LogDialog dialog(context(), *id, std::nullopt, std::nullopt, this);
+    dialog.exec();
+    refill();
+}
+
+void MainWindow::openPoles()
+{
+    const auto id = harvestForEntry();
+    if (!id)
+        return;
+    PoleDialog dialog(context(), *id, std::nullopt, std::nullopt, this);
+    dialog.exec();
+    refill();
+}
+
+void MainWindow::openStacks()
+{
+    const auto id = harvestForEntry();
+    if (!id)
+        return;
+    StackDialog dialog(context(), *id, std::nullopt, std::nullopt, this);
     dialog.exec();
     refill();
 }

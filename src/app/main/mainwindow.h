@@ -41,6 +41,8 @@ private:
     void deleteHarvest();
     void openLots();
     void openLogs();
+    void openPoles();
+    void openStacks();
     std::optional<qint32> harvestForEntry();
     void moveCurrent(int step);
     void toggleInfoWidth();

@@ -3,6 +3,8 @@
 #include "common/text.h"
 #include "entry/ui/logdialog.h"
 #include "entry/ui/lotdialog.h"
+#include "entry/ui/poledialog.h"
+#include "entry/ui/stackdialog.h"
 #include "store/sql.h"
 
 #include <QButtonGroup>
@@ -137,9 +139,9 @@ void HubDialog::refresh()
 void HubDialog::updateButtons()
 {
     const HubList l = list();
-    // Pole, stacked-wood and invoice windows come with their own work; until then their
-    // rows are listed, copied, deleted and paid here.
-    const bool windowExists = l == HubList::Lose || l == HubList::Staemme;
+    // The invoice window comes with the invoices; until then invoices are listed, paid and
+    // deleted here.
+    const bool windowExists = l != HubList::Rechnungen;
     m_new->setEnabled(windowExists);
     m_change->setEnabled(windowExists);
     m_copy->setEnabled(l == HubList::Staemme || l == HubList::Pfaehle || l == HubList::Schichtholz);
@@ -163,6 +165,12 @@ void HubDialog::openWindow(std::optional<qint32> id)
         dialog.exec();
     } else if (list() == HubList::Staemme) {
         LogDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
+        dialog.exec();
+    } else if (list() == HubList::Pfaehle) {
+        PoleDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
+        dialog.exec();
+    } else if (list() == HubList::Schichtholz) {
+        StackDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
         dialog.exec();
     }
     refresh();

@@ -1,0 +1,120 @@
+#include "entry/ui/stackdialog.h"
+
+#include "store/records.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QLineEdit>
+
+namespace tarvik {
+
+StackDialog::StackDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> sectionId,
+                         std::optional<qint32> lotNr, QWidget* parent)
+    : SimpleEntryDialog(context, harvestId, sectionId,
+                        {QStringLiteral("EF_Eingabe_Schichtholz"), QStringLiteral("Eingabe Schichtholz"), QStringLiteral("Schichtholz"),
+                         QStringLiteral("Schichtholz"), QStringLiteral("Stärkeklassen_Schichtholz"),
+                         QStringLiteral("Sektions_Nr, Baumart, Stärke, Sektionslänge_m, Sektionstiefe_m, Sektionshöhe_m, Stärkeklasse, "
+                                        "m3, Efm, Preis_je_Ster, Preis_berechnet, Bemerkung")},
+                        parent)
+{
+    finish(lotNr);
+    if (!sectionId)
+        proposeSection();
+}
+
+void StackDialog::addFields(QFormLayout* form)
+{
+    addField(form, 0, QStringLiteral("Sektions-Nr"), 7);
+    QLineEdit* diameter = addField(form, 1, QStringLiteral("Durchschnittliche Stärke (cm)"), 4);
+    QLineEdit* length = addField(form, 2, QStringLiteral("Sektionslänge (m)"), 8);
+    QLineEdit* depth = addField(form, 3, QStringLiteral("Sektionstiefe (m) = Holzlänge"), 8);
+    QLineEdit* height = addField(form, 4, QStringLiteral("Sektionshöhe (m)"), 8);
+    addField(form, 5, QStringLiteral("m3 (Ster)"), 12, true);
+    addField(form, 6, QStringLiteral("Efm"), 12, true);
+    QLineEdit* perSter = addField(form, 7, QStringLiteral("Preis je Ster"), 12);
+    addField(form, 8, QStringLiteral("Preis berechnet"), 14, true);
+    for (QLineEdit* dimension : {length, depth, height})
+        connect(dimension, &QLineEdit::textEdited, this, [this] {
+            if (m_filling)
+                return;
+            StackForm f = read();
+            stackDimensionsChanged(f, StackedFactors::from(m_context.settings));
+            showDerived(f);
+        });
+    connect(diameter, &QLineEdit::textEdited, this, [this] {
+        if (m_filling)
+            return;
+        StackForm f = read();
+        stackDiameterChanged(f, m_masterData);
+        showDerived(f);
+    });
+    connect(perSter, &QLineEdit::textEdited, this, [this] {
+        if (m_filling)
+            return;
+        StackForm f = read();
+        stackPriceChanged(f);
+        showDerived(f);
+    });
+}
+
+StackForm StackDialog::read() const
+{
+    return {lotList()->currentText(), field(0)->text(), speciesList()->currentText(), field(1)->text(), field(2)->text(),
+            field(3)->text(), field(4)->text(), field(5)->text(), field(6)->text(), classList()->currentText(),
+            field(7)->text(), field(8)->text(), remarkList()->currentText()};
+}
+
+void StackDialog::showDerived(const StackForm& f)
+{
+    m_filling = true;
+    selectClass(f.stackClass);
+    field(5)->setText(f.m3);
+    field(6)->setText(f.efm);
+    field(7)->setText(f.pricePerSter);
+    field(8)->setText(f.price);
+    m_filling = false;
+}
+
+void StackDialog::proposeSection()
+{
+    field(0)->setText(QString::number(nextSectionNumber(m_context.db, m_harvestId)));
+}
+
+void StackDialog::loadEntry(qint32 id)
+{
+    const StackForm f = loadStack(m_context.db, id);
+    lotList()->setEditText(f.losNr);
+    speciesList()->setEditText(f.species);
+    field(0)->setText(f.sectionNr);
+    field(1)->setText(f.diameter);
+    field(2)->setText(f.length);
+    field(3)->setText(f.depth);
+    field(4)->setText(f.height);
+    remarkList()->setEditText(f.remark);
+    showDerived(f);
+}
+
+bool StackDialog::storeEntry(std::optional<qint32> editedId)
+{
+    StackForm f = read();
+    const bool stored = storeStack(m_context, m_harvestId, f, editedId);
+    if (stored)
+        field(0)->setText(f.sectionNr); // a renumbered section shows its number
+    return stored;
+}
+
+void StackDialog::afterNext()
+{
+    proposeSection();
+    if (m_context.settings.zahl[29] == 1) {
+        for (int i : {2, 3, 4})
+            field(i)->setText(QStringLiteral("0,0"));
+        field(5)->setText(QStringLiteral("0,000"));
+        field(6)->setText(QStringLiteral("0,000"));
+        field(8)->setText(QStringLiteral("0,00"));
+    }
+    field(1)->setFocus();
+    field(1)->selectAll();
+}
+
+} // namespace tarvik

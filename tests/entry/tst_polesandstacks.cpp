@@ -1,0 +1,192 @@
+// EF_Eingabe_Pfaehle and EF_Eingabe_Schichtholz through their controls: classes, volumes,
+// prices, refusals, section numbers, and the totals that follow.
+#include "entry/ui/poledialog.h"
+#include "entry/ui/stackdialog.h"
+#include "store/records.h"
+#include "store/sql.h"
+#include "support/records.h"
+#include "support/tempdatafolder.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+
+using namespace tarvik;
+
+class TestPolesAndStacks : public QObject {
+    Q_OBJECT
+    test::TempDataFolder m_folder;
+    std::unique_ptr<Database> m_db;
+    Einstellungen m_settings = EinstellungenLaden(QString());
+    FixedClock m_clock{QDate(2026, 11, 21)};
+    test::ScriptedPrompter m_prompter;
+    qint32 m_harvest = 0;
+
+    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
+    QSqlDatabase db() const { return m_db->shared(); }
+    QString value(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toString(); }
+
+    static void type(QLineEdit* edit, const QString& text)
+    {
+        edit->selectAll();
+        QTest::keyClicks(edit, text);
+    }
+    template <typename T>
+    static T* child(QDialog& d, const char* name)
+    {
+        T* w = d.findChild<T*>(QString::fromUtf8(name));
+        if (!w)
+            qFatal("no control %s", name);
+        return w;
+    }
+    static void setLotAndSpecies(QDialog& d, const QString& lot, const QString& species)
+    {
+        child<QComboBox>(d, "kom(0)")->setEditText(lot);
+        child<QComboBox>(d, "kom(1)")->setEditText(species);
+    }
+    QString refusal(const char* reason) const
+    {
+        return QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n") + QString::fromUtf8(reason);
+    }
+
+private slots:
+    void init()
+    {
+        m_db.reset();
+        QFile::remove(m_folder.databasePath());
+        m_db = m_folder.openDatabase();
+        execSql(db(), QStringLiteral("UPDATE Stärkeklassen_Pfähle SET Schätzpreis_je_St = 2.5 WHERE Klasse = 'P2.11'"));
+        execSql(db(), QStringLiteral("UPDATE Stärkeklassen_Schichtholz SET Schätzpreis_je_m3 = 12.5 WHERE Klasse = 'S2.1'"));
+        m_harvest = test::addHarvest(db(), 1);
+        m_settings = EinstellungenLaden(QString());
+        m_prompter.clear();
+    }
+
+    void polesByClassAndCount()
+    {
+        PoleDialog d(context(), m_harvest, std::nullopt);
+        d.show();
+        setLotAndSpecies(d, QStringLiteral("3"), QStringLiteral("FI (Fichte)"));
+        type(d.field(0), QStringLiteral("8"));
+        type(d.field(1), QStringLiteral("8"));
+        QCOMPARE(child<QComboBox>(d, "kom(2)")->currentText(), QStringLiteral("P2.11"));
+        QCOMPARE(d.field(3)->text(), QStringLiteral("2,50"));
+        type(d.field(2), QStringLiteral("10"));
+        QCOMPARE(d.field(4)->text(), QStringLiteral("25,00"));
+        m_prompter.answerYes(); // lot 3 is new
+        child<QPushButton>(d, "ok")->click();
+        QCOMPARE(m_prompter.questions(), QStringList{QStringLiteral("Die Los_Nr 3 existiert noch nicht. Soll diese jetzt angelegt werden?")});
+        QCOMPARE(value(QStringLiteral("SELECT Sortierung || '/' || Anzahl_Pfähle || '/' || Preis_berechnet FROM Lose WHERE Kennung = ?")),
+                 QStringLiteral("Pfähle/10/25.0"));
+        QCOMPARE(value(QStringLiteral("SELECT Pfähle_Anzahl || '/' || Anzahl_Lose FROM Hiebe WHERE ID = ?")), QStringLiteral("10/1"));
+    }
+
+    void poleRefusals_data()
+    {
+        QTest::addColumn<QString>("lot");
+        QTest::addColumn<QString>("diameter");
+        QTest::addColumn<QString>("length");
+        QTest::addColumn<QString>("count");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("length outside every range") << "3" << "14" << "5" << "4" << "...die Stärkeklasse fehlt.";
+        QTest::newRow("no count") << "3" << "8" << "8" << "" << "...die Anzahl Pfähle fehlt.";
+        QTest::newRow("count 0") << "3" << "8" << "8" << "0" << "...die Anzahl Pfähle fehlt.";
+        QTest::newRow("no diameter") << "3" << "" << "8" << "4" << "...die Stärke inkl. Rinde größer als 0 sein muß.";
+        QTest::newRow("lot of logs") << "1" << "8" << "8" << "4" << "...das Los 1 bereits mit der Sortierung Stämme eingetragen ist.";
+    }
+    void poleRefusals()
+    {
+        QFETCH(QString, lot);
+        QFETCH(QString, diameter);
+        QFETCH(QString, length);
+        QFETCH(QString, count);
+        QFETCH(QString, reason);
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        PoleDialog d(context(), m_harvest, std::nullopt);
+        d.show();
+        setLotAndSpecies(d, lot, QStringLiteral("FI (Fichte)"));
+        type(d.field(0), diameter);
+        type(d.field(1), length);
+        type(d.field(2), count);
+        child<QPushButton>(d, "ok")->click();
+        QCOMPARE(m_prompter.messages(), QStringList{refusal("") + reason});
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Pfähle WHERE Kennung = ?")), QStringLiteral("0"));
+    }
+
+    void stackVolumesClassAndPrice_data()
+    {
+        QTest::addColumn<int>("deduction");
+        QTest::addColumn<QString>("efm");
+        QTest::addColumn<double>("storedEfm");
+        QTest::newRow("default factors") << 0 << "19,500" << 19.5;
+        QTest::newRow("10 % flat deduction") << 10 << "17,550" << 17.55;
+    }
+    void stackVolumesClassAndPrice()
+    {
+        QFETCH(int, deduction);
+        m_settings.zahl[54] = qint16(deduction);
+        createLot(db(), m_harvest, 2, QStringLiteral("Schichtholz"));
+        StackDialog d(context(), m_harvest, std::nullopt, 2);
+        d.show();
+        child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("BU (Rotbuche)"));
+        QCOMPARE(d.field(0)->text(), QStringLiteral("1"));
+        type(d.field(1), QStringLiteral("8"));
+        type(d.field(2), QStringLiteral("10"));
+        type(d.field(3), QStringLiteral("2"));
+        type(d.field(4), QStringLiteral("1,5"));
+        QCOMPARE(d.field(5)->text(), QStringLiteral("30,000"));
+        QTEST(d.field(6)->text(), "efm");
+        QCOMPARE(child<QComboBox>(d, "kom(2)")->currentText(), QStringLiteral("S2.1"));
+        QCOMPARE(d.field(8)->text(), QStringLiteral("375,00")); // 12,50 per Ster × 30 Ster
+        child<QPushButton>(d, "ok")->click();
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        QFETCH(double, storedEfm);
+        QCOMPARE(value(QStringLiteral("SELECT m3 || '/' || Preis_berechnet FROM Schichtholz WHERE Kennung = ?")), QStringLiteral("30.0/375.0"));
+        QCOMPARE(value(QStringLiteral("SELECT Efm FROM Schichtholz WHERE Kennung = ?")).toDouble(), storedEfm);
+        // The lot keeps its stacked-wood totals with two decimals.
+        QCOMPARE(value(QStringLiteral("SELECT m3_Schichtholz FROM Lose WHERE Kennung = ?")).toDouble(), 30.0);
+        QCOMPARE(value(QStringLiteral("SELECT Efm_Schichtholz FROM Lose WHERE Kennung = ?")).toDouble(), std::round(storedEfm * 100) / 100);
+    }
+
+    void sectionNumberIsNeverStoredTwice()
+    {
+        createLot(db(), m_harvest, 2, QStringLiteral("Schichtholz"));
+        execSql(db(), QStringLiteral("INSERT INTO Schichtholz(Los_Nr, Sektions_Nr, Kennung) VALUES (2, 1, ?)"), {m_harvest});
+        StackDialog d(context(), m_harvest, std::nullopt, 2);
+        d.show();
+        child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("BU (Rotbuche)"));
+        type(d.field(0), QStringLiteral("1"));
+        type(d.field(1), QStringLiteral("8"));
+        for (int i : {2, 3, 4})
+            type(d.field(i), QStringLiteral("1"));
+        m_prompter.answerNo();
+        child<QPushButton>(d, "okn_chster")->click();
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe wurde nicht gespeichert!"));
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Schichtholz WHERE Kennung = ?")), QStringLiteral("1"));
+
+        m_settings.zahl[29] = 1;
+        m_prompter.answerYes();
+        child<QPushButton>(d, "okn_chster")->click();
+        QCOMPARE(m_prompter.questions().last(), QStringLiteral("Die Sektions-Nummer 1 existiert beim aktuellen Hieb bereits.\n\n"
+                                                               "Soll die Nummer automatisch vergeben werden?"));
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Sektions_Nr) FROM Schichtholz WHERE Kennung = ?")), QStringLiteral("1,2"));
+        QCOMPARE(d.field(0)->text(), QStringLiteral("3"));
+        QCOMPARE(d.field(2)->text(), QStringLiteral("0,0")); // dimensions reset for the next section
+    }
+
+    void missingHeightGivesTheDimensionMessage()
+    {
+        StackDialog d(context(), m_harvest, std::nullopt, 2);
+        d.show();
+        child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("BU (Rotbuche)"));
+        type(d.field(1), QStringLiteral("8"));
+        type(d.field(2), QStringLiteral("10"));
+        type(d.field(3), QStringLiteral("2"));
+        child<QPushButton>(d, "ok")->click();
+        QCOMPARE(m_prompter.messages(), QStringList{refusal("...die Sektionslänge, Sektionstiefe und Sektionshöhe angegeben werden muß.")});
+    }
+};
+
+TARVIK_TEST_MAIN(TestPolesAndStacks)
+#include "tst_polesandstacks.moc"
