@@ -2,6 +2,8 @@
 
 #include "app/main/harvestlist.h"
 #include "common/consoleprompter.h"
+#include "common/textfile.h"
+#include "reports/timberlist.h"
 #include "common/folders.h"
 #include "common/germanlocale.h"
 #include "rules/lotrecompute.h"
@@ -30,6 +32,9 @@ const char* const UsageText =
     "Befehle:\n"
     "  init            Datenbank anlegen oder öffnen und auf den aktuellen Stand bringen\n"
     "  hiebe           die Hiebliste ausgeben (Tabulator-getrennt, mit Kopfzeile)\n"
+    "  holzliste HIEB_NR [--datei PFAD]\n"
+    "                  die Holzliste des Hiebs ausgeben (mit --datei als Listendatei,\n"
+    "                  Windows-1252 mit CR LF)\n"
     "  neuberechnen HIEB_NR LOS_NR [--rinde O|F|T]\n"
     "                  Rindenabzüge und Preise aller Stämme des Loses neu berechnen,\n"
     "                  danach die Summen des Loses und des Hiebs\n"
@@ -138,11 +143,47 @@ int harvestsCommand(Session& session, const QStringList& args, const Io& io, Pro
     return Success;
 }
 
+int timberListCommand(Session& session, const QStringList& args, const Io& io, Prompter& prompter)
+{
+    QString file;
+    QStringList positional;
+    for (int i = 0; i < args.size(); ++i) {
+        if (args[i] == u"--datei" && i + 1 < args.size())
+            file = args[++i];
+        else
+            positional << args[i];
+    }
+    bool ok = false;
+    const qint32 hiebNr = positional.value(0).toInt(&ok);
+    if (positional.size() != 1 || !ok) {
+        io.usageError(QStringLiteral("holzliste erwartet die Hieb-Nr."));
+        return Usage;
+    }
+    const auto harvestId = harvestIdByNumber(session.database->shared(), hiebNr);
+    if (!harvestId) {
+        prompter.inform(QStringLiteral("Einen Hieb mit der Nr. %1 gibt es nicht.").arg(hiebNr));
+        return Refused;
+    }
+    const QStringList lines = timberList(session.database->shared(), *harvestId);
+    if (file.isEmpty()) {
+        for (const QString& line : lines)
+            io.print(line);
+        return Success;
+    }
+    const TextFileResult written = writeTextFile(file, lines);
+    if (!written.ok) {
+        prompter.inform(written.error, Prompter::Icon::Critical);
+        return Refused;
+    }
+    return Success;
+}
+
 const std::map<QString, Command>& commands()
 {
     static const std::map<QString, Command> all{
         {QStringLiteral("init"), initCommand},
         {QStringLiteral("hiebe"), harvestsCommand},
+        {QStringLiteral("holzliste"), timberListCommand},
         {QStringLiteral("neuberechnen"), recomputeCommand},
     };
     return all;

@@ -1,0 +1,23 @@
+#include "reports/columns.h"
+
+#include "common/numbers.h"
+#include "common/text.h"
+
+namespace tarvik::columns {
+
+QString right(const QString& t, int n) { return t.trimmed().left(n).rightJustified(n, u' '); }
+
+QString left(const QString& t, int n) { return t.trimmed().left(n).leftJustified(n, u' '); }
+
+QString decimals(const QVariant& value, int k) { return formatDecimal(readNumber(value), k); }
+
+QString text(const QVariant& value)
+{
+    if (value.isNull())
+        return {};
+    if (value.typeId() == QMetaType::Double)
+        return numberText(value.toDouble());
+    return readText(value);
+}
+
+} // namespace tarvik::columns
