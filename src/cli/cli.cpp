@@ -3,6 +3,8 @@
 #include "app/main/harvestlist.h"
 #include "common/consoleprompter.h"
 #include "common/textfile.h"
+#include "reports/print.h"
+#include "reports/reportfile.h"
 #include "reports/timberlist.h"
 #include "common/folders.h"
 #include "common/germanlocale.h"
@@ -14,6 +16,7 @@
 #include "store/startup.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <functional>
 #include <map>
 
@@ -35,6 +38,8 @@ const char* const UsageText =
     "  holzliste HIEB_NR [--datei PFAD]\n"
     "                  die Holzliste des Hiebs ausgeben (mit --datei als Listendatei,\n"
     "                  Windows-1252 mit CR LF)\n"
+    "  drucken DATEI --pdf AUSGABE.pdf [--quer] [--rand N] [--schrift N]\n"
+    "                  eine Listendatei wie 'Datei drucken' in eine PDF-Datei drucken\n"
     "  neuberechnen HIEB_NR LOS_NR [--rinde O|F|T]\n"
     "                  Rindenabzüge und Preise aller Stämme des Loses neu berechnen,\n"
     "                  danach die Summen des Loses und des Hiebs\n"
@@ -233,7 +238,45 @@ bool parse(const QStringList& args, Invocation& inv, const Io& io, bool& helpOnl
     return true;
 }
 
+// Prints a report file into a PDF; needs no database.
+int printCommand(const QStringList& args, const Io& io)
+{
+    PrintJob job;
+    job.fontFamily = QStringLiteral("Courier New");
+    QStringList positional;
+    for (int i = 0; i < args.size(); ++i) {
+        const QString& a = args[i];
+        if (a == u"--pdf" && i + 1 < args.size())
+            job.pdfPath = args[++i];
+        else if (a == u"--quer")
+            job.settings.landscape = true;
+        else if (a == u"--rand" && i + 1 < args.size())
+            job.settings.marginChars = std::clamp(args[++i].toInt(), 0, 20);
+        else if (a == u"--schrift" && i + 1 < args.size())
+            job.settings.fontSize = std::clamp(args[++i].toInt(), 4, 48);
+        else
+            positional << a;
+    }
+    if (positional.size() != 1 || job.pdfPath.isEmpty()) {
+        io.usageError(QStringLiteral("drucken erwartet eine Listendatei und --pdf AUSGABE.pdf."));
+        return Usage;
+    }
+    if (!QFileInfo::exists(positional[0])) {
+        std::fputs((missingReportMessage(positional[0]) + u'\n').toUtf8().constData(), io.err);
+        return Refused;
+    }
+    const PrintResult result = printFile(positional[0], job);
+    if (!result.ok) {
+        std::fputs((result.message + u'\n').toUtf8().constData(), io.err);
+        return Refused;
+    }
+    io.print(QStringLiteral("%1 Seiten gedruckt: %2").arg(result.pages).arg(QDir::toNativeSeparators(job.pdfPath)));
+    return Success;
+}
+
 } // namespace
+
+bool needsGui(const QStringList& args) { return args.contains(QStringLiteral("drucken")); }
 
 int run(const QStringList& args, std::FILE* out, std::FILE* err)
 {
@@ -246,6 +289,8 @@ int run(const QStringList& args, std::FILE* out, std::FILE* err)
         std::fputs(UsageText, out);
         return Success;
     }
+    if (inv.command == u"drucken")
+        return printCommand(inv.arguments, io);
     const auto command = commands().find(inv.command);
     if (command == commands().end()) {
         io.usageError(QStringLiteral("Unbekannter Befehl: %1").arg(inv.command));

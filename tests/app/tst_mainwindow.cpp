@@ -50,7 +50,8 @@ private slots:
         const std::tuple<const char*, const char*, bool> items[] = {
             {"H_Neuerhieb", "Neuer &Hieb", true},       {"H_Hieblöschen", "Aktuellen Hieb &löschen", true},
             {"S_ZEPbeenden", " Beenden", true},          {"allgemeines", "&Einstellungen", true},
-            {"E_EingabeStämme", "&Stämme", true},       {"A_Statistikholzliste", "&Holzliste", false},
+            {"E_EingabeStämme", "&Stämme", true},       {"A_Statistikholzliste", "&Holzliste", true},
+            {"A_StatistikHiebe", "&Hiebe", false},
             {"S_Stammdaten_Rindenabzug2", "Rindenabzug &frei definiert", false},
             {"S_xdatensicherung", "&Datensicherung", false}, {"popzeile(1)", "&Ändern", true}};
         for (const auto& [name, caption, enabled] : items) {
@@ -73,7 +74,13 @@ private slots:
                                 "Pfähle_Anz=0   Schichtholz_m3=0,000   Schichtholz_Efm=0,000"));
         QVERIFY(!w.currentHarvestId());
         w.findChild<QAction*>(QStringLiteral("popzeile(2)"))->trigger();
-        QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Bitte markieren Sie zuerst den Hieb, den Sie ändern oder löschen möchten!")});
+        w.findChild<QPushButton*>(QStringLiteral("comdrucken"))->click();
+        w.findChild<QAction*>(QStringLiteral("A_Statistikholzliste"))->trigger();
+        QCOMPARE(m_prompter.messages(),
+                 (QStringList{QStringLiteral("Bitte markieren Sie zuerst den Hieb, den Sie ändern oder löschen möchten!"),
+                              QStringLiteral("Sie müssen zuerst einen Hieb auswählen, bevor Sie die Daten listen/drucken können."),
+                              QStringLiteral("Bitte markieren Sie erst den Hieb, von dem Sie die verschiedenen Daten anzeigen möchten "
+                                             "oder machen Sie auf den entsprechenden Hieb einen Doppelklick")}));
         m_prompter.clear();
     }
 

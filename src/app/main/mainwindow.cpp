@@ -9,6 +9,10 @@
 #include "entry/ui/logdialog.h"
 #include "entry/ui/poledialog.h"
 #include "entry/ui/stackdialog.h"
+#include "common/textfile.h"
+#include "reports/reportfile.h"
+#include "reports/timberlist.h"
+#include "reports/ui/textoutputwindow.h"
 #include "settings/ui/settingsdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
@@ -174,6 +178,7 @@ void MainWindow::buildMenus()
     wire("E_EingabeStämme", &MainWindow::openLogs);
     wire("E_EingabePfähle", &MainWindow::openPoles);
     wire("E_EingabeSchichtholz", &MainWindow::openStacks);
+    wire("A_Statistikholzliste", &MainWindow::showTimberList);
     QAction* quit = findChild<QAction*>(QStringLiteral("S_ZEPbeenden"));
     quit->setEnabled(true);
     connect(quit, &QAction::triggered, this, &QWidget::close);
@@ -203,8 +208,11 @@ QWidget* MainWindow::buildButtons()
     working("bt_pfaehle", "Eingabe Pfähle", &MainWindow::openPoles);
     working("bt_schichtholz", "Eingabe Schichtholz", &MainWindow::openStacks);
     for (const Item& item : std::initializer_list<Item>{
-             {"bt_rechnung", "Eingabe Rechnungen"},
-             {"bt_holzlistelisten", "Holzliste erstellen"}, {"bt_hiebelisten", "Hiebe auswerten"},
+             {"bt_rechnung", "Eingabe Rechnungen"}})
+        button(QString::fromUtf8(item.name), QString::fromUtf8(item.caption));
+    working("bt_holzlistelisten", "Holzliste erstellen", &MainWindow::showTimberList);
+    for (const Item& item : std::initializer_list<Item>{
+             {"bt_hiebelisten", "Hiebe auswerten"},
              {"bt_loselisten", "Lose auswerten"}, {"bt_staemmelisten", "Stämme auswerten"},
              {"bt_pfaehlelisten", "Pfähle auswerten"}, {"bt_schichtholzlisten", "Schichtholz auswerten"},
              {"bt_rechnunglisten", "Rechnungen auswerten"}, {"bt_stammdaten", "Stammdaten"}})
@@ -220,7 +228,9 @@ QWidget* MainWindow::buildButtons()
         b->setEnabled(true);
     connect(previous, &QPushButton::clicked, this, [this] { moveCurrent(-1); });
     connect(next, &QPushButton::clicked, this, [this] { moveCurrent(1); });
-    button(QStringLiteral("comdrucken"), QStringLiteral("Hiebdaten drucken"));
+    QPushButton* print = button(QStringLiteral("comdrucken"), QStringLiteral("Hiebdaten drucken"));
+    print->setEnabled(true);
+    connect(print, &QPushButton::clicked, this, &MainWindow::printHarvest);
     return panel;
 }
 
@@ -380,6 +390,46 @@ void MainWindow::openStacks()
     StackDialog dialog(context(), *id, std::nullopt, std::nullopt, this);
     dialog.exec();
     refill();
+}
+
+void MainWindow::buildTimberList(qint32 harvestId)
+{
+    QStringList lines;
+    try {
+        lines = timberList(m_session.database->shared(), harvestId);
+    } catch (const StoreError& error) {
+        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+        return;
+    }
+    m_info->setPlainText(lines.join(u'\n'));
+    const TextFileResult written = writeTextFile(reportFilePath(m_session.dataFolder), lines);
+    if (!written.ok) {
+        m_prompter.inform(written.error, Prompter::Icon::Warning);
+        return;
+    }
+    TextOutputWindow window(context(), this);
+    window.exec();
+}
+
+void MainWindow::printHarvest()
+{
+    const auto id = currentHarvestId();
+    if (!id) {
+        m_prompter.inform(QStringLiteral("Sie müssen zuerst einen Hieb auswählen, bevor Sie die Daten listen/drucken können."));
+        return;
+    }
+    buildTimberList(*id);
+}
+
+void MainWindow::showTimberList()
+{
+    const auto id = currentHarvestId();
+    if (!id) {
+        m_prompter.inform(QStringLiteral("Bitte markieren Sie erst den Hieb, von dem Sie die verschiedenen Daten anzeigen möchten "
+                                         "oder machen Sie auf den entsprechenden Hieb einen Doppelklick"));
+        return;
+    }
+    buildTimberList(*id);
 }
 
 void MainWindow::moveCurrent(int step)

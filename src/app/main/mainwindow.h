@@ -43,6 +43,9 @@ private:
     void openLogs();
     void openPoles();
     void openStacks();
+    void printHarvest();
+    void showTimberList();
+    void buildTimberList(qint32 harvestId);
     std::optional<qint32> harvestForEntry();
     void moveCurrent(int step);
     void toggleInfoWidth();

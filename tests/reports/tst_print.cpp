@@ -1,0 +1,178 @@
+// Printing a report file into PDF: pages break at "#" and when full, columns stay aligned, the
+// fixed-pitch font is embedded, a line never wraps. Checked with poppler's tools.
+#include "common/textfile.h"
+#include "reports/print.h"
+#include "reports/reportfile.h"
+#include "support/tempdatafolder.h"
+
+#include <QApplication>
+#include <QProcess>
+
+using namespace tarvik;
+
+namespace {
+
+QString tool(const QString& program, const QStringList& args)
+{
+    QProcess p;
+    p.start(program, args);
+    if (!p.waitForFinished(30000))
+        return {};
+    return QString::fromUtf8(p.readAllStandardOutput());
+}
+
+int pdfPages(const QString& pdf)
+{
+    const QString info = tool(QStringLiteral("pdfinfo"), {pdf});
+    const QRegularExpressionMatch m = QRegularExpression(QStringLiteral("Pages:\\s+(\\d+)")).match(info);
+    return m.hasMatch() ? m.captured(1).toInt() : -1;
+}
+
+// The text of one page as a fixed-pitch grid (10 pt Liberation Mono is 6 pt wide), without
+// the page margin's indent (known from a line that starts in column 0) and trailing blanks.
+QStringList pageText(const QString& pdf, int page, qsizetype indent)
+{
+    QStringList lines = tool(QStringLiteral("pdftotext"), {QStringLiteral("-fixed"), QStringLiteral("6"), QStringLiteral("-f"),
+                                                           QString::number(page), QStringLiteral("-l"), QString::number(page), pdf,
+                                                           QStringLiteral("-")})
+                            .split(u'\n');
+    while (!lines.isEmpty() && lines.last().trimmed().isEmpty())
+        lines.removeLast();
+    while (!lines.isEmpty() && lines.first().trimmed().isEmpty())
+        lines.removeFirst();
+    for (QString& l : lines) {
+        l = l.mid(indent).replace(u'\f', QString());
+        while (l.endsWith(u' '))
+            l.chop(1);
+    }
+    return lines;
+}
+
+QString pageTextRaw(const QString& pdf)
+{
+    return tool(QStringLiteral("pdftotext"), {QStringLiteral("-fixed"), QStringLiteral("6"), QStringLiteral("-f"), QStringLiteral("1"),
+                                              QStringLiteral("-l"), QStringLiteral("1"), pdf, QStringLiteral("-")});
+}
+
+QStringList trimmedRight(QStringList lines)
+{
+    for (QString& l : lines)
+        while (l.endsWith(u' '))
+            l.chop(1);
+    return lines;
+}
+
+} // namespace
+
+class TestPrint : public QObject {
+    Q_OBJECT
+    test::TempDataFolder m_dir;
+
+private slots:
+    void pagesColumnsAndFont()
+    {
+        QStringList report{QStringLiteral("HIEBDATEN"), QStringLiteral("Hieb-Nr:         41")};
+        report << QStringLiteral("  #  ");
+        for (int i = 1; i <= 150; ++i)
+            report << QStringLiteral("%1  %2%3").arg(i, 6).arg(QStringLiteral("FI (Fichte)"), -22).arg(QStringLiteral("12,5"), 7);
+        report << QStringLiteral("#") << QStringLiteral("Gesamt                                 4,327");
+        const QString file = m_dir.filePath(QStringLiteral("Daten.txt"));
+        QVERIFY(writeTextFile(file, report).ok);
+
+        PrintJob job;
+        job.pdfPath = m_dir.filePath(QStringLiteral("liste.pdf"));
+        const PrintResult result = printFile(file, job);
+        QVERIFY2(result.ok, qPrintable(result.message));
+        QCOMPARE(pdfPages(job.pdfPath), result.pages);
+        const QString first = pageTextRaw(job.pdfPath);
+        const qsizetype indent = first.indexOf(QStringLiteral("HIEBDATEN")) - first.lastIndexOf(u'\n', first.indexOf(QStringLiteral("HIEBDATEN"))) - 1;
+        auto pageText = [&](int page) { return ::pageText(job.pdfPath, page, indent); };
+        // Page 1 ends at the first mark; the 150 lines need more than one sheet; the total stands alone.
+        QCOMPARE(pageText(1), (QStringList{QStringLiteral("HIEBDATEN"), QStringLiteral("Hieb-Nr:         41")}));
+        QCOMPARE(pageText(2).first(), trimmedRight({report[3]}).first());
+        QVERIFY(result.pages >= 4);
+        QCOMPARE(pageText(result.pages), QStringList{QStringLiteral("Gesamt                                 4,327")});
+        QCOMPARE(pageText(2).mid(0, 40), trimmedRight(report.mid(3, 40)));
+
+        const QString fonts = tool(QStringLiteral("pdffonts"), {job.pdfPath});
+        QVERIFY2(fonts.contains(QRegularExpression(QStringLiteral("(Mono|Courier)\\S*\\s.*\\byes\\b"))), qPrintable(fonts));
+    }
+
+    void leftMarginInCharacters()
+    {
+        const QString file = m_dir.filePath(QStringLiteral("rand.txt"));
+        QVERIFY(writeTextFile(file, {QStringLiteral("A"), QStringLiteral(" B")}).ok);
+        PrintJob job;
+        job.pdfPath = m_dir.filePath(QStringLiteral("rand.pdf"));
+        job.settings.marginChars = 5;
+        QVERIFY(printFile(file, job).ok);
+        // Five blanks before every line; the second keeps its own one besides.
+        const QString text = pageTextRaw(job.pdfPath);
+        const qsizetype a = text.indexOf(u'A') - text.lastIndexOf(u'\n', text.indexOf(u'A')) - 1;
+        const qsizetype b = text.indexOf(u'B') - text.lastIndexOf(u'\n', text.indexOf(u'B')) - 1;
+        QCOMPARE(b - a, 1);
+        PrintJob plain = job;
+        plain.settings.marginChars = 0;
+        plain.pdfPath = m_dir.filePath(QStringLiteral("ohne.pdf"));
+        QVERIFY(printFile(file, plain).ok);
+        const QString without = pageTextRaw(plain.pdfPath);
+        QCOMPARE(a - (without.indexOf(u'A') - without.lastIndexOf(u'\n', without.indexOf(u'A')) - 1), 5);
+    }
+
+    void aLineTooWideIsRefusedNotWrapped()
+    {
+        const QString file = m_dir.filePath(QStringLiteral("breit.txt"));
+        QVERIFY(writeTextFile(file, {QString(130, u'X')}).ok);
+        PrintJob job;
+        job.pdfPath = m_dir.filePath(QStringLiteral("breit.pdf"));
+        const PrintResult portrait = printFile(file, job);
+        QVERIFY(!portrait.ok);
+        QVERIFY(portrait.message.contains(QStringLiteral("Querformat")));
+        job.settings.landscape = true;
+        job.settings.fontSize = 8;
+        QVERIFY(printFile(file, job).ok);
+    }
+
+    void reportFileHelpers()
+    {
+        const QString big = m_dir.filePath(QStringLiteral("gross.txt"));
+        QStringList lines;
+        for (int i = 0; i < 1000; ++i)
+            lines << QString(69, u'x'); // 70 000 characters with the line ends
+        QVERIFY(writeTextFile(big, lines).ok);
+        const ReportDisplay display = loadForDisplay(big);
+        QVERIFY(display.exists && display.truncated);
+        QVERIFY(display.text.size() >= DisplayLimit && display.text.size() < DisplayLimit + 70);
+        QVERIFY(!loadForDisplay(m_dir.filePath(QStringLiteral("fehlt.txt"))).exists);
+        QCOMPARE(splitPages({QStringLiteral("a"), QStringLiteral(" # "), QStringLiteral("b")}).size(), 2);
+        QVERIFY(isFixedPitchName(QStringLiteral("Liberation Mono")) && isFixedPitchName(QStringLiteral("ORC-A")));
+        QVERIFY(!isFixedPitchName(QStringLiteral("DejaVu Sans")));
+    }
+
+    void settingClamps_data()
+    {
+        QTest::addColumn<int>("storedSize");
+        QTest::addColumn<int>("storedMargin");
+        QTest::addColumn<int>("size");
+        QTest::addColumn<int>("margin");
+        QTest::newRow("in range") << 12 << 3 << 12 << 3;
+        QTest::newRow("size 7, margin 35") << 7 << 35 << 10 << 20;
+        QTest::newRow("size 49") << 49 << 0 << 10 << 0;
+    }
+    void settingClamps()
+    {
+        QFETCH(int, storedSize);
+        QFETCH(int, storedMargin);
+        Einstellungen s = EinstellungenLaden(QString());
+        s.zahl[20] = qint16(storedSize);
+        s.zahl[22] = qint16(storedMargin);
+        const PrintSettings p = PrintSettings::from(s);
+        QTEST(p.fontSize, "size");
+        QTEST(p.marginChars, "margin");
+        QCOMPARE(stepFontSize(28, 5), 30);
+        QCOMPARE(stepFontSize(5, -5), 4);
+    }
+};
+
+TARVIK_TEST_MAIN(TestPrint)
+#include "tst_print.moc"
