@@ -1,11 +1,13 @@
 // tarvik-bench: how the program's work grows with its data, beside the bare database doing the
 // same minimal work on the same file.
+#include "generator.h"
 #include "measure.h"
 
-#include "common/clock.h"
+#include "app/main/harvestlist.h"
 #include "common/consoleprompter.h"
 #include "common/germanlocale.h"
 #include "entry/logentry.h"
+#include "reports/timberlist.h"
 #include "rules/masterdatalookup.h"
 #include "store/database.h"
 #include "store/records.h"
@@ -14,97 +16,207 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QRandomGenerator>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QSqlQueryModel>
 #include <QTemporaryDir>
+#include <QThread>
 #include <sqlite3.h>
 
 using namespace tarvik;
 
 namespace {
 
-const QStringList Species{QStringLiteral("FI (Fichte)"), QStringLiteral("KI (Kiefer)"), QStringLiteral("BU (Rotbuche)"),
-                          QStringLiteral("EI (Eiche)"), QStringLiteral("DO (Douglasie)")};
-const QStringList Qualities{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C"), QStringLiteral("D")};
+constexpr qint32 LargeHarvestNumber = 900001;
 
-LogForm randomLog(QRandomGenerator& random, qint32 lot)
-{
-    LogForm f;
-    f.losNr = QString::number(lot);
-    f.laufendeNr = QStringLiteral("0");
-    f.species = Species[random.bounded(int(Species.size()))];
-    f.quality = Qualities[random.bounded(int(Qualities.size()))];
-    f.measuredDiameter = QString::number(10 + random.bounded(71));
-    f.length = QString::number(2 + random.bounded(19));
-    f.mode = BarkMode::Tabelle;
-    return f;
-}
-
-// A harvest of `logs` logs in lots of 1,000, stored through the program's own log store.
-qint32 buildHarvest(const AppContext& ctx, MasterDataLookup& masterData, int logs, QRandomGenerator& random)
-{
-    const qint32 harvest = execSql(ctx.db, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Jahr, Waldname) VALUES (1, '2026', 'Benchmark')"))
-                               .lastInsertId().toInt();
-    for (int lot = 1; lot <= (logs + 999) / 1000; ++lot)
-        createLot(ctx.db, harvest, lot, QStringLiteral("Stämme"));
-    TransactionGuard guard(ctx.db); // one transaction for the set-up, not one per log
-    QSqlQuery insert = prepareSql(ctx.db, QStringLiteral(
-        "INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, Stärke_oR, Länge_m, "
-        "Efm_oR, Stärkeklasse, Güteklasse, Kennung) VALUES (?, ?, ?, ?, 'T', ?, ?, ?, ?, ?, ?, ?)"));
-    for (int i = 0; i < logs; ++i) {
-        LogForm f = randomLog(random, 1 + i / 1000);
-        recomputeLog(f, masterData);
-        execPrepared(insert, {1 + i / 1000, i + 1, f.species, f.measuredDiameter.toInt(), f.deduction.toInt(), f.underBark.toInt(),
-                              f.length.toDouble(), f.volume.replace(u',', u'.').toDouble(), f.diameterClass, f.quality, harvest});
-    }
-    guard.commit();
-    return harvest;
-}
-
-bench::Result logStore(const QString& path, int harvestLogs, int runs)
-{
-    bench::Result result;
-    result.scenario = QStringLiteral("log store + totals (%1 logs)").arg(harvestLogs);
-    qint32 harvest = 0;
+struct Raw {
+    sqlite3* db = nullptr;
+    explicit Raw(const QString& path) { sqlite3_open_v2(path.toUtf8().constData(), &db, SQLITE_OPEN_READWRITE, nullptr); }
+    ~Raw() { sqlite3_close(db); }
+    // Steps through every row, reading every column as text, as a report would.
+    int rows(const char* sql, std::initializer_list<int> values = {})
     {
-        auto db = Database::openOrCreate(path);
-        std::FILE* devNull = std::fopen("/dev/null", "w");
-        ConsolePrompter quiet(true, devNull);
-        upgradeDatabase(db->shared(), quiet);
-        Einstellungen settings = EinstellungenLaden(QString());
-        SystemClock clock;
-        const AppContext ctx{db->shared(), settings, QString(), quiet, clock};
-        MasterDataLookup masterData(ctx.db);
-        QRandomGenerator random(20261121);
-        harvest = buildHarvest(ctx, masterData, harvestLogs, random);
+        sqlite3_stmt* s = nullptr;
+        sqlite3_prepare_v2(db, sql, -1, &s, nullptr);
+        int i = 0;
+        for (int v : values)
+            sqlite3_bind_int(s, ++i, v);
+        int n = 0;
+        while (sqlite3_step(s) == SQLITE_ROW) {
+            for (int c = 0; c < sqlite3_column_count(s); ++c)
+                sqlite3_column_text(s, c);
+            ++n;
+        }
+        sqlite3_finalize(s);
+        return n;
+    }
+};
 
-        // Each store commits on its own, synced, as a typed log does.
-        result.program = bench::measure(runs, [&] {
-            LogForm f = randomLog(random, 1 + random.bounded(harvestLogs / 1000));
-            f.laufendeNr = QString::number(nextRunningNumber(ctx.db, settings, harvest, f.losNr.toInt(), QString()));
-            storeLog(ctx, masterData, harvest, f, std::nullopt);
-        });
+// The timber list's own queries, without the program around them.
+void rawTimberList(Raw& raw, int harvest)
+{
+    raw.rows("SELECT * FROM Hiebe WHERE ID = ?", {harvest});
+    raw.rows("SELECT Los_Nr, Anzahl_Stämme, Efm_oR, Preis_berechnet, Los_Bezeichnung, Lagerort FROM Lose WHERE Kennung = ? "
+             "AND Sortierung = 'Stämme' ORDER BY Los_Nr", {harvest});
+    raw.rows("SELECT sum(Anzahl_Stämme), sum(Efm_oR), sum(Preis_berechnet) FROM Lose WHERE Kennung = ? AND Sortierung = 'Stämme'", {harvest});
+    sqlite3_stmt* lots = nullptr;
+    sqlite3_prepare_v2(raw.db, "SELECT Los_Nr FROM Lose WHERE Kennung = ? AND Sortierung = 'Stämme'", -1, &lots, nullptr);
+    sqlite3_bind_int(lots, 1, harvest);
+    const char* perLot[] = {
+        "SELECT sum(Efm_oR) FROM Stämme WHERE Kennung = ? AND Los_Nr = ?",
+        "SELECT Baumart, Güteklasse, Stärkeklasse, count(*), sum(Efm_oR), avg(Länge_m), sum(Preis_berechnet) FROM Stämme "
+        "WHERE Kennung = ? AND Los_Nr = ? GROUP BY Baumart, Güteklasse, Stärkeklasse ORDER BY Baumart, Güteklasse, Stärkeklasse",
+        "SELECT Baumart, Güteklasse, count(*), sum(Efm_oR), avg(Länge_m), sum(Preis_berechnet) FROM Stämme "
+        "WHERE Kennung = ? AND Los_Nr = ? GROUP BY Baumart, Güteklasse ORDER BY Baumart, Güteklasse",
+        "SELECT Baumart, Stärkeklasse, count(*), sum(Efm_oR), avg(Länge_m), sum(Preis_berechnet) FROM Stämme "
+        "WHERE Kennung = ? AND Los_Nr = ? GROUP BY Baumart, Stärkeklasse ORDER BY Baumart, Stärkeklasse",
+        "SELECT Baumart, count(*), sum(Efm_oR), avg(Länge_m), sum(Preis_berechnet) FROM Stämme "
+        "WHERE Kennung = ? AND Los_Nr = ? GROUP BY Baumart ORDER BY Baumart",
+        "SELECT count(*), sum(Efm_oR), avg(Länge_m), sum(Preis_berechnet) FROM Stämme WHERE Kennung = ? AND Los_Nr = ?",
+        "SELECT Güteklasse, Stärkeklasse, sum(Efm_oR) FROM Stämme WHERE Kennung = ? AND Los_Nr = ? "
+        "GROUP BY Güteklasse, Stärkeklasse ORDER BY Güteklasse, Stärkeklasse",
+        "SELECT Güteklasse, sum(Efm_oR) FROM Stämme WHERE Kennung = ? AND Los_Nr = ? GROUP BY Güteklasse ORDER BY Güteklasse",
+        "SELECT Stärkeklasse, sum(Efm_oR) FROM Stämme WHERE Kennung = ? AND Los_Nr = ? GROUP BY Stärkeklasse ORDER BY Stärkeklasse",
+        "SELECT sum(Efm_oR) FROM Stämme WHERE Kennung = ? AND Los_Nr = ?",
+        "SELECT Laufende_Nr, Baumart, Stärke_gemessen, Länge_m, Efm_oR, Stärkeklasse, Güteklasse FROM Stämme "
+        "WHERE Kennung = ? AND Los_Nr = ? ORDER BY Laufende_Nr, ID",
+    };
+    while (sqlite3_step(lots) == SQLITE_ROW) {
+        const int lot = sqlite3_column_int(lots, 0);
+        for (const char* sql : perLot)
+            raw.rows(sql, {harvest, lot});
+    }
+    sqlite3_finalize(lots);
+    raw.rows("SELECT Los_Nr, Anzahl_Pfähle, Los_Bezeichnung, Lagerort FROM Lose WHERE Kennung = ? AND Sortierung = 'Pfähle'", {harvest});
+    raw.rows("SELECT Los_Nr, Efm_Schichtholz, m3_Schichtholz, Los_Bezeichnung, Lagerort FROM Lose WHERE Kennung = ? "
+             "AND Sortierung = 'Schichtholz'", {harvest});
+}
+
+struct Session {
+    std::unique_ptr<Database> database;
+    std::FILE* devNull = std::fopen("/dev/null", "w");
+    ConsolePrompter quiet{true, devNull};
+    Einstellungen settings = EinstellungenLaden(QString());
+    SystemClock clock;
+    explicit Session(const QString& path) : database(Database::openOrCreate(path)) { upgradeDatabase(database->shared(), quiet); }
+    ~Session()
+    {
+        database.reset();
         std::fclose(devNull);
     }
+    AppContext context() { return {database->shared(), settings, QString(), quiet, clock}; }
+};
 
-    // The bare minimum of the same work: one committed row through the C API.
-    sqlite3* raw = nullptr;
-    sqlite3_open(path.toUtf8().constData(), &raw);
-    sqlite3_exec(raw, "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL;", nullptr, nullptr, nullptr);
+bench::Result startScenario(const QString& path, int runs)
+{
+    bench::Result r;
+    r.scenario = QStringLiteral("start (open, upgrade checks, main list)");
+    r.program = bench::measure(runs, [&] {
+        auto db = Database::openOrCreate(path);
+        std::FILE* devNull = std::fopen("/dev/null", "w");
+        {
+            ConsolePrompter quiet(true, devNull);
+            upgradeDatabase(db->shared(), quiet);
+            QSqlQueryModel model;
+            model.setQuery(QSqlQuery(harvestListSql(), db->listHandle()));
+            while (model.canFetchMore())
+                model.fetchMore();
+            harvestStatistics(db->listHandle());
+        }
+        std::fclose(devNull);
+    });
+    QString columns;
+    for (const QString& c : harvestListColumns())
+        columns += (columns.isEmpty() ? QString() : QStringLiteral(", ")) + quoted(c);
+    const QByteArray listSql = (QStringLiteral("SELECT ") + columns + QStringLiteral(" FROM Hiebe")).toUtf8();
+    r.raw = bench::measure(runs, [&] {
+        Raw raw(path);
+        raw.rows(listSql.constData());
+    });
+    return r;
+}
+
+bench::Result logStoreScenario(const QString& path, qint32 harvest, int harvestLogs, int runs)
+{
+    bench::Result r;
+    r.scenario = QStringLiteral("log store + totals (%1 logs)").arg(harvestLogs);
+    {
+        Session session(path);
+        const AppContext ctx = session.context();
+        MasterDataLookup masterData(ctx.db);
+        QRandomGenerator random(7);
+        // Each store commits on its own, synced, as a typed log does.
+        r.program = bench::measure(runs, [&] {
+            LogForm f;
+            f.losNr = QString::number(1 + random.bounded(std::max(1, harvestLogs / 1000)));
+            f.species = QStringLiteral("FI (Fichte)");
+            f.quality = QStringLiteral("B");
+            f.measuredDiameter = QString::number(10 + random.bounded(71));
+            f.length = QString::number(2 + random.bounded(19));
+            f.laufendeNr = QString::number(nextRunningNumber(ctx.db, ctx.settings, harvest, f.losNr.toInt(), QString()));
+            storeLog(ctx, masterData, harvest, f, std::nullopt);
+        });
+    }
+    Raw raw(path);
+    sqlite3_exec(raw.db, "PRAGMA synchronous=FULL;", nullptr, nullptr, nullptr);
     sqlite3_stmt* insert = nullptr;
-    sqlite3_prepare_v2(raw, "INSERT INTO \"Stämme\"(Los_Nr, Laufende_Nr, Baumart, Stärke_gemessen, Länge_m, Efm_oR, Kennung) "
-                            "VALUES (1, ?, 'FI (Fichte)', 35, 4.5, 0.385, ?)", -1, &insert, nullptr);
-    int number = 900000;
-    result.raw = bench::measure(runs, [&] {
-        sqlite3_exec(raw, "BEGIN", nullptr, nullptr, nullptr);
+    sqlite3_prepare_v2(raw.db, "INSERT INTO \"Stämme\"(Los_Nr, Laufende_Nr, Baumart, Stärke_gemessen, Länge_m, Efm_oR, Kennung) "
+                               "VALUES (1, ?, 'FI (Fichte)', 35, 4.5, 0.385, ?)", -1, &insert, nullptr);
+    int number = 500000;
+    r.raw = bench::measure(runs, [&] {
+        sqlite3_exec(raw.db, "BEGIN", nullptr, nullptr, nullptr);
         sqlite3_bind_int(insert, 1, ++number);
         sqlite3_bind_int(insert, 2, harvest);
         sqlite3_step(insert);
         sqlite3_reset(insert);
-        sqlite3_exec(raw, "COMMIT", nullptr, nullptr, nullptr);
+        sqlite3_exec(raw.db, "COMMIT", nullptr, nullptr, nullptr);
     });
     sqlite3_finalize(insert);
-    sqlite3_close(raw);
-    return result;
+    return r;
+}
+
+bench::Result timberListScenario(const QString& path, qint32 harvest, int runs)
+{
+    bench::Result r;
+    r.scenario = QStringLiteral("timber list (harvest of 10,000 logs)");
+    {
+        Session session(path);
+        r.program = bench::measure(runs, [&] { timberList(session.database->shared(), harvest); });
+    }
+    Raw raw(path);
+    r.raw = bench::measure(runs, [&] { rawTimberList(raw, harvest); });
+    return r;
+}
+
+// Peak resident memory of the desktop program showing the main list of this data folder.
+long desktopPeakKb(const QString& program, const QString& dataFolder)
+{
+    if (!QFile::exists(program))
+        return -1;
+    QProcess desktop;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    desktop.setProcessEnvironment(env);
+    desktop.start(program, {QStringLiteral("--daten"), dataFolder});
+    if (!desktop.waitForStarted())
+        return -1;
+    long peak = 0, stableFor = 0;
+    for (int i = 0; i < 150 && stableFor < 15; ++i) { // at most 30 s; done when 3 s without growth
+        QThread::msleep(200);
+        QFile status(QStringLiteral("/proc/%1/status").arg(desktop.processId()));
+        if (!status.open(QIODevice::ReadOnly))
+            break;
+        long hwm = peak;
+        for (const QByteArray& line : status.readAll().split('\n'))
+            if (line.startsWith("VmHWM:"))
+                hwm = line.mid(6).trimmed().split(' ').first().toLong();
+        stableFor = hwm == peak && i > 10 ? stableFor + 1 : 0;
+        peak = std::max(peak, hwm);
+    }
+    desktop.kill();
+    desktop.waitForFinished();
+    return peak;
 }
 
 } // namespace
@@ -114,17 +226,61 @@ int main(int argc, char* argv[])
     QCoreApplication app(argc, argv);
     useGermanLocale();
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("TARVIK benchmark"));
+    parser.setApplicationDescription(QStringLiteral("TARVIK benchmark: Szenarien gegen SQLite ohne Programm"));
     parser.addHelpOption();
-    const QCommandLineOption logs(QStringLiteral("stämme"), QStringLiteral("Stämme im Hieb"), QStringLiteral("N"), QStringLiteral("10000"));
-    const QCommandLineOption runs(QStringLiteral("durchläufe"), QStringLiteral("Wiederholungen"), QStringLiteral("N"), QStringLiteral("1000"));
-    parser.addOptions({logs, runs});
+    const bench::GeneratorSizes defaults;
+    const QCommandLineOption data(QStringLiteral("daten"), QStringLiteral("Datenordner (wird erzeugt, wenn er keine Datenbank hat)"), QStringLiteral("ORDNER"));
+    const QCommandLineOption harvests(QStringLiteral("hiebe"), QStringLiteral("Hiebe"), QStringLiteral("N"), QString::number(defaults.harvests));
+    const QCommandLineOption lots(QStringLiteral("lose"), QStringLiteral("Lose"), QStringLiteral("N"), QString::number(defaults.lots));
+    const QCommandLineOption logs(QStringLiteral("staemme"), QStringLiteral("Stämme"), QStringLiteral("N"), QString::number(defaults.logs));
+    const QCommandLineOption poles(QStringLiteral("pfaehle"), QStringLiteral("Pfähle"), QStringLiteral("N"), QString::number(defaults.poles));
+    const QCommandLineOption stacks(QStringLiteral("schichtholz"), QStringLiteral("Schichtholz-Sektionen"), QStringLiteral("N"), QString::number(defaults.stacks));
+    const QCommandLineOption seed(QStringLiteral("seed"), QStringLiteral("Startwert des Zufalls"), QStringLiteral("N"), QString::number(defaults.seed));
+    const QCommandLineOption generateOnly(QStringLiteral("nur-erzeugen"), QStringLiteral("nur den Datenordner erzeugen"));
+    const QCommandLineOption desktop(QStringLiteral("desktop"), QStringLiteral("Programmdatei für die Speichermessung"), QStringLiteral("PFAD"),
+                                     QCoreApplication::applicationDirPath() + QStringLiteral("/tarvik"));
+    parser.addOptions({data, harvests, lots, logs, poles, stacks, seed, generateOnly, desktop});
     parser.process(app);
 
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("TARVIK3.db"));
+    QTemporaryDir scratch;
+    const QString folder = parser.isSet(data) ? parser.value(data) : scratch.filePath(QStringLiteral("daten"));
+    const QString generated = QDir(folder).filePath(QLatin1String(DatabaseFileName));
+    if (!QFile::exists(generated)) {
+        bench::GeneratorSizes sizes{parser.value(harvests).toInt(), parser.value(lots).toInt(), parser.value(logs).toInt(),
+                                    parser.value(poles).toInt(), parser.value(stacks).toInt(), parser.value(seed).toUInt()};
+        const auto start = std::chrono::steady_clock::now();
+        bench::generate(folder, sizes, stderr);
+        std::printf("generated %d harvests, %d logs in %.1f s\n", sizes.harvests, sizes.logs,
+                    std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    }
+    if (parser.isSet(generateOnly))
+        return 0;
+
+    // The scenarios write; they run on a copy so the generated folder stays as it was.
+    const QString copyFolder = scratch.filePath(QStringLiteral("kopie"));
+    QDir().mkpath(copyFolder);
+    const QString path = QDir(copyFolder).filePath(QLatin1String(DatabaseFileName));
+    {
+        auto checkpoint = Database::openOrCreate(generated); // fold the write-ahead log into the file before copying
+        execSql(checkpoint->shared(), QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
+    }
+    QFile::copy(generated, path);
+
+    qint32 large = 0;
+    {
+        Session session(path);
+        MasterDataLookup masterData(session.database->shared());
+        QRandomGenerator random(parser.value(seed).toUInt());
+        large = bench::addLogHarvest(session.context(), masterData, LargeHarvestNumber, 10000, random);
+    }
+
     std::vector<bench::Result> results;
-    results.push_back(logStore(path, std::max(1000, parser.value(logs).toInt()), std::max(10, parser.value(runs).toInt())));
+    results.push_back(startScenario(path, 20));
+    results.push_back(timberListScenario(path, large, 10));
+    results.push_back(logStoreScenario(path, large, 10000, 1000));
+    const long desktopKb = desktopPeakKb(parser.value(desktop), folder);
     bench::report(results, bench::peakResidentKb());
+    if (desktopKb > 0)
+        std::printf("desktop program with the main list open: peak resident memory %ld kB\n", desktopKb);
     return 0;
 }

@@ -143,13 +143,13 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
         TransactionGuard guard(ctx.db);
         if (lotAnswer == LotAnswer::Create)
             createLot(ctx.db, harvestId, lot, QStringLiteral("Stämme"));
+        LogInserter inserter(ctx.db);
         if (girth) {
-            QSqlQuery insert = prepareSql(ctx.db, QStringLiteral("INSERT INTO \"Stämme\"(%1) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)").arg(LogColumns));
             for (qint32 i = 0; i < girthCount; ++i) {
                 const qint32 next = nextRunningNumber(ctx.db, ctx.settings, harvestId, lot, QString());
                 if (next > 999999)
                     throw StoreError(QStringLiteral("Die automatische Vergabe ist nicht möglich, weil die höchste mögliche laufende Nr. 999999 bereits vergeben ist."));
-                execPrepared(insert, rowValues(f, next, remark, harvestId));
+                inserter.insert(harvestId, f, next, remark);
                 result.lastNumber = next;
             }
             result.rows = girthCount;
@@ -161,8 +161,7 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
                     rowValues(f, number, remark, harvestId) + QVariantList{*editedId});
             result = {1, number};
         } else {
-            execSql(ctx.db, QStringLiteral("INSERT INTO \"Stämme\"(%1) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)").arg(LogColumns),
-                    rowValues(f, number, remark, harvestId));
+            inserter.insert(harvestId, f, number, remark);
             result = {1, number};
         }
         if (!girth)
@@ -176,6 +175,16 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
     if (girth)
         ctx.prompter.inform(QStringLiteral("Die %1 Stämme wurden gebucht!").arg(girthCount));
     return result;
+}
+
+LogInserter::LogInserter(const QSqlDatabase& db)
+    : m_insert(prepareSql(db, QStringLiteral("INSERT INTO \"Stämme\"(%1) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)").arg(LogColumns)))
+{
+}
+
+void LogInserter::insert(qint32 harvestId, const LogForm& f, qint32 runningNumber, const QString& remark)
+{
+    execPrepared(m_insert, rowValues(f, runningNumber, remark, harvestId));
 }
 
 LogForm loadLog(const QSqlDatabase& db, qint32 id)

@@ -5,6 +5,8 @@
 #include "rules/pricing.h"
 #include "store/context.h"
 
+#include <QSqlQuery>
+
 #include <optional>
 
 namespace tarvik {
@@ -43,6 +45,17 @@ struct LogStoreResult {
 // nullopt when a check failed or an answer stopped it (the form keeps every value).
 std::optional<LogStoreResult> storeLog(const AppContext& context, MasterDataLookup& masterData, qint32 harvestId,
                                        LogForm& form, std::optional<qint32> editedId);
+
+// Inserts log rows with a form's recomputed values (no checks, no totals): the store above and
+// the bulk writers use it. The statement is prepared once per inserter.
+class LogInserter {
+public:
+    explicit LogInserter(const QSqlDatabase& db);
+    void insert(qint32 harvestId, const LogForm& form, qint32 runningNumber, const QString& remark);
+
+private:
+    QSqlQuery m_insert;
+};
 
 // The log of that ID as the window shows it (recomputed values are those stored).
 LogForm loadLog(const QSqlDatabase& db, qint32 id);
