@@ -164,12 +164,8 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
             inserter.insert(harvestId, f, number, remark);
             result = {1, number};
         }
-        if (!girth)
-            insertIntoLookupList(ctx.db, QStringLiteral("Liste_Bemerkungen"), remark);
-        recomputeTotals(ctx.db, harvestId, lot);
-        if (editedId && editedLot && *editedLot != lot)
-            recomputeTotals(ctx.db, harvestId, *editedLot); // the log left its old lot
-        recomputeSaleState(ctx.db, harvestId);
+        // The girth remark is generated, not the user's: it stays out of the remark list.
+        afterEntryStore(ctx.db, harvestId, lot, editedLot, girth ? QString() : remark);
         guard.commit();
     }
     if (girth)

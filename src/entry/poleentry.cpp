@@ -7,7 +7,6 @@
 #include "rules/poles.h"
 #include "store/records.h"
 #include "store/sql.h"
-#include "store/totals.h"
 
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -73,24 +72,11 @@ bool storePole(const AppContext& ctx, qint32 harvestId, PoleForm& f, std::option
     const QVariantList values{lot, f.species.trimmed(), toShort(readNumber(f.diameter)), readNumber(f.length),
                               toLong(readNumber(f.count)), f.poleClass, currencyValue(readNumber(f.pricePerPiece)),
                               currencyValue(rowPrice(f)), f.remark.trimmed(), harvestId};
-    std::optional<qint32> oldLot;
-    if (editedId) {
-        oldLot = scalar(ctx.db, QStringLiteral("SELECT \"Los_Nr\" FROM \"Pfähle\" WHERE \"ID\" = ?"), {*editedId}).toInt();
-        execSql(ctx.db, QStringLiteral("UPDATE \"Pfähle\" SET \"Los_Nr\" = ?, \"Baumart\" = ?, \"Stärke_mR\" = ?, \"Länge_m\" = ?, "
-                                       "\"Anzahl\" = ?, \"Stärkeklasse\" = ?, \"Preis_je_Stück\" = ?, \"Preis_berechnet\" = ?, "
-                                       "\"Bemerkung\" = ?, \"Kennung\" = ? WHERE \"ID\" = ?"),
-                values + QVariantList{*editedId});
-    } else {
-        execSql(ctx.db, QStringLiteral("INSERT INTO \"Pfähle\"(\"Los_Nr\", \"Baumart\", \"Stärke_mR\", \"Länge_m\", \"Anzahl\", "
-                                       "\"Stärkeklasse\", \"Preis_je_Stück\", \"Preis_berechnet\", \"Bemerkung\", \"Kennung\") "
-                                       "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-                values);
-    }
-    insertIntoLookupList(ctx.db, QStringLiteral("Liste_Bemerkungen"), f.remark.trimmed());
-    recomputeTotals(ctx.db, harvestId, lot);
-    if (oldLot && *oldLot != lot)
-        recomputeTotals(ctx.db, harvestId, *oldLot);
-    recomputeSaleState(ctx.db, harvestId);
+    const std::optional<qint32> leftLot = writeEntryRow(
+        ctx.db, QStringLiteral("Pfähle"),
+        QString::fromUtf8("Los_Nr Baumart Stärke_mR Länge_m Anzahl Stärkeklasse Preis_je_Stück Preis_berechnet Bemerkung Kennung").split(u' '),
+        values, editedId);
+    afterEntryStore(ctx.db, harvestId, lot, leftLot, f.remark.trimmed());
     guard.commit();
     return true;
 }

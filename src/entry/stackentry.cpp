@@ -6,7 +6,6 @@
 #include "rules/masterdatalookup.h"
 #include "store/records.h"
 #include "store/sql.h"
-#include "store/totals.h"
 
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -104,25 +103,12 @@ bool storeStack(const AppContext& ctx, qint32 harvestId, StackForm& f, std::opti
     const QVariantList values{lot, section, f.species.trimmed(), toShort(readNumber(f.diameter)), readNumber(f.length),
                               readNumber(f.depth), readNumber(f.height), f.stackClass, readNumber(f.m3), readNumber(f.efm),
                               currencyValue(readNumber(f.pricePerSter)), currencyValue(rowPrice(f)), f.remark.trimmed(), harvestId};
-    std::optional<qint32> oldLot;
-    if (editedId) {
-        oldLot = scalar(ctx.db, QStringLiteral("SELECT \"Los_Nr\" FROM \"Schichtholz\" WHERE \"ID\" = ?"), {*editedId}).toInt();
-        execSql(ctx.db, QStringLiteral("UPDATE \"Schichtholz\" SET \"Los_Nr\" = ?, \"Sektions_Nr\" = ?, \"Baumart\" = ?, \"Stärke\" = ?, "
-                                       "\"Sektionslänge_m\" = ?, \"Sektionstiefe_m\" = ?, \"Sektionshöhe_m\" = ?, \"Stärkeklasse\" = ?, "
-                                       "\"m3\" = ?, \"Efm\" = ?, \"Preis_je_Ster\" = ?, \"Preis_berechnet\" = ?, \"Bemerkung\" = ?, "
-                                       "\"Kennung\" = ? WHERE \"ID\" = ?"),
-                values + QVariantList{*editedId});
-    } else {
-        execSql(ctx.db, QStringLiteral("INSERT INTO \"Schichtholz\"(\"Los_Nr\", \"Sektions_Nr\", \"Baumart\", \"Stärke\", \"Sektionslänge_m\", "
-                                       "\"Sektionstiefe_m\", \"Sektionshöhe_m\", \"Stärkeklasse\", \"m3\", \"Efm\", \"Preis_je_Ster\", "
-                                       "\"Preis_berechnet\", \"Bemerkung\", \"Kennung\") VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-                values);
-    }
-    insertIntoLookupList(ctx.db, QStringLiteral("Liste_Bemerkungen"), f.remark.trimmed());
-    recomputeTotals(ctx.db, harvestId, lot);
-    if (oldLot && *oldLot != lot)
-        recomputeTotals(ctx.db, harvestId, *oldLot);
-    recomputeSaleState(ctx.db, harvestId);
+    const std::optional<qint32> leftLot = writeEntryRow(
+        ctx.db, QStringLiteral("Schichtholz"),
+        QString::fromUtf8("Los_Nr Sektions_Nr Baumart Stärke Sektionslänge_m Sektionstiefe_m Sektionshöhe_m Stärkeklasse m3 Efm "
+                          "Preis_je_Ster Preis_berechnet Bemerkung Kennung").split(u' '),
+        values, editedId);
+    afterEntryStore(ctx.db, harvestId, lot, leftLot, f.remark.trimmed());
     guard.commit();
     return true;
 }

@@ -9,6 +9,7 @@
 #include "entry/ui/lotdialog.h"
 #include "store/sql.h"
 #include "support/tempdatafolder.h"
+#include "support/widgets.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -20,23 +21,12 @@
 #include <QTableView>
 
 using namespace tarvik;
+using test::child;
+using test::typeInto;
 
 class TestTypicalEvent : public QObject {
     Q_OBJECT
 
-    template <typename T>
-    static T* child(QWidget& w, const char* name)
-    {
-        T* c = w.findChild<T*>(QString::fromUtf8(name));
-        if (!c)
-            qFatal("no control %s", name);
-        return c;
-    }
-    static void type(QLineEdit* edit, const QString& text)
-    {
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-    }
 
 private slots:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
@@ -71,18 +61,18 @@ private slots:
         auto* next = child<QPushButton>(logWindow, "okn_chster");
         const std::pair<const char*, const char*> logs[] = {{"4,5", "35"}, {"10", "55"}, {"5", "28"}, {"4", "22"}};
         for (const auto& [length, diameter] : logs) {
-            type(logWindow.field(2), QString::fromUtf8(length));
-            type(logWindow.field(1), QString::fromUtf8(diameter));
+            typeInto(logWindow.field(2), QString::fromUtf8(length));
+            typeInto(logWindow.field(1), QString::fromUtf8(diameter));
             next->click();
         }
-        type(logWindow.field(0), QStringLiteral("2"));
-        type(logWindow.field(2), QStringLiteral("6"));
-        type(logWindow.field(1), QStringLiteral("30"));
+        typeInto(logWindow.field(0), QStringLiteral("2"));
+        typeInto(logWindow.field(2), QStringLiteral("6"));
+        typeInto(logWindow.field(1), QStringLiteral("30"));
         prompter.answerNo(); // number 2 again: booked twice
         next->click();
-        type(logWindow.field(2), QStringLiteral("3"));
-        type(logWindow.field(1), QStringLiteral("18"));
-        type(logWindow.field(8), QStringLiteral("5"));
+        typeInto(logWindow.field(2), QStringLiteral("3"));
+        typeInto(logWindow.field(1), QStringLiteral("18"));
+        typeInto(logWindow.field(8), QStringLiteral("5"));
         prompter.answerYes();
         next->click();
         QCOMPARE(logWindow.storedRows(), 10);

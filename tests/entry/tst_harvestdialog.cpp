@@ -3,6 +3,7 @@
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
+#include "support/widgets.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -11,6 +12,8 @@
 #include <QPushButton>
 
 using namespace tarvik;
+using test::child;
+using test::typeInto;
 
 class TestHarvestDialog : public QObject {
     Q_OBJECT
@@ -23,14 +26,6 @@ class TestHarvestDialog : public QObject {
     AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
     QSqlDatabase db() const { return m_db->shared(); }
 
-    template <typename T>
-    static T* child(QDialog& d, const char* name)
-    {
-        T* w = d.findChild<T*>(QString::fromUtf8(name));
-        if (!w)
-            qFatal("no control %s", name);
-        return w;
-    }
     static void type(QDialog& d, const char* name, const QString& text) { child<QLineEdit>(d, name)->setText(text); }
     static void choose(QDialog& d, const char* name, const QString& text) { child<QComboBox>(d, name)->setEditText(text); }
     static void press(QDialog& d, const char* name) { child<QPushButton>(d, name)->click(); }

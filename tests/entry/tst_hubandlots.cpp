@@ -7,6 +7,7 @@
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
+#include "support/widgets.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -19,6 +20,8 @@
 #include <QTableView>
 
 using namespace tarvik;
+using test::child;
+using test::typeInto;
 
 class TestHubAndLots : public QObject {
     Q_OBJECT
@@ -34,14 +37,6 @@ class TestHubAndLots : public QObject {
     QString value(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toString(); }
     qint32 idOf(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toInt(); }
 
-    template <typename T>
-    static T* child(QDialog& d, const char* name)
-    {
-        T* w = d.findChild<T*>(QString::fromUtf8(name));
-        if (!w)
-            qFatal("no control %s", name);
-        return w;
-    }
 
 private slots:
     void init()

@@ -5,6 +5,7 @@
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
+#include "support/widgets.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -16,6 +17,8 @@
 #include <QTableView>
 
 using namespace tarvik;
+using test::child;
+using test::typeInto;
 
 class TestLogDialog : public QObject {
     Q_OBJECT
@@ -31,23 +34,10 @@ class TestLogDialog : public QObject {
     QString value(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toString(); }
 
     static QLineEdit* tz(LogDialog& d, int i) { return d.field(i); }
-    static void type(QLineEdit* edit, const QString& text)
-    {
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-    }
-    template <typename T>
-    static T* child(QDialog& d, const QString& name)
-    {
-        T* w = d.findChild<T*>(name);
-        if (!w)
-            qFatal("no control %s", qPrintable(name));
-        return w;
-    }
     static void typeLog(LogDialog& d, const QString& length, const QString& diameter)
     {
-        type(tz(d, 2), length);
-        type(tz(d, 1), diameter);
+        typeInto(tz(d, 2), length);
+        typeInto(tz(d, 1), diameter);
     }
 
 private slots:
@@ -67,16 +57,16 @@ private slots:
         LogDialog d(context(), m_harvest, std::nullopt, 1);
         d.show();
         QCOMPARE(tz(d, 0)->text(), QStringLiteral("1"));
-        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
-        child<QComboBox>(d, QStringLiteral("kom(2)"))->setEditText(QStringLiteral("B"));
+        child<QComboBox>(d, ("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, ("kom(2)"))->setEditText(QStringLiteral("B"));
         typeLog(d, QStringLiteral("4,5"), QStringLiteral("35"));
         QCOMPARE(tz(d, 4)->text(), QStringLiteral("2"));
         QCOMPARE(tz(d, 5)->text(), QStringLiteral("33"));
         QCOMPARE(tz(d, 6)->text(), QStringLiteral("0,385"));
-        QCOMPARE(child<QComboBox>(d, QStringLiteral("kom(3)"))->currentText(), QStringLiteral("L3a"));
+        QCOMPARE(child<QComboBox>(d, ("kom(3)"))->currentText(), QStringLiteral("L3a"));
         QCOMPARE(tz(d, 14)->text(), QStringLiteral("8,86")); // 23 × 0,385 Efm at index 100
-        child<QRadioButton>(d, QStringLiteral("optirinde(1)"))->click();
-        type(tz(d, 4), QStringLiteral("5"));
+        child<QRadioButton>(d, ("optirinde(1)"))->click();
+        typeInto(tz(d, 4), QStringLiteral("5"));
         QCOMPARE(tz(d, 5)->text(), QStringLiteral("30"));
     }
 
@@ -84,9 +74,9 @@ private slots:
     {
         LogDialog d(context(), m_harvest, std::nullopt, 1);
         d.show();
-        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
-        child<QComboBox>(d, QStringLiteral("kom(2)"))->setEditText(QStringLiteral("B"));
-        auto* next = child<QPushButton>(d, QStringLiteral("okn_chster"));
+        child<QComboBox>(d, ("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, ("kom(2)"))->setEditText(QStringLiteral("B"));
+        auto* next = child<QPushButton>(d, ("okn_chster"));
         const std::pair<const char*, const char*> logs[] = {{"4,5", "35"}, {"10", "55"}, {"5", "28"}, {"4", "22"}};
         for (const auto& [length, diameter] : logs) {
             typeLog(d, QString::fromUtf8(length), QString::fromUtf8(diameter));
@@ -96,7 +86,7 @@ private slots:
         QVERIFY(m_prompter.messages().isEmpty());
 
         // Number 1 again: answered No, the log is booked a second time under 1 (a forked log).
-        type(tz(d, 0), QStringLiteral("1"));
+        typeInto(tz(d, 0), QStringLiteral("1"));
         typeLog(d, QStringLiteral("6"), QStringLiteral("30"));
         m_prompter.answerNo();
         next->click();
@@ -104,7 +94,7 @@ private slots:
 
         // A girth measurement of 5 logs takes the next free numbers.
         typeLog(d, QStringLiteral("3"), QStringLiteral("18"));
-        type(tz(d, 8), QStringLiteral("5"));
+        typeInto(tz(d, 8), QStringLiteral("5"));
         m_prompter.answerYes();
         next->click();
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die 5 Stämme wurden gebucht!"));
@@ -120,8 +110,8 @@ private slots:
         QCOMPARE(value(QStringLiteral("SELECT Anzahl_Stämme || '/' || Efm_oR FROM Lose WHERE Kennung = ?")), QStringLiteral("10/") + efm);
         QCOMPARE(value(QStringLiteral("SELECT Stämme_Anzahl || '/' || Stämme_Efm || '/' || Anzahl_Lose FROM Hiebe WHERE ID = ?")),
                  QStringLiteral("10/") + efm + QStringLiteral("/1"));
-        QCOMPARE(child<QTableView>(d, QStringLiteral("gridli"))->model()->rowCount(), 10);
-        QVERIFY(child<QLabel>(d, QStringLiteral("bezsumme"))->text().startsWith(QStringLiteral("Gesamt: 10 Stämme mit ")));
+        QCOMPARE(child<QTableView>(d, ("gridli"))->model()->rowCount(), 10);
+        QVERIFY(child<QLabel>(d, ("bezsumme"))->text().startsWith(QStringLiteral("Gesamt: 10 Stämme mit ")));
     }
 
     void refusals_data()
@@ -148,11 +138,11 @@ private slots:
         QFETCH(QString, reason);
         LogDialog d(context(), m_harvest, std::nullopt, 1);
         d.show();
-        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(species);
+        child<QComboBox>(d, ("kom(1)"))->setEditText(species);
         typeLog(d, length, diameter);
-        type(tz(d, 3), top);
-        type(tz(d, 8), girth);
-        child<QPushButton>(d, QStringLiteral("ok"))->click();
+        typeInto(tz(d, 3), top);
+        typeInto(tz(d, 8), girth);
+        child<QPushButton>(d, ("ok"))->click();
         QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n") + reason});
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ?")), QStringLiteral("0"));
         QCOMPARE(tz(d, 2)->text(), length); // every typed value stays
@@ -163,9 +153,9 @@ private slots:
         createLot(db(), m_harvest, 2, QStringLiteral("Pfähle"));
         LogDialog d(context(), m_harvest, std::nullopt, 2);
         d.show();
-        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, ("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
         typeLog(d, QStringLiteral("4"), QStringLiteral("30"));
-        child<QPushButton>(d, QStringLiteral("ok"))->click();
+        child<QPushButton>(d, ("ok"))->click();
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n"
                                                               "...das Los 2 bereits mit der Sortierung Pfähle eingetragen ist."));
     }
@@ -174,14 +164,14 @@ private slots:
     {
         LogDialog d(context(), m_harvest, std::nullopt, std::nullopt);
         d.show();
-        child<QComboBox>(d, QStringLiteral("kom(0)"))->setEditText(QStringLiteral("7"));
-        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(QStringLiteral("BU (Rotbuche)"));
+        child<QComboBox>(d, ("kom(0)"))->setEditText(QStringLiteral("7"));
+        child<QComboBox>(d, ("kom(1)"))->setEditText(QStringLiteral("BU (Rotbuche)"));
         typeLog(d, QStringLiteral("4"), QStringLiteral("30"));
         m_prompter.answerNo();
-        child<QPushButton>(d, QStringLiteral("ok"))->click();
+        child<QPushButton>(d, ("ok"))->click();
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe wurde nicht gespeichert!"));
         m_prompter.answerYes();
-        child<QPushButton>(d, QStringLiteral("ok"))->click();
+        child<QPushButton>(d, ("ok"))->click();
         QCOMPARE(m_prompter.questions().last(), QStringLiteral("Die Los_Nr 7 existiert noch nicht. Soll diese jetzt angelegt werden?"));
         QCOMPARE(value(QStringLiteral("SELECT Sortierung || Anzahl_Stämme FROM Lose WHERE Kennung = ? AND Los_Nr = 7")), QStringLiteral("Stämme1"));
     }
@@ -204,11 +194,11 @@ private slots:
         execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Kennung) VALUES (1, 999998, ?)"), {m_harvest});
         LogDialog d(context(), m_harvest, std::nullopt, 1);
         d.show();
-        child<QComboBox>(d, QStringLiteral("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, ("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
         typeLog(d, QStringLiteral("3"), QStringLiteral("18"));
-        type(tz(d, 8), QStringLiteral("3"));
+        typeInto(tz(d, 8), QStringLiteral("3"));
         m_prompter.answerYes();
-        child<QPushButton>(d, QStringLiteral("ok"))->click();
+        child<QPushButton>(d, ("ok"))->click();
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ?")), QStringLiteral("1"));
         QVERIFY(m_prompter.messages().last().contains(QStringLiteral("999999")));
     }

@@ -6,6 +6,7 @@
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
+#include "support/widgets.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -13,6 +14,8 @@
 #include <QPushButton>
 
 using namespace tarvik;
+using test::child;
+using test::typeInto;
 
 class TestPolesAndStacks : public QObject {
     Q_OBJECT
@@ -27,19 +30,6 @@ class TestPolesAndStacks : public QObject {
     QSqlDatabase db() const { return m_db->shared(); }
     QString value(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toString(); }
 
-    static void type(QLineEdit* edit, const QString& text)
-    {
-        edit->selectAll();
-        QTest::keyClicks(edit, text);
-    }
-    template <typename T>
-    static T* child(QDialog& d, const char* name)
-    {
-        T* w = d.findChild<T*>(QString::fromUtf8(name));
-        if (!w)
-            qFatal("no control %s", name);
-        return w;
-    }
     static void setLotAndSpecies(QDialog& d, const QString& lot, const QString& species)
     {
         child<QComboBox>(d, "kom(0)")->setEditText(lot);
@@ -68,11 +58,11 @@ private slots:
         PoleDialog d(context(), m_harvest, std::nullopt);
         d.show();
         setLotAndSpecies(d, QStringLiteral("3"), QStringLiteral("FI (Fichte)"));
-        type(d.field(0), QStringLiteral("8"));
-        type(d.field(1), QStringLiteral("8"));
+        typeInto(d.field(0), QStringLiteral("8"));
+        typeInto(d.field(1), QStringLiteral("8"));
         QCOMPARE(child<QComboBox>(d, "kom(2)")->currentText(), QStringLiteral("P2.11"));
         QCOMPARE(d.field(3)->text(), QStringLiteral("2,50"));
-        type(d.field(2), QStringLiteral("10"));
+        typeInto(d.field(2), QStringLiteral("10"));
         QCOMPARE(d.field(4)->text(), QStringLiteral("25,00"));
         m_prompter.answerYes(); // lot 3 is new
         child<QPushButton>(d, "ok")->click();
@@ -106,9 +96,9 @@ private slots:
         PoleDialog d(context(), m_harvest, std::nullopt);
         d.show();
         setLotAndSpecies(d, lot, QStringLiteral("FI (Fichte)"));
-        type(d.field(0), diameter);
-        type(d.field(1), length);
-        type(d.field(2), count);
+        typeInto(d.field(0), diameter);
+        typeInto(d.field(1), length);
+        typeInto(d.field(2), count);
         child<QPushButton>(d, "ok")->click();
         QCOMPARE(m_prompter.messages(), QStringList{refusal("") + reason});
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Pfähle WHERE Kennung = ?")), QStringLiteral("0"));
@@ -131,10 +121,10 @@ private slots:
         d.show();
         child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("BU (Rotbuche)"));
         QCOMPARE(d.field(0)->text(), QStringLiteral("1"));
-        type(d.field(1), QStringLiteral("8"));
-        type(d.field(2), QStringLiteral("10"));
-        type(d.field(3), QStringLiteral("2"));
-        type(d.field(4), QStringLiteral("1,5"));
+        typeInto(d.field(1), QStringLiteral("8"));
+        typeInto(d.field(2), QStringLiteral("10"));
+        typeInto(d.field(3), QStringLiteral("2"));
+        typeInto(d.field(4), QStringLiteral("1,5"));
         QCOMPARE(d.field(5)->text(), QStringLiteral("30,000"));
         QTEST(d.field(6)->text(), "efm");
         QCOMPARE(child<QComboBox>(d, "kom(2)")->currentText(), QStringLiteral("S2.1"));
@@ -156,10 +146,10 @@ private slots:
         StackDialog d(context(), m_harvest, std::nullopt, 2);
         d.show();
         child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("BU (Rotbuche)"));
-        type(d.field(0), QStringLiteral("1"));
-        type(d.field(1), QStringLiteral("8"));
+        typeInto(d.field(0), QStringLiteral("1"));
+        typeInto(d.field(1), QStringLiteral("8"));
         for (int i : {2, 3, 4})
-            type(d.field(i), QStringLiteral("1"));
+            typeInto(d.field(i), QStringLiteral("1"));
         m_prompter.answerNo();
         child<QPushButton>(d, "okn_chster")->click();
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe wurde nicht gespeichert!"));
@@ -180,9 +170,9 @@ private slots:
         StackDialog d(context(), m_harvest, std::nullopt, 2);
         d.show();
         child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("BU (Rotbuche)"));
-        type(d.field(1), QStringLiteral("8"));
-        type(d.field(2), QStringLiteral("10"));
-        type(d.field(3), QStringLiteral("2"));
+        typeInto(d.field(1), QStringLiteral("8"));
+        typeInto(d.field(2), QStringLiteral("10"));
+        typeInto(d.field(3), QStringLiteral("2"));
         child<QPushButton>(d, "ok")->click();
         QCOMPARE(m_prompter.messages(), QStringList{refusal("...die Sektionslänge, Sektionstiefe und Sektionshöhe angegeben werden muß.")});
     }

@@ -2,6 +2,7 @@
 #include "common/textfile.h"
 #include "reports/ui/textoutputwindow.h"
 #include "support/tempdatafolder.h"
+#include "support/widgets.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -13,6 +14,8 @@
 #include <QRadioButton>
 
 using namespace tarvik;
+using test::child;
+using test::typeInto;
 
 class TestTextOutputWindow : public QObject {
     Q_OBJECT
@@ -23,14 +26,6 @@ class TestTextOutputWindow : public QObject {
     QSqlDatabase m_db;
 
     AppContext context() { return {m_db, m_settings, m_folder.path(), m_prompter, m_clock}; }
-    template <typename T>
-    static T* child(QDialog& d, const char* name)
-    {
-        T* w = d.findChild<T*>(QString::fromUtf8(name));
-        if (!w)
-            qFatal("no control %s", name);
-        return w;
-    }
 
 private slots:
     void init()

@@ -1,6 +1,7 @@
 // OF_Einstellungen driven through its controls, headless.
 #include "settings/ui/settingsdialog.h"
 #include "support/tempdatafolder.h"
+#include "support/widgets.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -11,6 +12,8 @@
 #include <QRadioButton>
 
 using namespace tarvik;
+using test::child;
+using test::typeInto;
 
 class TestSettingsDialog : public QObject {
     Q_OBJECT
@@ -18,14 +21,6 @@ class TestSettingsDialog : public QObject {
     test::TempDataFolder m_dir;
     QString path() const { return m_dir.filePath(QLatin1String(SettingsFileName)); }
 
-    template <typename T>
-    static T* child(QDialog& d, const char* name)
-    {
-        T* w = d.findChild<T*>(QString::fromUtf8(name));
-        if (!w)
-            qFatal("no control %s", name);
-        return w;
-    }
 
     static void typeInto(QLineEdit* edit, const QString& text)
     {
