@@ -73,6 +73,8 @@ std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const 
         return Refusal + QStringLiteral("...die Los-Nummer fehlt.");
     if (readNumber(f.laufendeNr) <= 0)
         return Refusal + QStringLiteral("...die Laufende Nummer fehlt.");
+    if (readNumber(f.laufendeNr) > 999999)
+        return Refusal + QStringLiteral("...die Laufende Nummer höchstens 999999 sein darf.");
     if (f.species.trimmed().isEmpty())
         return Refusal + QStringLiteral("...die Baumart fehlt.");
     if (readNumber(f.underBark) <= 0)

@@ -148,6 +148,19 @@ private slots:
         QCOMPARE(tz(d, 2)->text(), length); // every typed value stays
     }
 
+    void runningNumberAboveTheRange()
+    {
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        typeInto(tz(d, 0), QStringLiteral("1234567"));
+        QCOMPARE(tz(d, 0)->text(), QStringLiteral("123456")); // the field takes six digits
+        LogForm form;
+        form.losNr = QStringLiteral("1");
+        form.laufendeNr = QStringLiteral("1000000");
+        QCOMPARE(*checkLog(db(), m_harvest, form),
+                 QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n...die Laufende Nummer höchstens 999999 sein darf."));
+    }
+
     void lotOfAnotherAssortmentIsRefused()
     {
         createLot(db(), m_harvest, 2, QStringLiteral("Pfähle"));

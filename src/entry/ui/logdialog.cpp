@@ -117,7 +117,7 @@ void LogDialog::build()
         if (f.index == 1)
             addRow(QStringLiteral("Baumart"), list(1, 22));
     }
-    m_fields[0]->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,7}")), this));
+    m_fields[0]->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,6}")), this));
     addRow(QStringLiteral("Güteklasse"), list(2, 5));
     addRow(QStringLiteral("Stärkeklasse"), list(3, 6));
     addRow(QStringLiteral("Heilbronner Klasse"), list(4, 5));
