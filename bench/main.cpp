@@ -122,7 +122,7 @@ bench::Result startScenario(const QString& path, int runs)
             model.setQuery(QSqlQuery(harvestListSql(), db->listHandle()));
             while (model.canFetchMore())
                 model.fetchMore();
-            harvestStatistics(db->listHandle());
+            harvestStatistics(model);
         }
         std::fclose(devNull);
     });

@@ -130,7 +130,7 @@ int recomputeCommand(Session& session, const QStringList& args, const Io& io, Pr
         return Refused;
     if (!recomputeLotPrices(db, masterData, *harvestId, losNr, *prices, prompter))
         return Refused;
-    recomputeTotals(db, *harvestId);
+    recomputeTotals(db, *harvestId, losNr); // only this lot's logs changed
     recomputeSaleState(db, *harvestId);
     guard.commit();
     io.print(QStringLiteral("%1 von %2 Stämmen geändert.").arg(bark->changed).arg(bark->logs));

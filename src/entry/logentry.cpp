@@ -15,7 +15,6 @@
 namespace tarvik {
 namespace {
 
-const QString Refusal = QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n");
 
 bool runningNumberTaken(const QSqlDatabase& db, const Einstellungen& settings, qint32 harvestId, qint32 lotNr,
                         qint32 number, std::optional<qint32> editedId)
@@ -70,25 +69,25 @@ void recomputeLog(LogForm& f, MasterDataLookup& masterData)
 std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const LogForm& f)
 {
     if (readNumber(f.losNr) <= 0)
-        return Refusal + QStringLiteral("...die Los-Nummer fehlt.");
+        return inputRefusal(QStringLiteral("...die Los-Nummer fehlt."));
     if (readNumber(f.laufendeNr) <= 0)
-        return Refusal + QStringLiteral("...die Laufende Nummer fehlt.");
+        return inputRefusal(QStringLiteral("...die Laufende Nummer fehlt."));
     if (readNumber(f.laufendeNr) > 999999)
-        return Refusal + QStringLiteral("...die Laufende Nummer höchstens 999999 sein darf.");
+        return inputRefusal(QStringLiteral("...die Laufende Nummer höchstens 999999 sein darf."));
     if (f.species.trimmed().isEmpty())
-        return Refusal + QStringLiteral("...die Baumart fehlt.");
+        return inputRefusal(QStringLiteral("...die Baumart fehlt."));
     if (readNumber(f.underBark) <= 0)
-        return Refusal + QStringLiteral("...die Stärke ohne Rinde (Stamm-Mitte) größer als 0 sein muß.");
+        return inputRefusal(QStringLiteral("...die Stärke ohne Rinde (Stamm-Mitte) größer als 0 sein muß."));
     if (readNumber(f.length) <= 0)
-        return Refusal + QStringLiteral("...die Länge fehlt.");
+        return inputRefusal(QStringLiteral("...die Länge fehlt."));
     if (f.diameterClass.trimmed().isEmpty())
-        return Refusal + QStringLiteral("...die Stärkeklasse fehlt.");
+        return inputRefusal(QStringLiteral("...die Stärkeklasse fehlt."));
     if (readNumber(f.topDiameter) > 0 && readNumber(f.topDiameter) >= readNumber(f.measuredDiameter))
-        return Refusal + QStringLiteral("...der Zopfdurchmesser kleiner als die Stärke sein muß.");
+        return inputRefusal(QStringLiteral("...der Zopfdurchmesser kleiner als die Stärke sein muß."));
     if (!f.girthCount.trimmed().isEmpty() && readNumber(f.girthCount) <= 1)
-        return Refusal + QStringLiteral("...für die Mantelmessung mehr als 1 Stamm eingetragen werden muß.");
+        return inputRefusal(QStringLiteral("...für die Mantelmessung mehr als 1 Stamm eingetragen werden muß."));
     if (const auto other = otherAssortment(db, harvestId, toLong(readNumber(f.losNr)), QStringLiteral("Stämme")))
-        return Refusal + *other;
+        return inputRefusal(*other);
     return std::nullopt;
 }
 

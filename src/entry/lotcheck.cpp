@@ -7,6 +7,11 @@
 
 namespace tarvik {
 
+QString inputRefusal(const QString& reason)
+{
+    return QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n") + reason;
+}
+
 std::optional<QString> otherAssortment(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr, const QString& sorting)
 {
     const QVariant stored = scalar(db, QStringLiteral("SELECT \"Sortierung\" FROM \"Lose\" WHERE \"Los_Nr\" = ? AND \"Kennung\" = ? LIMIT 1"),

@@ -7,6 +7,9 @@
 
 namespace tarvik {
 
+// "Die Eingabe kann nicht übernommen werden, weil..." with two line breaks, then the reason.
+QString inputRefusal(const QString& reason);
+
 // "...das Los N bereits mit der Sortierung X eingetragen ist." when the lot holds another
 // assortment; nullopt when it holds this one or does not exist.
 std::optional<QString> otherAssortment(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr, const QString& sorting);

@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 #include "common/text.h"
+#include "entry/lotcheck.h"
 #include "common/textfile.h"
 #include "store/records.h"
 #include "store/sql.h"
@@ -15,7 +16,6 @@
 namespace tarvik {
 namespace {
 
-const QString Refusal = QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n");
 const QString Done = QStringLiteral("Änderung wurde durchgeführt!");
 
 QString pricesPath(const QString& dataFolder) { return QDir(dataFolder).filePath(QLatin1String(LotPriceDefaultsFile)); }
@@ -164,12 +164,12 @@ LotForm loadLot(const QSqlDatabase& db, qint32 id)
 std::optional<QString> checkLot(const QSqlDatabase& db, qint32 harvestId, const LotForm& f, bool isNew)
 {
     if (readNumber(f.losNr) <= 0)
-        return Refusal + QStringLiteral("...die Los-Nummer fehlt.");
+        return inputRefusal(QStringLiteral("...die Los-Nummer fehlt."));
     if (f.sortierung.trimmed().isEmpty())
-        return Refusal + QStringLiteral("...die Sortierung fehlt.");
+        return inputRefusal(QStringLiteral("...die Sortierung fehlt."));
     const qint32 lot = toLong(readNumber(f.losNr));
     if (isNew && scalar(db, QStringLiteral("SELECT 1 FROM \"Lose\" WHERE \"Los_Nr\" = ? AND \"Kennung\" = ? LIMIT 1"), {lot, harvestId}).isValid())
-        return Refusal + QStringLiteral("...die Los-Nummer %1 bereits existiert.").arg(lot);
+        return inputRefusal(QStringLiteral("...die Los-Nummer %1 bereits existiert.").arg(lot));
     return std::nullopt;
 }
 

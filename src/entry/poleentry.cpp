@@ -14,7 +14,6 @@
 namespace tarvik {
 namespace {
 
-const QString Refusal = QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n");
 
 float rowPrice(const PoleForm& f)
 {
@@ -39,19 +38,19 @@ void polePriceChanged(PoleForm& f) { f.price = formatDecimal(rowPrice(f), 2); }
 std::optional<QString> checkPole(const QSqlDatabase& db, qint32 harvestId, const PoleForm& f)
 {
     if (readNumber(f.losNr) <= 0)
-        return Refusal + QStringLiteral("...die Los-Nummer fehlt.");
+        return inputRefusal(QStringLiteral("...die Los-Nummer fehlt."));
     if (f.species.trimmed().isEmpty())
-        return Refusal + QStringLiteral("...die Baumart fehlt.");
+        return inputRefusal(QStringLiteral("...die Baumart fehlt."));
     if (readNumber(f.diameter) <= 0)
-        return Refusal + QStringLiteral("...die Stärke inkl. Rinde größer als 0 sein muß.");
+        return inputRefusal(QStringLiteral("...die Stärke inkl. Rinde größer als 0 sein muß."));
     if (readNumber(f.length) <= 0)
-        return Refusal + QStringLiteral("...die Länge fehlt.");
+        return inputRefusal(QStringLiteral("...die Länge fehlt."));
     if (readNumber(f.count) <= 0)
-        return Refusal + QStringLiteral("...die Anzahl Pfähle fehlt.");
+        return inputRefusal(QStringLiteral("...die Anzahl Pfähle fehlt."));
     if (f.poleClass.trimmed().isEmpty())
-        return Refusal + QStringLiteral("...die Stärkeklasse fehlt.");
+        return inputRefusal(QStringLiteral("...die Stärkeklasse fehlt."));
     if (const auto other = otherAssortment(db, harvestId, toLong(readNumber(f.losNr)), QStringLiteral("Pfähle")))
-        return Refusal + *other;
+        return inputRefusal(*other);
     return std::nullopt;
 }
 

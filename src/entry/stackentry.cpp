@@ -13,7 +13,6 @@
 namespace tarvik {
 namespace {
 
-const QString Refusal = QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n");
 
 float rowPrice(const StackForm& f)
 {
@@ -55,19 +54,19 @@ void stackPriceChanged(StackForm& f) { f.price = formatDecimal(rowPrice(f), 2); 
 std::optional<QString> checkStack(const QSqlDatabase& db, qint32 harvestId, const StackForm& f)
 {
     if (readNumber(f.losNr) <= 0)
-        return Refusal + QStringLiteral("...die Los-Nummer fehlt.");
+        return inputRefusal(QStringLiteral("...die Los-Nummer fehlt."));
     if (readNumber(f.sectionNr) <= 0)
-        return Refusal + QStringLiteral("...die Sektions-Nummer fehlt.");
+        return inputRefusal(QStringLiteral("...die Sektions-Nummer fehlt."));
     if (f.species.trimmed().isEmpty())
-        return Refusal + QStringLiteral("...die Baumart fehlt.");
+        return inputRefusal(QStringLiteral("...die Baumart fehlt."));
     if (readNumber(f.diameter) <= 0)
-        return Refusal + QStringLiteral("...die durchschnittliche Stärke fehlt.");
+        return inputRefusal(QStringLiteral("...die durchschnittliche Stärke fehlt."));
     if (readNumber(f.length) <= 0 || readNumber(f.depth) <= 0 || readNumber(f.height) <= 0)
-        return Refusal + QStringLiteral("...die Sektionslänge, Sektionstiefe und Sektionshöhe angegeben werden muß.");
+        return inputRefusal(QStringLiteral("...die Sektionslänge, Sektionstiefe und Sektionshöhe angegeben werden muß."));
     if (f.stackClass.trimmed().isEmpty())
-        return Refusal + QStringLiteral("...die Stärkeklasse fehlt.");
+        return inputRefusal(QStringLiteral("...die Stärkeklasse fehlt."));
     if (const auto other = otherAssortment(db, harvestId, toLong(readNumber(f.losNr)), QStringLiteral("Schichtholz")))
-        return Refusal + *other;
+        return inputRefusal(*other);
     return std::nullopt;
 }
 

@@ -91,6 +91,21 @@ QList<QVariant> logLots(Report& r)
     return lots;
 }
 
+// Runs the figures over the lot's logs grouped by the given columns (none: the lot as a whole)
+// and hands each row to `line`, with the number of grouping columns before the figures.
+void forEachGroup(Report& r, const QVariant& lot, const QString& grouping, const QString& figures,
+                  const std::function<void(const QSqlQuery&, int)>& line)
+{
+    const int keys = grouping.isEmpty() ? 0 : int(grouping.count(u',')) + 1;
+    QString sql = QStringLiteral("SELECT %1%2 FROM Stämme WHERE Kennung = ? AND Los_Nr = ?")
+                      .arg(grouping.isEmpty() ? QString() : grouping + QStringLiteral(", "), figures);
+    if (!grouping.isEmpty())
+        sql += QStringLiteral(" GROUP BY %1 ORDER BY %1").arg(grouping);
+    QSqlQuery q = r.query(sql, {lot});
+    while (q.next())
+        line(q, keys);
+}
+
 void timberListOfLot(Report& r, const QVariant& lot, double lotEfm)
 {
     r.blank();
@@ -107,17 +122,11 @@ void timberListOfLot(Report& r, const QVariant& lot, double lotEfm)
         {QString(), [](const QSqlQuery&) { return left(QStringLiteral("Gesamt"), 36); }},
     };
     for (const auto& [grouping, lead] : groups) {
-        const int keys = grouping.isEmpty() ? 0 : int(grouping.count(u',')) + 1;
-        QString sql = QStringLiteral("SELECT %1%2 FROM Stämme WHERE Kennung = ? AND Los_Nr = ?")
-                          .arg(grouping.isEmpty() ? QString() : grouping + QStringLiteral(", "), figures);
-        if (!grouping.isEmpty())
-            sql += QStringLiteral(" GROUP BY %1 ORDER BY %1").arg(grouping);
-        QSqlQuery q = r.query(sql, {lot});
-        while (q.next()) {
+        forEachGroup(r, lot, grouping, figures, [&, lead = lead](const QSqlQuery& q, int keys) {
             const double efm = readNumber(q.value(keys + 1));
             r.add(lead(q) + right(decimals(q.value(keys + 1), 3), 8) + right(text(q.value(keys)), 7) +
                   right(decimals(q.value(keys + 2), 1), 6) + share(efm, lotEfm) + right(decimals(q.value(keys + 3), 2), 9));
-        }
+        });
     }
 }
 
@@ -133,14 +142,9 @@ void distributionOfLot(Report& r, const QVariant& lot, double lotEfm)
         {QString(), [](const QSqlQuery&) { return left(QStringLiteral("Gesamt"), 12); }, 9},
     };
     for (const auto& [grouping, lead, width] : groups) {
-        const int keys = grouping.isEmpty() ? 0 : int(grouping.count(u',')) + 1;
-        QString sql = QStringLiteral("SELECT %1sum(Efm_oR) FROM Stämme WHERE Kennung = ? AND Los_Nr = ?")
-                          .arg(grouping.isEmpty() ? QString() : grouping + QStringLiteral(", "));
-        if (!grouping.isEmpty())
-            sql += QStringLiteral(" GROUP BY %1 ORDER BY %1").arg(grouping);
-        QSqlQuery q = r.query(sql, {lot});
-        while (q.next())
+        forEachGroup(r, lot, grouping, QStringLiteral("sum(Efm_oR)"), [&, lead = lead, width = width](const QSqlQuery& q, int keys) {
             r.add(lead(q) + right(decimals(q.value(keys), 3), width) + share(readNumber(q.value(keys)), lotEfm));
+        });
     }
 }
 

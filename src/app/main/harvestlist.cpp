@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QSqlQuery>
+#include <QSqlRecord>
 
 namespace tarvik {
 namespace {
@@ -51,20 +52,22 @@ QString HarvestStatistics::text() const
              formatDecimal(stackedEfm, 3));
 }
 
-HarvestStatistics harvestStatistics(const QSqlDatabase& db)
+HarvestStatistics harvestStatistics(const QSqlQueryModel& list)
 {
     HarvestStatistics s;
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT \"Anzahl_Lose\", \"Hiebfläche\", \"Stämme_Anzahl\", \"Stämme_Efm\", "
-                                             "\"Pfähle_Anzahl\", \"Schichtholz_m3\", \"Schichtholz_Efm\" FROM \"Hiebe\""));
-    while (q.next()) {
-        s.lots += readNumber(q.value(0));
-        s.area += readNumber(q.value(1));
-        s.logs += readNumber(q.value(2));
-        s.logEfm += readNumber(q.value(3));
-        s.poles += readNumber(q.value(4));
-        s.stackedM3 += readNumber(q.value(5));
-        s.stackedEfm += readNumber(q.value(6));
-    }
+    const QSqlRecord columns = list.record();
+    auto sum = [&](double& total, const char* column) {
+        const int c = columns.indexOf(QString::fromUtf8(column));
+        for (int row = 0; row < list.rowCount(); ++row)
+            total += readNumber(list.data(list.index(row, c), Qt::EditRole));
+    };
+    sum(s.lots, "Anzahl_Lose");
+    sum(s.area, "Hiebfläche");
+    sum(s.logs, "Stämme_Anzahl");
+    sum(s.logEfm, "Stämme_Efm");
+    sum(s.poles, "Pfähle_Anzahl");
+    sum(s.stackedM3, "Schichtholz_m3");
+    sum(s.stackedEfm, "Schichtholz_Efm");
     return s;
 }
 

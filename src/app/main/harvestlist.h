@@ -2,6 +2,7 @@
 // The harvest list of the main window: its source, its statistics line, and the text form
 // the command line prints.
 #include <QSqlDatabase>
+#include <QSqlQueryModel>
 #include <QString>
 #include <QStringList>
 
@@ -17,7 +18,8 @@ struct HarvestStatistics {
     QString text() const; // the line `bezstati` shows
 };
 
-HarvestStatistics harvestStatistics(const QSqlDatabase& db);
+// Sums over the rows the list has fetched: no second query over the harvests.
+HarvestStatistics harvestStatistics(const QSqlQueryModel& list);
 
 // How the list shows a column's value: dates as "dd.mm.yyyy", area and volumes with fixed
 // decimals and a decimal comma, texts as they stand.

@@ -266,7 +266,7 @@ void MainWindow::refill()
     QApplication::setOverrideCursor(Qt::WaitCursor);
     try {
         m_model->refill(m_session.database->listHandle());
-        m_statistics->setText(harvestStatistics(m_session.database->listHandle()).text());
+        m_statistics->setText(harvestStatistics(*m_model).text());
     } catch (const StoreError& error) {
         QApplication::restoreOverrideCursor();
         m_prompter.inform(error.message(), Prompter::Icon::Critical);

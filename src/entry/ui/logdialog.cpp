@@ -449,9 +449,10 @@ void LogDialog::onOkNext()
 void LogDialog::onBarkRecompute()
 {
     try {
-        recomputeLotBark(m_context.db, m_masterData, m_harvestId, lotNumber(),
-                         static_cast<BarkMode>(std::max(0, m_barkModes->checkedId())), read().prices, m_context.prompter);
-        recomputeTotals(m_context.db, m_harvestId);
+        // The totals follow a recompute that ran; only the recomputed lot changed.
+        if (recomputeLotBark(m_context.db, m_masterData, m_harvestId, lotNumber(),
+                             static_cast<BarkMode>(std::max(0, m_barkModes->checkedId())), read().prices, m_context.prompter))
+            recomputeTotals(m_context.db, m_harvestId, lotNumber());
     } catch (const StoreError& error) {
         m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
     }
@@ -461,8 +462,8 @@ void LogDialog::onBarkRecompute()
 void LogDialog::onPriceRecompute()
 {
     try {
-        recomputeLotPrices(m_context.db, m_masterData, m_harvestId, lotNumber(), read().prices, m_context.prompter);
-        recomputeTotals(m_context.db, m_harvestId);
+        if (recomputeLotPrices(m_context.db, m_masterData, m_harvestId, lotNumber(), read().prices, m_context.prompter))
+            recomputeTotals(m_context.db, m_harvestId, lotNumber());
     } catch (const StoreError& error) {
         m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
     }

@@ -340,9 +340,9 @@ void LotDialog::onRecomputePrices()
     const double lot = readNumber(m_combos[QStringLiteral("kom(0)")]->currentText());
     try {
         MasterDataLookup masterData(m_context.db);
-        if (recomputeLotPrices(m_context.db, masterData, m_harvestId, lot > 0 ? std::optional<qint32>(toLong(lot)) : std::nullopt,
-                               prices(), m_context.prompter)) {
-            recomputeTotals(m_context.db, m_harvestId);
+        const std::optional<qint32> lotNr = lot > 0 ? std::optional<qint32>(toLong(lot)) : std::nullopt;
+        if (recomputeLotPrices(m_context.db, masterData, m_harvestId, lotNr, prices(), m_context.prompter)) {
+            recomputeTotals(m_context.db, m_harvestId, lotNr);
             if (m_editedId) {
                 const LotForm stored = loadLot(m_context.db, *m_editedId);
                 m_edits[QStringLiteral("tsumme(6)")]->setText(stored.holzpreis);
