@@ -10,6 +10,7 @@ packages=(
   fonts-liberation2
   poppler-utils
   ccache
+  qt6-serialport-dev libzip-dev unzip
 )
 
 missing=()
