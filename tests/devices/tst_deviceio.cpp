@@ -9,6 +9,7 @@
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
+#include "devices/hookedprompter.h"
 
 #include <QTcpServer>
 #include <QUrlQuery>
@@ -21,29 +22,6 @@
 using namespace tarvik;
 
 namespace {
-
-// The scripted prompter, with something done when a given message is shown: the device
-// sends while the user looks at "Klicken Sie jetzt …".
-class HookedPrompter final : public Prompter {
-public:
-    explicit HookedPrompter(test::ScriptedPrompter& inner) : m_inner(inner) {}
-    std::function<void(const QString&)> onInform;
-    void inform(const QString& text, Icon icon) override
-    {
-        m_inner.inform(text, icon);
-        if (onInform)
-            onInform(text);
-    }
-    bool askYesNo(const QString& t) override { return m_inner.askYesNo(t); }
-    bool askOkCancel(const QString& t) override { return m_inner.askOkCancel(t); }
-    std::optional<QString> askText(const QString& p, const QString& d) override { return m_inner.askText(p, d); }
-    QString chooseOpenFile(const QString& c, const QString& f, const QString& x) override { return m_inner.chooseOpenFile(c, f, x); }
-    QString chooseSaveFile(const QString& c, const QString& p, const QString& x) override { return m_inner.chooseSaveFile(c, p, x); }
-    QString chooseFolder(const QString& c, const QString& f) override { return m_inner.chooseFolder(c, f); }
-
-private:
-    test::ScriptedPrompter& m_inner;
-};
 
 // A minimal HTTP/1.1 server: fixed answers by path, every requested path remembered.
 class LocalServer : public QObject {
@@ -95,7 +73,7 @@ class TestDeviceIo : public QObject {
     Einstellungen m_settings = EinstellungenLaden(QString());
     FixedClock m_clock{QDate(2026, 11, 21)};
     test::ScriptedPrompter m_script;
-    HookedPrompter m_prompter{m_script};
+    test::HookedPrompter m_prompter{m_script};
     qint32 m_harvest = 0;
     int m_master = -1;
     int m_slave = -1;
