@@ -13,8 +13,6 @@
 namespace tarvik {
 
 inline constexpr int ComPortSlot = 46;     // Einst_Zahl: n means COM(n+1)
-inline constexpr int SerialDeviceSlot = 40; // Einst_Text: the system's device name, when chosen
-inline constexpr int OnlineHostSlot = 41;   // Einst_Text: the service's web server
 inline constexpr char Fmr1FileName[] = "FMR1.TXT";
 inline constexpr char OnlineDownloadName[] = "Import_OTARVIK.DAT";
 
