@@ -11,6 +11,7 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeHolzlisteCommand());
         list.push_back(makeDruckenCommand());
         list.push_back(makeNeuberechnenCommand());
+        list.push_back(makeGeraeteimportCommand());
         return list;
     }();
     return all;
