@@ -161,11 +161,6 @@ void SettingsDialog::buildGeneralPage(QWidget* page)
         m_serialDevice->addItem(port.systemLocation());
     serial->layout()->addWidget(new QLabel(QStringLiteral("Oder Schnittstelle des Systems (hat Vorrang):")));
     serial->layout()->addWidget(m_serialDevice);
-    m_onlineHost = new QLineEdit;
-    m_onlineHost->setObjectName(QStringLiteral("tonlineserver"));
-    m_onlineHost->setPlaceholderText(QStringLiteral("z.B. www.beispiel.de (https)"));
-    serial->layout()->addWidget(new QLabel(QStringLiteral("Server von Online-TARVIK:")));
-    serial->layout()->addWidget(m_onlineHost);
     row->addWidget(serial);
 
     auto* right = new QVBoxLayout;
@@ -181,6 +176,14 @@ void SettingsDialog::buildGeneralPage(QWidget* page)
     auto* backupForm = new QFormLayout(backup);
     backupForm->addRow(QStringLiteral("Anzahl Tage zwischen den Datensicherungen"), textField(2, 6));
     right->addWidget(backup);
+
+    auto* online = new QGroupBox(QStringLiteral("Datenimport von Online-TARVIK"));
+    auto* onlineForm = new QFormLayout(online);
+    m_onlineHost = new QLineEdit;
+    m_onlineHost->setObjectName(QStringLiteral("tonlineserver"));
+    m_onlineHost->setPlaceholderText(QStringLiteral("z.B. www.beispiel.de (https)"));
+    onlineForm->addRow(QStringLiteral("Server"), m_onlineHost);
+    right->addWidget(online);
     right->addStretch();
     row->addLayout(right);
     layout->addLayout(row);
