@@ -6,6 +6,26 @@
 #include <QNetworkRequest>
 
 namespace tarvik {
+namespace {
+
+QString reason(const QNetworkReply& reply)
+{
+    switch (reply.error()) {
+    case QNetworkReply::ConnectionRefusedError:
+        return QStringLiteral("Die Verbindung wurde abgelehnt.");
+    case QNetworkReply::HostNotFoundError:
+        return QStringLiteral("Der Server wurde nicht gefunden. Besteht eine Verbindung zum Internet?");
+    case QNetworkReply::TimeoutError:
+    case QNetworkReply::OperationCanceledError:
+        return QStringLiteral("Der Server hat nicht rechtzeitig geantwortet.");
+    case QNetworkReply::SslHandshakeFailedError:
+        return QStringLiteral("Die sichere Verbindung (https) kam nicht zustande.");
+    default:
+        return QStringLiteral("Fehler bei der Übertragung (%1).").arg(reply.errorString());
+    }
+}
+
+} // namespace
 
 Download httpDownload(const QUrl& url, int timeoutMs)
 {
@@ -20,7 +40,7 @@ Download httpDownload(const QUrl& url, int timeoutMs)
     Download d;
     d.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     if (reply->error() != QNetworkReply::NoError && d.status == 0)
-        d.error = reply->errorString();
+        d.error = reason(*reply);
     d.body = reply->readAll();
     reply->deleteLater();
     return d;

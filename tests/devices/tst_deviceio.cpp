@@ -174,7 +174,8 @@ private slots:
         m_script.answerYes();
         SerialByteSource port;
         QVERIFY(!collectFromDevice(context(), port));
-        QVERIFY(m_script.messages().last().startsWith(QStringLiteral("Die serielle Schnittstelle /dev/ttyGIBTESNICHT kann nicht geöffnet werden.")));
+        QVERIFY(m_script.messages().last().startsWith(QStringLiteral("Die serielle Schnittstelle /dev/ttyGIBTESNICHT kann nicht geöffnet werden.\n\n"
+                                                                     "Diese Schnittstelle gibt es an diesem Rechner nicht.")));
         // Without a chosen device the COM number of the settings is named.
         m_settings.text[SerialDeviceSlot].clear();
         m_settings.zahl[ComPortSlot] = 2;
@@ -218,7 +219,7 @@ private slots:
         QTest::newRow("404") << 404 << QByteArray("<html><body>Not Found</body></html>") << true << missing;
         QTest::newRow("error page with 200") << 200 << QByteArray("<!DOCTYPE html><html><body>Fehler</body></html>") << true << missing;
         QTest::newRow("empty answer") << 200 << QByteArray() << true << missing;
-        QTest::newRow("unreachable") << 0 << QByteArray() << false << QStringLiteral("Der Server von Online-TARVIK (127.0.0.1) ist nicht erreichbar");
+        QTest::newRow("unreachable") << 0 << QByteArray() << false << QStringLiteral("Der Server von Online-TARVIK (127.0.0.1) ist nicht erreichbar:\n\nDie Verbindung wurde abgelehnt.");
     }
     void onlineRefusals()
     {
