@@ -2,6 +2,7 @@
 // store with every reason, the buyer's details, stepping through the hub's invoices, captions,
 // and printing an invoice into a PDF read back with poppler's pdftotext.
 #include "common/textfile.h"
+#include "entry/ui/hubdialog.h"
 #include "invoices/invoicedata.h"
 #include "invoices/ui/invoicedialog.h"
 #include "reports/ui/textoutputwindow.h"
@@ -15,6 +16,7 @@
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
+#include <QTableView>
 #include <QTableWidget>
 #include <QTimer>
 
@@ -262,6 +264,49 @@ private slots:
         QVERIFY2(out.contains(QStringLiteral("Dieses Los wird per vereinbartem Pauschalpreis abgerechnet.")), qPrintable(out));
         QVERIFY(out.contains(QStringLiteral("Jörg O'Neill")));
         QVERIFY(QRegularExpression(QStringLiteral("Rechnungsbetrag: +1359,29")).match(out).hasMatch());
+    }
+
+    void openedFromTheHubsInvoiceList()
+    {
+        const qint32 first = storeThroughCore(QStringLiteral("21"), QStringLiteral("A"), m_lots.logLot);
+        storeThroughCore(QStringLiteral("22"), QStringLiteral("B"), m_lots.poleLot);
+        HubDialog hub(context(), m_lots.harvestId, HubList::Rechnungen);
+        hub.show();
+        auto* grid = child<QTableView>(hub, "gridli");
+        QCOMPARE(grid->model()->rowCount(), 2);
+
+        // "Neu": an empty invoice with the next number; the hub lists the stored one afterwards.
+        QString seen;
+        QTimer::singleShot(0, this, [&] {
+            auto* w = QApplication::activeModalWidget();
+            QVERIFY(w && w->objectName() == u"EF_Eingabe_Rechnungen");
+            seen = child<QLineEdit>(*w, "tz(0)")->text();
+            typeInto(child<QLineEdit>(*w, "t(0)"), QStringLiteral("Neu"));
+            auto* li = child<QTableWidget>(*w, "li");
+            li->selectRow(0);
+            child<QPushButton>(*w, "ok(0)")->click();
+            child<QPushButton>(*w, "abbrechen")->click();
+        });
+        child<QPushButton>(hub, "neu")->click();
+        QCOMPARE(seen, QStringLiteral("23"));
+        QCOMPARE(grid->model()->rowCount(), 3);
+
+        // "Ändern" on the first row; stepping back wraps to the last, and the hub follows.
+        grid->selectRow(0);
+        QCOMPARE(grid->model()->index(0, 5).data().toInt(), 21);
+        QStringList shown;
+        QTimer::singleShot(0, this, [&] {
+            auto* w = QApplication::activeModalWidget();
+            QVERIFY(w);
+            shown << child<QLineEdit>(*w, "tz(0)")->text();
+            child<QPushButton>(*w, "ok(1)")->click();
+            shown << child<QLineEdit>(*w, "tz(0)")->text();
+            child<QPushButton>(*w, "abbrechen")->click();
+        });
+        child<QPushButton>(hub, "ändern")->click();
+        QCOMPARE(shown, (QStringList{QStringLiteral("21"), QStringLiteral("23")}));
+        QCOMPARE(grid->currentIndex().row(), 2);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT ReNr FROM Rechnungen WHERE ID = ?"), {first}).toInt(), 21);
     }
 
     void printingWithoutLotsIsRefused()
