@@ -196,7 +196,7 @@ void InvoiceDialog::build()
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(columns, 1);
     layout->addLayout(buttons);
-    resize(1300, 740);
+    resize(1280, 700);
 
     for (QLineEdit* e : m_t)
         if (e)
