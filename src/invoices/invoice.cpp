@@ -22,7 +22,7 @@ using namespace columns;
 constexpr int LineWidth = 61;
 
 QString field(const QSqlRecord& r, const char* name) { return readText(r.value(QString::fromUtf8(name))); }
-float number(const QSqlRecord& r, const char* name) { return float(readNumber(r.value(QString::fromUtf8(name)))); }
+float floatField(const QSqlRecord& r, const char* name) { return float(readNumber(r.value(QString::fromUtf8(name)))); }
 
 QString money(double value) { return formatDecimal(value, 2); }
 
@@ -45,9 +45,9 @@ StoredInvoice storedFrom(const QSqlRecord& r)
     s.date = germanDateFromSql(r.value(QStringLiteral("Datum")));
     s.text = r.value(QStringLiteral("Inhalt")).toString();
     s.number = toLong(readNumber(r.value(QStringLiteral("ReNr"))));
-    s.levy = number(r, "CMA_Abgabe_Proz");
-    s.vat = number(r, "MwSt_Proz");
-    s.discount = number(r, "Skonto_Proz");
+    s.levy = floatField(r, "CMA_Abgabe_Proz");
+    s.vat = floatField(r, "MwSt_Proz");
+    s.discount = floatField(r, "Skonto_Proz");
     s.amount = readNumber(r.value(QStringLiteral("Betrag")));
     return s;
 }
@@ -156,7 +156,7 @@ std::optional<BuyerDetails> buyerDetails(const QSqlDatabase& db, const QString& 
         return std::nullopt;
     const QSqlRecord r = q.record();
     return BuyerDetails{field(r, "Vor_Nachname"), field(r, "Strasse"), field(r, "Wohnort"), field(r, "Kundeninfo"),
-                        number(r, "CMA_Abgabe_Proz"), number(r, "MwSt_Proz"), number(r, "Skonto_Proz")};
+                        floatField(r, "CMA_Abgabe_Proz"), floatField(r, "MwSt_Proz"), floatField(r, "Skonto_Proz")};
 }
 
 QList<OpenLot> openLots(const QSqlDatabase& db)
@@ -212,7 +212,7 @@ LotBlock lotBlock(const QSqlDatabase& db, qint32 lotId)
         block.lines << QStringLiteral("Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung") +
                            QStringLiteral("   Efm(oR): ") + decimals(lot.value(QStringLiteral("Efm_oR")), 3);
         block.lines << QStringLiteral("Dieses Los wird per vereinbartem Pauschalpreis abgerechnet.");
-        block.amount = number(lot, "Pauschalpreis_G");
+        block.amount = floatField(lot, "Pauschalpreis_G");
         block.lines << amountLine(QStringLiteral("Pauschalpreis:"), block.amount);
     } else if (sorting == u"Stämme") {
         logBlock(db, lot, block);
