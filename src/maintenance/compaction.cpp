@@ -100,22 +100,27 @@ CompactionResult compactDatabaseFile(const QString& databasePath)
         Handle source(databasePath);
         if (!source.ok())
             return result;
-        const QSqlDatabase db = source.db();
-        // The exclusive lock is kept after the write transaction ends: no other program may
-        // read or write while the copy is made, and one that has the file open makes this fail.
-        execSql(db, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
-        execSql(db, QStringLiteral("BEGIN EXCLUSIVE"));
-        execSql(db, QStringLiteral("COMMIT"));
-        QSqlQuery checkpoint = execSql(db, QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
-        if (checkpoint.next() && checkpoint.value(0).toInt() != 0)
-            return result;
-        before = rowCounts(db);
-        execSql(db, QStringLiteral("VACUUM INTO ?"), {target});
+        {
+            const QSqlDatabase db = source.db();
+            // The exclusive lock is kept after the write transaction ends: no other program may
+            // read or write while the copy is made, and one that has the file open makes this fail.
+            execSql(db, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
+            execSql(db, QStringLiteral("BEGIN EXCLUSIVE"));
+            execSql(db, QStringLiteral("COMMIT"));
+            QSqlQuery checkpoint = execSql(db, QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
+            const bool checkpointBusy = checkpoint.next() && checkpoint.value(0).toInt() != 0;
+            checkpoint.finish(); // an open statement would stop the VACUUM
+            if (checkpointBusy)
+                return result;
+            before = rowCounts(db);
+            execSql(db, QStringLiteral("VACUUM INTO ?"), {target});
+        }
         source.close();
 
         Handle copy(target);
-        if (!copy.ok() || scalar(copy.db(), QStringLiteral("PRAGMA integrity_check")).toString() != u"ok"
-            || rowCounts(copy.db()) != before) {
+        const bool sound = copy.ok() && scalar(copy.db(), QStringLiteral("PRAGMA integrity_check")).toString() == u"ok"
+                           && rowCounts(copy.db()) == before;
+        if (!sound) {
             copy.close();
             QFile::remove(target);
             return result;

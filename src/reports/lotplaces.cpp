@@ -70,52 +70,56 @@ GeoExport exportLotPlaces(const QList<LotPlace>& lots, const QString& harvestTit
     GeoExport out;
     QJsonArray features;
     QByteArray kmlBody;
-    QXmlStreamWriter kml(&out.kml);
-    kml.setAutoFormatting(true);
-    kml.writeStartDocument();
-    kml.writeStartElement(QStringLiteral("kml"));
-    kml.writeDefaultNamespace(QStringLiteral("http://www.opengis.net/kml/2.2"));
-    kml.writeStartElement(QStringLiteral("Document"));
-    kml.writeTextElement(QStringLiteral("name"), harvestTitle);
-    for (const LotPlace& lot : lots) {
-        if (!mapLink(lot.gpsB, lot.gpsL).ok) {
-            ++out.skipped;
-            continue;
-        }
-        ++out.written;
-        const double lat = readNumber(lot.gpsB), lon = readNumber(lot.gpsL);
-        QJsonObject properties{{QStringLiteral("name"), lotName(lot)},
-                               {QStringLiteral("Los_Nr"), lot.losNr},
-                               {QStringLiteral("Lagerort"), lot.lagerort},
-                               {QStringLiteral("Anfahrt"), lot.anfahrt},
-                               {QStringLiteral("Sortierung"), lot.sortierung},
-                               {QStringLiteral("Menge"), volumeText(lot)}};
-        features.append(QJsonObject{{QStringLiteral("type"), QStringLiteral("Feature")},
-                                    {QStringLiteral("geometry"),
-                                     QJsonObject{{QStringLiteral("type"), QStringLiteral("Point")},
-                                                 {QStringLiteral("coordinates"), QJsonArray{lon, lat}}}},
-                                    {QStringLiteral("properties"), properties}});
-        kml.writeStartElement(QStringLiteral("Placemark"));
-        kml.writeTextElement(QStringLiteral("name"), lotName(lot));
-        kml.writeTextElement(QStringLiteral("description"),
-                             QStringLiteral("Lagerort: %1\nAnfahrt: %2\nSortierung: %3\nMenge: %4")
-                                 .arg(lot.lagerort, lot.anfahrt, lot.sortierung, volumeText(lot)));
-        kml.writeStartElement(QStringLiteral("ExtendedData"));
-        for (auto it = properties.begin(); it != properties.end(); ++it) {
-            kml.writeStartElement(QStringLiteral("Data"));
-            kml.writeAttribute(QStringLiteral("name"), it.key());
-            kml.writeTextElement(QStringLiteral("value"), it.value().isDouble() ? QString::number(it.value().toInt()) : it.value().toString());
+    {
+        // The writer hands its last bytes over when it is destroyed.
+        QXmlStreamWriter kml(&kmlBody);
+        kml.setAutoFormatting(true);
+        kml.writeStartDocument();
+        kml.writeStartElement(QStringLiteral("kml"));
+        kml.writeDefaultNamespace(QStringLiteral("http://www.opengis.net/kml/2.2"));
+        kml.writeStartElement(QStringLiteral("Document"));
+        kml.writeTextElement(QStringLiteral("name"), harvestTitle);
+        for (const LotPlace& lot : lots) {
+            if (!mapLink(lot.gpsB, lot.gpsL).ok) {
+                ++out.skipped;
+                continue;
+            }
+            ++out.written;
+            const double lat = readNumber(lot.gpsB), lon = readNumber(lot.gpsL);
+            QJsonObject properties{{QStringLiteral("name"), lotName(lot)},
+                                   {QStringLiteral("Los_Nr"), lot.losNr},
+                                   {QStringLiteral("Lagerort"), lot.lagerort},
+                                   {QStringLiteral("Anfahrt"), lot.anfahrt},
+                                   {QStringLiteral("Sortierung"), lot.sortierung},
+                                   {QStringLiteral("Menge"), volumeText(lot)}};
+            features.append(QJsonObject{{QStringLiteral("type"), QStringLiteral("Feature")},
+                                        {QStringLiteral("geometry"),
+                                         QJsonObject{{QStringLiteral("type"), QStringLiteral("Point")},
+                                                     {QStringLiteral("coordinates"), QJsonArray{lon, lat}}}},
+                                        {QStringLiteral("properties"), properties}});
+            kml.writeStartElement(QStringLiteral("Placemark"));
+            kml.writeTextElement(QStringLiteral("name"), lotName(lot));
+            kml.writeTextElement(QStringLiteral("description"),
+                                 QStringLiteral("Lagerort: %1\nAnfahrt: %2\nSortierung: %3\nMenge: %4")
+                                     .arg(lot.lagerort, lot.anfahrt, lot.sortierung, volumeText(lot)));
+            kml.writeStartElement(QStringLiteral("ExtendedData"));
+            for (auto it = properties.begin(); it != properties.end(); ++it) {
+                kml.writeStartElement(QStringLiteral("Data"));
+                kml.writeAttribute(QStringLiteral("name"), it.key());
+                kml.writeTextElement(QStringLiteral("value"), it.value().isDouble() ? QString::number(it.value().toInt()) : it.value().toString());
+                kml.writeEndElement();
+            }
+            kml.writeEndElement();
+            kml.writeStartElement(QStringLiteral("Point"));
+            kml.writeTextElement(QStringLiteral("coordinates"), QStringLiteral("%1,%2,0").arg(QString::number(lon, 'f', 6), QString::number(lat, 'f', 6)));
+            kml.writeEndElement();
             kml.writeEndElement();
         }
         kml.writeEndElement();
-        kml.writeStartElement(QStringLiteral("Point"));
-        kml.writeTextElement(QStringLiteral("coordinates"), QStringLiteral("%1,%2,0").arg(QString::number(lon, 'f', 6), QString::number(lat, 'f', 6)));
         kml.writeEndElement();
-        kml.writeEndElement();
+        kml.writeEndDocument();
     }
-    kml.writeEndElement();
-    kml.writeEndElement();
-    kml.writeEndDocument();
+    out.kml = kmlBody;
     out.geoJson = QJsonDocument(QJsonObject{{QStringLiteral("type"), QStringLiteral("FeatureCollection")},
                                             {QStringLiteral("name"), harvestTitle},
                                             {QStringLiteral("features"), features}})

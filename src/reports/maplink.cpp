@@ -22,8 +22,8 @@ MapLink mapLink(const QString& latitude, const QString& longitude, const QString
         return {false, {}, mapRangeMessage()};
     const QString point = QStringLiteral("%1,%2").arg(QString::number(lat, 'f', 6), QString::number(lon, 'f', 6));
     const QStringList query{QStringLiteral("f=d"),     QStringLiteral("hl=de"),       QStringLiteral("geocode="),
-                            u"saddr=" + point,         QStringLiteral("daddr="),      QStringLiteral("mra=mi"),
-                            QStringLiteral("mrsp=0"),  QStringLiteral("sz=15"),       u"sll=" + point,
+                            QStringLiteral("saddr=") + point,         QStringLiteral("daddr="),      QStringLiteral("mra=mi"),
+                            QStringLiteral("mrsp=0"),  QStringLiteral("sz=15"),       QStringLiteral("sll=") + point,
                             QStringLiteral("sspn=0.019719,0.057077"), QStringLiteral("ie=UTF8"), QStringLiteral("t=h"),
                             QStringLiteral("z=15")};
     QString base = host.trimmed().isEmpty() ? QString::fromLatin1(DefaultMapHost) : host.trimmed();
