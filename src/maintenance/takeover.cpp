@@ -76,7 +76,7 @@ bool replaceFile(const QString& from, const QString& to)
 } // namespace
 
 TakeoverResult takeOverVersion2(const QString& oldFolder, const QString& dataFolder, const QString& databasePath,
-                                bool currentHasHarvests, Prompter& prompter)
+                                bool currentHasHarvests, Prompter& prompter, const std::function<void()>& beforeReplace)
 {
     TakeoverResult result;
     const QString oldDatabase = version2Database(oldFolder);
@@ -143,6 +143,8 @@ TakeoverResult takeOverVersion2(const QString& oldFolder, const QString& dataFol
         }
         staged.append({copy, target});
     }
+    if (beforeReplace)
+        beforeReplace();
     QFile::remove(databasePath + QStringLiteral("-wal"));
     QFile::remove(databasePath + QStringLiteral("-shm"));
     for (const auto& [from, to] : staged) {

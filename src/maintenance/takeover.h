@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <functional>
 
 namespace tarvik {
 
@@ -30,7 +31,9 @@ struct TakeoverResult {
 
 // Asks both confirmations, converts and copies. Nothing is changed unless both pass and the old
 // database converts completely; the current database is replaced with one rename at the end.
+// beforeReplace runs once everything is staged, right before the files are swapped: the caller
+// closes its handles on the database there.
 TakeoverResult takeOverVersion2(const QString& oldFolder, const QString& dataFolder, const QString& databasePath,
-                                bool currentHasHarvests, Prompter& prompter);
+                                bool currentHasHarvests, Prompter& prompter, const std::function<void()>& beforeReplace = {});
 
 } // namespace tarvik

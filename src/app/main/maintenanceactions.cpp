@@ -34,12 +34,11 @@ bool takeOverVersion2Data(QWidget* parent, Session& session, Prompter& prompter,
     TakeoverDialog dialog(
         prompter,
         [&](const QString& folder) {
-            // The window's handles go before the file is replaced; a refusal keeps the file as it was.
-            if (!released) {
+            // The window's handles go only once everything is staged; a refusal keeps them.
+            return takeOverVersion2(folder, dataFolder, path, hasHarvests, prompter, [&] {
                 releaseHandles();
                 released = true;
-            }
-            return takeOverVersion2(folder, dataFolder, path, hasHarvests, prompter);
+            });
         },
         parent);
     dialog.exec();

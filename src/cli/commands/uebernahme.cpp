@@ -29,9 +29,8 @@ public:
         Session& session = *context.session;
         const bool hasHarvests = scalar(session.database->shared(), QStringLiteral("SELECT count(*) FROM Hiebe")).toLongLong() > 0;
         const QString path = session.database->path();
-        session.database.reset();
-        const TakeoverResult result =
-            takeOverVersion2(parser.positionalArguments().first(), session.dataFolder, path, hasHarvests, context.prompter);
+        const TakeoverResult result = takeOverVersion2(parser.positionalArguments().first(), session.dataFolder, path, hasHarvests,
+                                                       context.prompter, [&session] { session.database.reset(); });
         for (const QString& file : result.copied)
             context.io.print(QStringLiteral("übernommen: %1").arg(file));
         return result.done ? Success : Refused;

@@ -44,7 +44,7 @@ TakeoverDialog::TakeoverDialog(Prompter& prompter, std::function<TakeoverResult(
     m_status = new QLabel;
     m_status->setObjectName(QStringLiteral("bezstatus"));
     m_status->setWordWrap(true);
-    auto* start = new QPushButton(QStringLiteral("&Start"));
+    auto* start = m_start = new QPushButton(QStringLiteral("&Start"));
     start->setObjectName(QStringLiteral("start"));
     auto* close = new QPushButton(QStringLiteral("&Beenden"));
     close->setObjectName(QStringLiteral("beenden"));
@@ -96,11 +96,17 @@ void TakeoverDialog::onDrive(int index)
 
 void TakeoverDialog::onFolder()
 {
-    m_status->setText(version2Database(currentFolder()).isEmpty() ? version2MissingMessage() : version2FoundMessage());
+    const bool found = !version2Database(currentFolder()).isEmpty();
+    m_status->setText(found ? version2FoundMessage() : version2MissingMessage());
+    m_start->setEnabled(found);
 }
 
 void TakeoverDialog::onStart()
 {
+    if (version2Database(currentFolder()).isEmpty()) {
+        m_prompter.inform(version2MissingMessage());
+        return;
+    }
     const TakeoverResult result = m_run(currentFolder());
     if (result.done) {
         m_done = true;

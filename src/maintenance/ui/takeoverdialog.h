@@ -9,6 +9,7 @@
 class QComboBox;
 class QFileSystemModel;
 class QLabel;
+class QPushButton;
 class QTreeView;
 
 namespace tarvik {
@@ -34,6 +35,7 @@ private:
     QTreeView* m_folders;
     QFileSystemModel* m_model;
     QLabel* m_status;
+    QPushButton* m_start = nullptr;
     bool m_done = false;
 };
 
