@@ -11,6 +11,7 @@ packages=(
   poppler-utils
   mdbtools-dev mdbtools
   ccache
+  qt6-serialport-dev libzip-dev unzip
 )
 
 missing=()

@@ -7,6 +7,10 @@ namespace tarvik {
 
 inline constexpr char SettingsFileName[] = "Einstellungen.tk3";
 
+// Spare text slots used for what COM numbers cannot say on every system.
+inline constexpr int SerialDeviceSlot = 40; // Einst_Text: the calliper's port as the system names it
+inline constexpr int OnlineHostSlot = 41;   // Einst_Text: the online service's web server
+
 struct Einstellungen {
     static constexpr int ZahlCount = 101;
     static constexpr int DezimalCount = 11;

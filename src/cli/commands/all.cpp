@@ -14,6 +14,7 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeNeuberechnenCommand());
         list.push_back(makeKomprimierenCommand());
         list.push_back(makeUebernahmeCommand());
+        list.push_back(makeGeraeteimportCommand());
         return list;
     }();
     return all;
