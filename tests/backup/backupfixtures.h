@@ -13,6 +13,14 @@
 #include <utility>
 #include <zip.h>
 
+#include "backup/dbsnapshot.h"
+#include "store/sql.h"
+#include "support/records.h"
+#include "support/tempdatafolder.h"
+
+#include <QSqlDatabase>
+#include <QTemporaryDir>
+
 namespace tarvik::test {
 
 inline void writeBytes(const QString& path, const QByteArray& bytes)
@@ -83,6 +91,71 @@ inline QStringList dumpRows(const QSqlDatabase& db)
         }
     }
     return out;
+}
+
+// A database of this program with one harvest, as one file.
+inline QByteArray goodDatabase()
+{
+    TempDataFolder folder;
+    {
+        auto db = folder.openDatabase();
+        addHarvest(db->shared(), 1);
+    }
+    QTemporaryDir dir;
+    const QString copy = dir.filePath(QStringLiteral("copy.db"));
+    if (!snapshotDatabase(folder.databasePath(), copy).ok)
+        qFatal("snapshot");
+    return readBytes(copy);
+}
+
+// An archive of the given kind: "corrupt", "truncated", "empty", "link", "foreign", "baddb",
+// "otherdb", or else one with an entry of that name beside a sound database.
+inline void makeBadArchive(const QString& kind, const QString& path, const QTemporaryDir& dir)
+{
+    const QByteArray database = goodDatabase();
+    if (kind == QLatin1String("corrupt") || kind == QLatin1String("truncated")) {
+        makeZip(path, {{QStringLiteral("TARVIK3.db"), database}, {QStringLiteral("Einstellungen.tk3"), "0\r\n"}});
+        QByteArray bytes = readBytes(path);
+        if (kind == QLatin1String("truncated"))
+            bytes.truncate(bytes.size() / 2);
+        else
+            for (int i = 200; i < 260; ++i)
+                bytes[i] = char(bytes[i] ^ 0x5a);
+        writeBytes(path, bytes);
+    } else if (kind == QLatin1String("empty")) {
+        writeBytes(path, QByteArray());
+    } else if (kind == QLatin1String("link")) {
+        const QString folder = dir.filePath(QStringLiteral("quelle"));
+        QDir().mkpath(folder);
+        writeBytes(folder + QStringLiteral("/TARVIK3.db"), database);
+        QFile::link(QStringLiteral("/etc/passwd"), folder + QStringLiteral("/Einstellungen.tk3"));
+        const auto [code, output] = run(QStringLiteral("zip"), {QStringLiteral("-q"), QStringLiteral("-y"), path,
+                                                                      QStringLiteral("TARVIK3.db"), QStringLiteral("Einstellungen.tk3")}, folder);
+        QVERIFY2(code == 0, qPrintable(output));
+    } else if (kind == QLatin1String("foreign")) {
+        const QString folder = dir.filePath(QStringLiteral("fremd"));
+        QDir().mkpath(folder);
+        writeBytes(folder + QStringLiteral("/bild.txt"), "Urlaub");
+        const auto [code, output] = run(QStringLiteral("zip"), {QStringLiteral("-q"), path, QStringLiteral("bild.txt")}, folder);
+        QVERIFY2(code == 0, qPrintable(output));
+    } else if (kind == QLatin1String("baddb")) {
+        QByteArray broken = database;
+        for (int i = 4096; i < broken.size(); i += 97)
+            broken[i] = char(0xff);
+        makeZip(path, {{QStringLiteral("TARVIK3.db"), broken}});
+    } else if (kind == QLatin1String("otherdb")) {
+        const QString other = dir.filePath(QStringLiteral("other.db"));
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("other"));
+            db.setDatabaseName(other);
+            QVERIFY(db.open());
+            execSql(db, QStringLiteral("CREATE TABLE Kunden(Name TEXT)"));
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("other"));
+        makeZip(path, {{QStringLiteral("TARVIK3.db"), readBytes(other)}});
+    } else {
+        makeZip(path, {{QStringLiteral("TARVIK3.db"), database}, {kind, "boese"}});
+    }
 }
 
 } // namespace tarvik::test

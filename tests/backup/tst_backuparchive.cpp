@@ -182,7 +182,7 @@ private slots:
         QFETCH(QString, reason);
         QTemporaryDir dir;
         const QString path = dir.filePath(archiveName(QDate(2026, 11, 23)));
-        makeBadArchive(kind, path, dir);
+        test::makeBadArchive(kind, path, dir);
         QTemporaryDir extract;
         const ArchiveCheck check = checkArchive(path, {}, extract.path());
         QVERIFY(!check.ok);
@@ -226,68 +226,6 @@ private slots:
         QVERIFY(gone.error.startsWith(QStringLiteral("Auf ")));
     }
 
-private:
-    static QByteArray goodDatabase()
-    {
-        test::TempDataFolder folder;
-        {
-            auto db = folder.openDatabase();
-            test::addHarvest(db->shared(), 1);
-        }
-        QTemporaryDir dir;
-        const QString copy = dir.filePath(QStringLiteral("copy.db"));
-        if (!snapshotDatabase(folder.databasePath(), copy).ok)
-            qFatal("snapshot");
-        return test::readBytes(copy);
-    }
-
-    static void makeBadArchive(const QString& kind, const QString& path, const QTemporaryDir& dir)
-    {
-        const QByteArray database = goodDatabase();
-        if (kind == QLatin1String("corrupt") || kind == QLatin1String("truncated")) {
-            test::makeZip(path, {{QStringLiteral("TARVIK3.db"), database}, {QStringLiteral("Einstellungen.tk3"), "0\r\n"}});
-            QByteArray bytes = test::readBytes(path);
-            if (kind == QLatin1String("truncated"))
-                bytes.truncate(bytes.size() / 2);
-            else
-                for (int i = 200; i < 260; ++i)
-                    bytes[i] = char(bytes[i] ^ 0x5a);
-            test::writeBytes(path, bytes);
-        } else if (kind == QLatin1String("empty")) {
-            test::writeBytes(path, QByteArray());
-        } else if (kind == QLatin1String("link")) {
-            const QString folder = dir.filePath(QStringLiteral("quelle"));
-            QDir().mkpath(folder);
-            test::writeBytes(folder + QStringLiteral("/TARVIK3.db"), database);
-            QFile::link(QStringLiteral("/etc/passwd"), folder + QStringLiteral("/Einstellungen.tk3"));
-            const auto [code, output] = test::run(QStringLiteral("zip"), {QStringLiteral("-q"), QStringLiteral("-y"), path,
-                                                                          QStringLiteral("TARVIK3.db"), QStringLiteral("Einstellungen.tk3")}, folder);
-            QVERIFY2(code == 0, qPrintable(output));
-        } else if (kind == QLatin1String("foreign")) {
-            const QString folder = dir.filePath(QStringLiteral("fremd"));
-            QDir().mkpath(folder);
-            test::writeBytes(folder + QStringLiteral("/bild.txt"), "Urlaub");
-            const auto [code, output] = test::run(QStringLiteral("zip"), {QStringLiteral("-q"), path, QStringLiteral("bild.txt")}, folder);
-            QVERIFY2(code == 0, qPrintable(output));
-        } else if (kind == QLatin1String("baddb")) {
-            QByteArray broken = database;
-            for (int i = 4096; i < broken.size(); i += 97)
-                broken[i] = char(0xff);
-            test::makeZip(path, {{QStringLiteral("TARVIK3.db"), broken}});
-        } else if (kind == QLatin1String("otherdb")) {
-            const QString other = dir.filePath(QStringLiteral("other.db"));
-            {
-                QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("other"));
-                db.setDatabaseName(other);
-                QVERIFY(db.open());
-                execSql(db, QStringLiteral("CREATE TABLE Kunden(Name TEXT)"));
-            }
-            QSqlDatabase::removeDatabase(QStringLiteral("other"));
-            test::makeZip(path, {{QStringLiteral("TARVIK3.db"), test::readBytes(other)}});
-        } else {
-            test::makeZip(path, {{QStringLiteral("TARVIK3.db"), database}, {kind, "boese"}});
-        }
-    }
 };
 
 TARVIK_TEST_CORE_MAIN(TestBackupArchive)
