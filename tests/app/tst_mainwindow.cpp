@@ -53,7 +53,7 @@ private slots:
             {"E_EingabeStämme", "&Stämme", true},       {"A_Statistikholzliste", "&Holzliste", true},
             {"A_StatistikHiebe", "&Hiebe", false},
             {"S_Stammdaten_Rindenabzug2", "Rindenabzug &frei definiert", false},
-            {"S_xdatensicherung", "&Datensicherung", false}, {"popzeile(1)", "&Ändern", true}};
+            {"S_xdatensicherung", "&Datensicherung", true}, {"popzeile(1)", "&Ändern", true}};
         for (const auto& [name, caption, enabled] : items) {
             QAction* a = w.findChild<QAction*>(QString::fromUtf8(name));
             QVERIFY2(a, name);

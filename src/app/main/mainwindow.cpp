@@ -3,6 +3,8 @@
 #include "app/main/exitchores.h"
 #include "app/main/harvestlist.h"
 #include "app/main/harvestlistmodel.h"
+#include "backup/ui/backupwizard.h"
+#include "common/folders.h"
 #include "common/prompter.h"
 #include "entry/ui/harvestdialog.h"
 #include "entry/ui/hubdialog.h"
@@ -179,6 +181,7 @@ void MainWindow::buildMenus()
     wire("E_EingabePfähle", &MainWindow::openPoles);
     wire("E_EingabeSchichtholz", &MainWindow::openStacks);
     wire("A_Statistikholzliste", &MainWindow::showTimberList);
+    wire("S_xdatensicherung", &MainWindow::openBackup);
     QAction* quit = findChild<QAction*>(QStringLiteral("S_ZEPbeenden"));
     quit->setEnabled(true);
     connect(quit, &QAction::triggered, this, &QWidget::close);
@@ -218,7 +221,7 @@ QWidget* MainWindow::buildButtons()
              {"bt_rechnunglisten", "Rechnungen auswerten"}, {"bt_stammdaten", "Stammdaten"}})
         button(QString::fromUtf8(item.name), QString::fromUtf8(item.caption));
     working("bt_einstellungen", "Einstellungen", &MainWindow::openSettings);
-    button(QStringLiteral("bt_datensicherung"), QStringLiteral("Datensicherung"));
+    working("bt_datensicherung", "Datensicherung", &MainWindow::openBackup);
     button(QStringLiteral("googlemaps"), QStringLiteral("Google-Maps Polterlage"));
     column->addStretch();
     working("linksrechts", "Infofeld schmäler/breiter", &MainWindow::toggleInfoWidth);
@@ -451,6 +454,22 @@ void MainWindow::openSettings()
     dialog.exec();
 }
 
+bool MainWindow::runBackupWizard()
+{
+    static const SystemDrives drives;
+    BackupWizard wizard(context(), drives, shareFolder() + QStringLiteral("backup"), this);
+    wizard.exec();
+    m_restoreStaged = wizard.restoreStaged();
+    return m_restoreStaged;
+}
+
+void MainWindow::openBackup()
+{
+    // A staged restore is taken over at the next start: this run must end now.
+    if (runBackupWizard())
+        close();
+}
+
 void MainWindow::saveColumnWidths() const
 {
     QStringList widths;
@@ -478,8 +497,9 @@ void MainWindow::closeEvent(QCloseEvent* e)
     saveColumnWidths();
     removeReportPages(m_session.dataFolder);
     m_session.saveSettings(m_prompter);
-    if (const auto reminder = backupReminder(m_session.settings, m_clock.today()))
-        m_prompter.askYesNo(*reminder); // the backup wizard answers a Yes once it exists
+    if (!m_restoreStaged)
+        if (const auto reminder = backupReminder(m_session.settings, m_clock.today()); reminder && m_prompter.askYesNo(*reminder))
+            runBackupWizard();
     e->accept();
 }
 

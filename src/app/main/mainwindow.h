@@ -50,6 +50,8 @@ private:
     void moveCurrent(int step);
     void toggleInfoWidth();
     void openSettings();
+    void openBackup();
+    bool runBackupWizard();
     bool requireMarkedHarvest();
     void saveColumnWidths() const;
     void restoreColumnWidths();
@@ -66,6 +68,7 @@ private:
     bool m_activatedOnce = false;
     bool m_refill = true;
     bool m_infoWide = false;
+    bool m_restoreStaged = false;
 };
 
 } // namespace tarvik
