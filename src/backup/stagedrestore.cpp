@@ -110,7 +110,7 @@ void applyStagedRestore(const QString& dataFolder, Prompter& prompter)
     const SwapResult swap = swapInStagedRestore(dataFolder, QDateTime::currentDateTime());
     if (swap.swapped)
         prompter.inform(QStringLiteral("Die eingelesene Datensicherung wurde übernommen. Die bisherigen Daten wurden im Ordner \"%1\" aufbewahrt.")
-                            .arg(QDir::toNativeSeparators(swap.safetyCopy)));
+                            .arg(QDir::toNativeSeparators(QDir::cleanPath(swap.safetyCopy))));
     else if (!swap.error.isEmpty())
         prompter.inform(swap.error, Prompter::Icon::Warning);
 }

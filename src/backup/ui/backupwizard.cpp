@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QEventLoop>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -37,8 +38,12 @@ QLabel* textLabel(const QString& text, const QString& name = {})
 
 QString sizeText(qint64 bytes)
 {
+    if (bytes < 1024 * 1024)
+        return QLocale().toString(double(bytes) / 1024.0, 'f', 0) + QStringLiteral(" kB");
     return QLocale().toString(double(bytes) / (1024.0 * 1024.0), 'f', 1) + QStringLiteral(" MB");
 }
+
+QString dateOrNever(const QDate& date) { return date.isValid() ? formatGermanDate(date) : QStringLiteral("noch nie"); }
 
 } // namespace
 
@@ -85,8 +90,8 @@ BackupWizard::BackupWizard(const AppContext& context, const DriveSource& drives,
 
     const BackupChoices choices = loadBackupChoices(m_context.dataFolder);
     m_rotation->setChecked(choices.rotation);
-    m_lastMonthly->setText(formatGermanDate(choices.lastMonthly));
-    m_lastYearly->setText(formatGermanDate(choices.lastYearly));
+    m_lastMonthly->setText(dateOrNever(choices.lastMonthly));
+    m_lastYearly->setText(dateOrNever(choices.lastYearly));
     m_cloudFolder->setText(QDir::toNativeSeparators(choices.cloudFolder));
     showPage(Start);
 }
@@ -264,7 +269,23 @@ QWidget* BackupWizard::buildRestorePage()
     return page;
 }
 
-void BackupWizard::showPage(Page page) { m_tabs->setCurrentIndex(int(page)); }
+void BackupWizard::showPage(Page page)
+{
+    m_tabs->setCurrentIndex(int(page));
+    if (auto* next = m_tabs->widget(int(page))->findChild<QPushButton*>(QStringLiteral("comweiter(%1)").arg(int(page))))
+        next->setDefault(true); // Return goes on, never to [Abbrechen]
+}
+
+QString BackupWizard::driveText(const Drive& drive) const
+{
+    QString text = drive.displayText();
+    if (drive.bytesAvailable)
+        text += QStringLiteral("   – %1 frei").arg(sizeText(*drive.bytesAvailable));
+    const std::optional<Drive> data = m_drives.driveOf(QFileInfo(m_context.dataFolder).absoluteFilePath());
+    if (data && sameDevice(drive, *data))
+        text += QStringLiteral("   (Laufwerk der Daten)");
+    return text;
+}
 
 void BackupWizard::showProgress(int percent, const QString& stage)
 {
@@ -326,7 +347,7 @@ void BackupWizard::fillDrives()
     m_driveList = m_backup->drives();
     m_driveWidget->clear();
     for (const Drive& d : m_driveList)
-        m_driveWidget->addItem(d.displayText());
+        m_driveWidget->addItem(driveText(d));
     const int proposed = m_backup->proposedDrive(m_driveList);
     if (proposed >= 0)
         m_driveWidget->setCurrentRow(proposed);
@@ -349,6 +370,8 @@ void BackupWizard::driveChosen()
         return;
     m_createText->setText(QStringLiteral("Die Datensicherung wird erstellt, geprüft und kopiert. Bitte warten Sie..."));
     showPage(Erstellen);
+    for (const char* name : {"comzurueck(2)", "comweiter(2)"})
+        findChild<QPushButton*>(QString::fromLatin1(name))->setEnabled(false);
     QTimer::singleShot(0, this, &BackupWizard::createBackup);
 }
 
@@ -356,6 +379,8 @@ void BackupWizard::createBackup()
 {
     m_backup->createArchive();
     m_backup->copyToDrive();
+    for (const char* name : {"comzurueck(2)", "comweiter(2)"})
+        findChild<QPushButton*>(QString::fromLatin1(name))->setEnabled(true);
     m_createText->setText(m_backup->summary().mid(3, 2).join(u'\n') + QStringLiteral("\n\nKlicken Sie auf [Weiter]."));
 }
 
@@ -374,7 +399,7 @@ void BackupWizard::startRestore()
     const QSignalBlocker block(m_restoreDrive);
     m_restoreDrive->clear();
     for (const Drive& d : m_restoreDrives)
-        m_restoreDrive->addItem(d.displayText());
+        m_restoreDrive->addItem(driveText(d));
     m_restoreDrive->setCurrentIndex(m_restoreDrives.isEmpty() ? -1 : 0);
     fillArchives();
     showPage(Rettung);

@@ -49,6 +49,7 @@ private:
     QWidget* buildRestorePage();
     std::pair<QPushButton*, QPushButton*> navigation(QWidget* page, QLayout* layout, Page page_);
     void showPage(Page page);
+    QString driveText(const Drive& drive) const;
     void showProgress(int percent, const QString& stage);
 
     void startBackup();
