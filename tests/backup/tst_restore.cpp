@@ -26,10 +26,20 @@ QMap<QString, QByteArray> checksums(const QString& folder)
     return sums;
 }
 
+// A start of the desktop program: only it, holding the folder's lock, takes a staged restore over.
+std::unique_ptr<Session> startDesktop(const test::TempDataFolder& folder, test::ScriptedPrompter& prompter)
+{
+    StartupOptions options;
+    options.dataFolder = folder.path();
+    options.locale = QLocale();
+    options.singleInstance = true;
+    return startSession(options, prompter);
+}
+
 QStringList rowsOf(const test::TempDataFolder& folder)
 {
     test::ScriptedPrompter quiet;
-    auto session = folder.start(quiet);
+    auto session = startDesktop(folder, quiet);
     return test::dumpRows(session->database->shared());
 }
 
@@ -76,8 +86,14 @@ private slots:
         QCOMPARE(test::sha256(other.databasePath()), otherDatabase); // nothing touched before the next start
         QVERIFY(hasStagedRestore(other.path()));
 
+        {
+            test::ScriptedPrompter beside; // a script running beside the desktop program leaves it waiting
+            auto script = other.start(beside);
+            QCOMPARE(beside.messages(), QStringList());
+            QVERIFY(hasStagedRestore(other.path()));
+        }
         test::ScriptedPrompter prompter;
-        auto session = other.start(prompter);
+        auto session = startDesktop(other, prompter);
         QVERIFY(session);
         QVERIFY(prompter.messages().first().startsWith(QStringLiteral("Die eingelesene Datensicherung wurde übernommen.")));
         QCOMPARE(test::dumpRows(session->database->shared()), originRows);
@@ -124,7 +140,7 @@ private slots:
         QVERIFY(!hasStagedRestore(data.path()));
 
         test::ScriptedPrompter prompter;
-        auto session = data.start(prompter);
+        auto session = startDesktop(data, prompter);
         QCOMPARE(prompter.messages(), QStringList());
         QCOMPARE(test::dumpRows(session->database->shared()), rows);
     }
@@ -166,7 +182,7 @@ private slots:
         QDir().mkpath(partial);
         test::writeBytes(partial + QStringLiteral("/TARVIK3.db"), "halb");
         test::ScriptedPrompter prompter;
-        auto session = data.start(prompter);
+        auto session = startDesktop(data, prompter);
         QCOMPARE(prompter.messages(), QStringList());
         QVERIFY(!QFileInfo::exists(partial));
         QCOMPARE(test::dumpRows(session->database->shared()), rows);

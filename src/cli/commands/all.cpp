@@ -11,6 +11,8 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeHolzlisteCommand());
         list.push_back(makeDruckenCommand());
         list.push_back(makeNeuberechnenCommand());
+        list.push_back(makeSicherungCommand());
+        list.push_back(makeWiederherstellenCommand());
         return list;
     }();
     return all;
