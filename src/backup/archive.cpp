@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <sys/stat.h>
 #include <zip.h>
 #include <zlib.h>
 
@@ -24,6 +23,10 @@ namespace {
 constexpr qint64 Chunk = 1 << 20;
 
 QString native(const QString& path) { return QDir::toNativeSeparators(path); }
+
+// Unix file-type bits as the ZIP format stores them in an entry's external attributes.
+constexpr zip_uint32_t UnixTypeMask = 0170000;
+constexpr zip_uint32_t UnixLink = 0120000;
 
 std::filesystem::path fsPath(const QString& path) { return std::filesystem::path(path.toStdU16String()); }
 
@@ -83,7 +86,7 @@ bool isLink(zip_t* archive, zip_uint64_t index)
     zip_uint32_t attributes = 0;
     if (zip_file_get_external_attributes(archive, index, 0, &system, &attributes) != 0)
         return false;
-    return system == ZIP_OPSYS_UNIX && ((attributes >> 16) & S_IFMT) == S_IFLNK;
+    return system == ZIP_OPSYS_UNIX && ((attributes >> 16) & UnixTypeMask) == UnixLink;
 }
 
 QString notOurs(const QString& path, const QString& reason)
@@ -214,6 +217,15 @@ QString localArchiveFolder(const QString& dataFolder)
     return QDir(dataFolder).filePath(QLatin1String(LocalArchiveFolderName)) + u'/';
 }
 
+QByteArray zipPath(const QString& path)
+{
+#ifdef Q_OS_WIN
+    return QDir::toNativeSeparators(path).toUtf8();
+#else
+    return QFile::encodeName(path);
+#endif
+}
+
 bool isPlainEntryName(const QString& name)
 {
     if (name.isEmpty() || name.size() > 255 || name.startsWith(u'.'))
@@ -250,7 +262,7 @@ ArchiveResult writeArchive(const QString& dataFolder, const QString& archivePath
     }
 
     int code = 0;
-    zip_t* archive = zip_open(QFile::encodeName(temporary).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
+    zip_t* archive = zip_open(zipPath(temporary).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
     if (!archive) {
         result.error = QStringLiteral("Die Datensicherung \"%1\" kann nicht angelegt werden: %2").arg(native(archivePath), zipOpenError(code));
         return result;
@@ -260,7 +272,7 @@ ArchiveResult writeArchive(const QString& dataFolder, const QString& archivePath
         entries.append({name, QDir(dataFolder).filePath(name)});
     entries.append({QLatin1String(DatabaseFileName), snapshot});
     for (const auto& [name, path] : entries) {
-        zip_source_t* source = zip_source_file(archive, QFile::encodeName(path).constData(), 0, -1);
+        zip_source_t* source = zip_source_file(archive, zipPath(path).constData(), 0, -1);
         const zip_int64_t index = source ? zip_file_add(archive, name.toUtf8().constData(), source, ZIP_FL_ENC_UTF_8 | ZIP_FL_OVERWRITE) : -1;
         if (index < 0) {
             if (source)
@@ -315,7 +327,7 @@ ArchiveCheck checkArchive(const QString& archivePath, const ProgressFn& progress
         return result;
     }
     int code = 0;
-    zip_t* archive = zip_open(QFile::encodeName(archivePath).constData(), ZIP_RDONLY | ZIP_CHECKCONS, &code);
+    zip_t* archive = zip_open(zipPath(archivePath).constData(), ZIP_RDONLY | ZIP_CHECKCONS, &code);
     if (!archive) {
         result.error = QStringLiteral("Die Datei \"%1\" ist kein lesbares ZIP-Archiv oder sie ist beschädigt (%2).")
                            .arg(native(archivePath), zipOpenError(code));

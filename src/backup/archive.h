@@ -1,6 +1,7 @@
 #pragma once
 // The backup archive: one ZIP file a day holding the files of the data folder and a consistent
 // copy of the database, written under a temporary name, read back and only then put in place.
+#include <QByteArray>
 #include <QDate>
 #include <QDateTime>
 #include <QList>
@@ -57,6 +58,9 @@ struct ArchiveCheck {
 // and links, and checks the database inside with the engine's integrity check. With
 // extractTo set, the entries are written into that existing folder on the way.
 ArchiveCheck checkArchive(const QString& archivePath, const ProgressFn& progress = {}, const QString& extractTo = {});
+
+// A file name as libzip takes it on this platform.
+QByteArray zipPath(const QString& path);
 
 // Plain file name: no folder part, no drive letter, no "..", nothing hidden.
 bool isPlainEntryName(const QString& name);

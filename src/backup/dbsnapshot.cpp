@@ -12,7 +12,7 @@ namespace {
 struct Connection {
     sqlite3* db = nullptr;
     int rc = SQLITE_OK;
-    Connection(const QString& path, int flags) { rc = sqlite3_open_v2(QFile::encodeName(path).constData(), &db, flags, nullptr); }
+    Connection(const QString& path, int flags) { rc = sqlite3_open_v2(path.toUtf8().constData(), &db, flags, nullptr); }
     ~Connection() { sqlite3_close(db); }
     QString error() const { return db ? QString::fromUtf8(sqlite3_errmsg(db)) : QString::fromUtf8(sqlite3_errstr(rc)); }
 };

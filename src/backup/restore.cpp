@@ -19,7 +19,7 @@ StageResult stageRestore(const QString& archivePath, const QString& dataFolder, 
 
     // A cheap first look, so a foreign or oversized archive is refused before anything is written.
     int code = 0;
-    if (zip_t* archive = zip_open(QFile::encodeName(archivePath).constData(), ZIP_RDONLY, &code)) {
+    if (zip_t* archive = zip_open(zipPath(archivePath).constData(), ZIP_RDONLY, &code)) {
         qint64 size = 0;
         const zip_int64_t count = zip_get_num_entries(archive, 0);
         for (zip_int64_t i = 0; i < count; ++i) {
