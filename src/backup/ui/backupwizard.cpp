@@ -40,6 +40,8 @@ QString sizeText(qint64 bytes)
 {
     if (bytes < 1024 * 1024)
         return QLocale().toString(double(bytes) / 1024.0, 'f', 0) + QStringLiteral(" kB");
+    if (bytes >= qint64(1) << 30)
+        return QLocale().toString(double(bytes) / (1024.0 * 1024.0 * 1024.0), 'f', 1) + QStringLiteral(" GB");
     return QLocale().toString(double(bytes) / (1024.0 * 1024.0), 'f', 1) + QStringLiteral(" MB");
 }
 
