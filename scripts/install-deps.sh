@@ -10,6 +10,7 @@ packages=(
   libzip-dev zlib1g-dev zip unzip
   fonts-liberation2
   poppler-utils
+  mdbtools-dev mdbtools
   ccache
 )
 

@@ -43,6 +43,7 @@ private:
     void openLogs();
     void openPoles();
     void openStacks();
+    void openInvoices();
     void printHarvest();
     void showTimberList();
     void buildTimberList(qint32 harvestId);
@@ -52,6 +53,11 @@ private:
     void openSettings();
     void openBackup();
     bool runBackupWizard();
+    void openLotMap();
+    void compactDatabaseFile();
+    void takeOverVersion2();
+    void releaseDatabase();
+    void endAfterMaintenance(bool keepSettingsFile);
     bool requireMarkedHarvest();
     void saveColumnWidths() const;
     void restoreColumnWidths();
@@ -69,6 +75,8 @@ private:
     bool m_refill = true;
     bool m_infoWide = false;
     bool m_restoreStaged = false;
+    bool m_endingAfterMaintenance = false;
+    bool m_keepSettingsFile = false;
 };
 
 } // namespace tarvik
