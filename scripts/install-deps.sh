@@ -10,6 +10,7 @@ packages=(
   fonts-liberation2
   poppler-utils
   ccache
+  libxlsxwriter-dev qt6-charts-dev unzip
 )
 
 missing=()
