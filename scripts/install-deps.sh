@@ -10,7 +10,7 @@ packages=(
   fonts-liberation2
   poppler-utils
   ccache
-  libxlsxwriter-dev qt6-charts-dev unzip
+  libxlsxwriter-dev qt6-charts-dev libqt6opengl6-dev unzip
 )
 
 missing=()
