@@ -51,7 +51,7 @@ private slots:
             {"H_Neuerhieb", "Neuer &Hieb", true},       {"H_Hieblöschen", "Aktuellen Hieb &löschen", true},
             {"S_ZEPbeenden", " Beenden", true},          {"allgemeines", "&Einstellungen", true},
             {"E_EingabeStämme", "&Stämme", true},       {"A_Statistikholzliste", "&Holzliste", true},
-            {"A_StatistikHiebe", "&Hiebe", false},
+            {"A_StatistikHiebe", "&Hiebe", true},
             {"S_Stammdaten_Rindenabzug2", "Rindenabzug &frei definiert", false},
             {"S_xdatensicherung", "&Datensicherung", false}, {"popzeile(1)", "&Ändern", true}};
         for (const auto& [name, caption, enabled] : items) {
