@@ -132,7 +132,7 @@ private slots:
         whenShown(QStringLiteral("BF_Diagramm"), [&](QWidget* w) {
             auto* window = static_cast<ChartWindow*>(w);
             auto* view = child<QChartView>(*w, "diagramm");
-            auto* series = static_cast<QBarSeries*>(view->chart()->series().first());
+            auto* series = static_cast<QAbstractBarSeries*>(view->chart()->series().first());
             bars = int(series->barSets().first()->count());
             category = child<QComboBox>(*w, "komwert")->currentText();
             savedPng = window->savePng(png);

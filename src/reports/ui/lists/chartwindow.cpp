@@ -2,6 +2,7 @@
 
 #include <QBarCategoryAxis>
 #include <QBarSeries>
+#include <QHorizontalBarSeries>
 #include <QBarSet>
 #include <QChart>
 #include <QChartView>
@@ -11,6 +12,7 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QValueAxis>
 #include <QVBoxLayout>
 
@@ -30,7 +32,7 @@ ChartWindow::ChartWindow(ChartData data, Prompter& prompter, QWidget* parent)
 {
     setObjectName(QStringLiteral("BF_Diagramm"));
     setWindowTitle(QStringLiteral("Diagramm: ") + m_data.title);
-    resize(900, 600);
+    resize(1000, 680);
     m_figure = new QComboBox;
     m_figure->setObjectName(QStringLiteral("komwert"));
     m_figure->addItems(m_data.figures);
@@ -58,7 +60,12 @@ ChartWindow::ChartWindow(ChartData data, Prompter& prompter, QWidget* parent)
     buttons->addWidget(close);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top);
-    layout->addWidget(m_view, 1);
+    // Many groups get the height their labels need; the window scrolls.
+    auto* scroll = new QScrollArea;
+    scroll->setWidgetResizable(true);
+    scroll->setWidget(m_view);
+    m_view->setMinimumHeight(m_data.groups.size() > 10 ? int(m_data.groups.size()) * 20 + 120 : 400);
+    layout->addWidget(scroll, 1);
     layout->addLayout(buttons);
 
     connect(m_figure, &QComboBox::currentIndexChanged, this, &ChartWindow::showFigure);
@@ -71,13 +78,23 @@ void ChartWindow::showFigure(int figure)
 {
     if (figure < 0 || figure >= m_data.values.size())
         return;
+    // Many groups lie better as horizontal bars, the first group on top: their labels keep
+    // their full width.
+    const bool horizontal = m_data.groups.size() > 10;
+    QStringList labels = m_data.groups;
+    QList<double> values = m_data.values[figure];
+    if (horizontal) {
+        std::reverse(labels.begin(), labels.end());
+        std::reverse(values.begin(), values.end());
+    }
     auto* set = new QBarSet(m_data.figures[figure]);
     double top = 0;
-    for (double v : m_data.values[figure]) {
+    for (double v : values) {
         *set << v;
         top = std::max(top, v);
     }
-    auto* series = new QBarSeries;
+    QAbstractBarSeries* series = horizontal ? static_cast<QAbstractBarSeries*>(new QHorizontalBarSeries)
+                                            : static_cast<QAbstractBarSeries*>(new QBarSeries);
     series->append(set);
     series->setLabelsVisible(m_data.groups.size() <= 30);
     series->setLabelsFormat(QStringLiteral("@value"));
@@ -86,15 +103,15 @@ void ChartWindow::showFigure(int figure)
     chart->addSeries(series);
     chart->legend()->setVisible(false);
     auto* groups = new QBarCategoryAxis;
-    groups->append(m_data.groups);
-    groups->setLabelsAngle(m_data.groups.size() > 8 ? -60 : 0);
-    chart->addAxis(groups, Qt::AlignBottom);
+    groups->append(labels);
+    groups->setTruncateLabels(false);
+    chart->addAxis(groups, horizontal ? Qt::AlignLeft : Qt::AlignBottom);
     series->attachAxis(groups);
     auto* amount = new QValueAxis;
     amount->setTitleText(m_data.figures[figure]);
     amount->setRange(0, top > 0 ? top * 1.1 : 1);
     amount->setLabelFormat(QStringLiteral("%.3g"));
-    chart->addAxis(amount, Qt::AlignLeft);
+    chart->addAxis(amount, horizontal ? Qt::AlignBottom : Qt::AlignLeft);
     series->attachAxis(amount);
     QChart* old = m_view->chart();
     m_view->setChart(chart);

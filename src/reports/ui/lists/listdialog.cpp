@@ -54,7 +54,7 @@ ListDialog::ListDialog(const AppContext& context, lists::Member member, std::opt
     setObjectName(m_def.windowName);
     setWindowTitle(m_def.title);
     setModal(true);
-    resize(1280, 740);
+    resize(1280, 700);
     buildControls();
     fillFilters();
     restoreChoices();
@@ -154,22 +154,23 @@ void ListDialog::buildControls()
     left->addWidget(columnBox, 1);
 
     auto* groupBox = new QGroupBox(QStringLiteral("Daten gruppiert listen"));
-    auto* groupLayout = new QVBoxLayout(groupBox);
-    groupLayout->setSpacing(2);
+    auto* groupLayout = new QGridLayout(groupBox);
+    groupLayout->setVerticalSpacing(2);
     m_grouping = new QButtonGroup(this);
     const int options = int(m_def.groupings.size()) + 1;
+    const int perColumn = (options + 1) / 2; // two columns leave the grid its height
     for (int i = 0; i < options; ++i) {
         const QString caption = i < m_def.groupings.size() ? m_def.groupings[i].caption : QString::fromUtf8(lists::NoGrouping);
         auto* r = new QRadioButton(caption);
         r->setObjectName(QStringLiteral("optigruppe(%1)").arg(i));
         m_grouping->addButton(r, i);
-        groupLayout->addWidget(r);
+        groupLayout->addWidget(r, i % perColumn, i / perColumn);
     }
     m_grouping->button(options - 1)->setChecked(true);
     auto* note = new QLabel(QString::fromUtf8(lists::GroupingNote));
     note->setObjectName(QStringLiteral("bezhinweis"));
     note->setWordWrap(true);
-    groupLayout->addWidget(note);
+    groupLayout->addWidget(note, perColumn, 0, 1, 2);
     connect(m_grouping, &QButtonGroup::idClicked, this, &ListDialog::onGroupingChanged);
 
     auto* leftPanel = new QWidget;
@@ -370,7 +371,8 @@ bool ListDialog::handOn(const lists::ListQuery& query, qint64 rows)
         return !m_cancelled;
     };
     lists::WriteResult written;
-    const lists::TextOptions options = lists::TextOptions::from(m_context.settings, m_def.title, m_context.clock.today());
+    const QString title = m_shownGrouping >= 0 ? m_def.title + QStringLiteral(" – ") + m_def.groupings[m_shownGrouping].caption : m_def.title;
+    const lists::TextOptions options = lists::TextOptions::from(m_context.settings, title, m_context.clock.today());
     const auto formats = lists::columnFormats(m_def, query);
     try {
         QSqlQuery rowsQuery = execSql(m_context.db, query.sql, query.values);
