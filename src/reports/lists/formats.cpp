@@ -111,6 +111,9 @@ QString cellText(const ColumnFormat& format, const QVariant& value)
     case Kind::Text:
         return value.toString();
     case Kind::Integer:
+        // Whole numbers come from the engine as integers; only other values need the rounding.
+        if (value.typeId() == QMetaType::LongLong || value.typeId() == QMetaType::Int)
+            return QString::number(value.toLongLong());
         return formatDecimal(readNumber(value), 0);
     case Kind::Decimal:
         return formatDecimal(readNumber(value), format.decimals);

@@ -24,7 +24,11 @@ QString cannotWrite(const QString& path, const QString& reason)
 // Text columns left-aligned, figures and dates right-aligned, each to its width.
 QString padded(const ColumnFormat& f, const QString& text)
 {
-    return f.kind == Kind::Text ? columns::left(text, f.width) : columns::right(text, f.width);
+    if (f.kind == Kind::Text)
+        return columns::left(text, f.width);
+    if (text.size() >= f.width)
+        return text.left(f.width);
+    return QString(f.width - text.size(), u' ') + text; // figures carry no blanks to trim
 }
 
 // A line without the padding of its last column.
@@ -52,6 +56,8 @@ public:
         : m_cols(cols), m_options(o), m_total(total),
           m_pages(o.pageBreaks ? std::max<qint64>(1, (total + o.linesPerPage - 1) / o.linesPerPage) : 1)
     {
+        for (const ColumnFormat& f : cols)
+            m_width += f.width + int(o.separator.size());
     }
 
     QStringList head(qint64 page) const
@@ -84,10 +90,27 @@ public:
 
     QString row(const QSqlQuery& q) const
     {
-        QStringList cells;
-        for (int i = 0; i < m_cols.size(); ++i)
-            cells << padded(m_cols[i], cellText(m_cols[i], q.value(i)).replace(u'\n', u' ').replace(u'\r', u' '));
-        return trimmedEnd(cells.join(m_options.separator));
+        // One string built in place: this runs once for every row of lists a million long.
+        QString line;
+        line.reserve(m_width);
+        for (int i = 0; i < m_cols.size(); ++i) {
+            const ColumnFormat& f = m_cols[i];
+            if (i > 0)
+                line += m_options.separator;
+            QString cell = cellText(f, q.value(i));
+            if (f.kind == Kind::Text) {
+                if (cell.contains(u'\n') || cell.contains(u'\r'))
+                    cell.replace(u'\n', u' ').replace(u'\r', u' ');
+                cell = cell.trimmed();
+            }
+            const qsizetype shown = std::min<qsizetype>(cell.size(), f.width);
+            if (f.kind != Kind::Text)
+                line.resize(line.size() + f.width - shown, u' ');
+            line += QStringView(cell).left(shown);
+            if (f.kind == Kind::Text)
+                line.resize(line.size() + f.width - shown, u' ');
+        }
+        return trimmedEnd(std::move(line));
     }
 
     QStringList tail(qint64 written) const
@@ -105,7 +128,25 @@ private:
     const TextOptions& m_options;
     qint64 m_total;
     qint64 m_pages;
+    int m_width = 0;
 };
+
+// Windows-1252 appended to the buffer; plain ASCII, the bulk of every list, byte for byte.
+void appendCp1252(QByteArray& out, const QString& text)
+{
+    const qsizetype start = out.size();
+    out.resize(start + text.size());
+    char* p = out.data() + start;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c < 0x80) {
+            p[i] = char(c);
+        } else {
+            const QByteArray one = encodeCp1252(QString(QChar(c)));
+            p[i] = one.isEmpty() ? '?' : one[0];
+        }
+    }
+}
 
 bool keepGoing(const Progress& progress, qint64 done)
 {
@@ -164,10 +205,16 @@ WriteResult writeText(const QString& path, QSqlQuery& rows, const QList<ColumnFo
         return result;
     }
     const TextLayout layout(columns, options, totalRows);
-    auto put = [&file](const QStringList& lines) {
+    // Lines gather in a buffer that goes to the file a megabyte at a time.
+    QByteArray buffer;
+    auto put = [&file, &buffer](const QStringList& lines) {
         for (const QString& line : lines) {
-            file.write(encodeCp1252(line));
-            file.write("\r\n", 2);
+            appendCp1252(buffer, line);
+            buffer += "\r\n";
+        }
+        if (buffer.size() > (1 << 20)) {
+            file.write(buffer);
+            buffer.clear();
         }
     };
     qint64 n = 0;
@@ -181,6 +228,7 @@ WriteResult writeText(const QString& path, QSqlQuery& rows, const QList<ColumnFo
         }
     }
     put(layout.tail(n));
+    file.write(buffer);
     if (!file.commit()) {
         result.error = cannotWrite(path, file.errorString());
         return result;

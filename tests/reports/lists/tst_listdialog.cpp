@@ -3,7 +3,7 @@
 #include "reports/lists/members.h"
 #include "reports/ui/lists/chartwindow.h"
 #include "reports/ui/lists/listdialog.h"
-#include "reports/ui/lists/listmodel.h"
+#include "reports/lists/listmodel.h"
 #include "store/sql.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"

@@ -4,7 +4,7 @@
 #include "reports/lists/writers.h"
 #include "reports/reportfile.h"
 #include "reports/ui/lists/chartwindow.h"
-#include "reports/ui/lists/listmodel.h"
+#include "reports/lists/listmodel.h"
 #include "reports/ui/textoutputwindow.h"
 #include "store/sql.h"
 

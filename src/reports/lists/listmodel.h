@@ -1,5 +1,5 @@
 #pragma once
-// The rows of `gridli`: fetched from the open statement as the grid scrolls, never all at once,
+// The rows of the list grid `gridli`: fetched from the open statement as the grid scrolls, never all at once,
 // and shown as the list's text form shows them.
 #include "reports/lists/formats.h"
 

@@ -1,4 +1,4 @@
-#include "reports/ui/lists/listmodel.h"
+#include "reports/lists/listmodel.h"
 
 #include <QSqlError>
 #include <QSqlQuery>
