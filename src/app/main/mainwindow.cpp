@@ -15,6 +15,7 @@
 #include "reports/reportfile.h"
 #include "reports/timberlist.h"
 #include "reports/ui/lists/listdialog.h"
+#include "reports/ui/lists/timberlistdialog.h"
 #include "reports/ui/textoutputwindow.h"
 #include "settings/ui/settingsdialog.h"
 #include "store/records.h"
@@ -226,7 +227,7 @@ QWidget* MainWindow::buildButtons()
     for (const Item& item : std::initializer_list<Item>{
              {"bt_rechnung", "Eingabe Rechnungen"}})
         button(QString::fromUtf8(item.name), QString::fromUtf8(item.caption));
-    working("bt_holzlistelisten", "Holzliste erstellen", &MainWindow::showTimberList);
+    working("bt_holzlistelisten", "Holzliste erstellen", &MainWindow::openTimberListDialog);
     const std::tuple<const char*, const char*, lists::Member> evaluations[] = {
         {"bt_hiebelisten", "Hiebe auswerten", lists::Member::Hiebe},
         {"bt_loselisten", "Lose auswerten", lists::Member::Lose},
@@ -516,6 +517,17 @@ void MainWindow::openSelection()
     }
     if (m_prompter.askYesNo(markSelectedQuestion(int(selected.size()))))
         markHarvests(selected);
+}
+
+void MainWindow::openTimberListDialog()
+{
+    const auto id = currentHarvestId();
+    if (!id) {
+        m_prompter.inform(QStringLiteral("Sie müssen zuerst einen Hieb auswählen, bevor Sie die Daten listen/drucken können."));
+        return;
+    }
+    TimberListDialog dialog(context(), *id, this);
+    dialog.exec();
 }
 
 void MainWindow::openList(lists::Member member)

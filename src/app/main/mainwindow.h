@@ -55,6 +55,7 @@ private:
     void markSelectedHarvests();
     void openSelection();
     void openList(lists::Member member);
+    void openTimberListDialog();
     void toggleInfoWidth();
     void openSettings();
     bool requireMarkedHarvest();

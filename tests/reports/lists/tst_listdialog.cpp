@@ -2,7 +2,9 @@
 // grid's counts and sums, the hand-on to the text window and the chart of a grouped list.
 #include "reports/lists/members.h"
 #include "reports/ui/lists/chartwindow.h"
+#include "reports/timberlist.h"
 #include "reports/ui/lists/listdialog.h"
+#include "reports/ui/lists/timberlistdialog.h"
 #include "reports/lists/listmodel.h"
 #include "store/sql.h"
 #include "support/tempdatafolder.h"
@@ -14,6 +16,7 @@
 #include <QChartView>
 #include <QComboBox>
 #include <QLabel>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -199,6 +202,29 @@ private slots:
         child<QRadioButton>(dialog, "optizeitraum(0)")->click();
         dialog.reject();
         QCOMPARE(m_settings.zahl[2], qint16(0));
+    }
+
+    void timberListOfTickedLots()
+    {
+        TimberListDialog dialog(context(), m_h1);
+        auto* lots = child<QListWidget>(dialog, "liste");
+        QCOMPARE(lots->count(), 2);
+        child<QPushButton>(dialog, "alle(1)")->click();
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QCOMPARE(m_prompter.messages(), QStringList{QString::fromUtf8(NoLotsMarked)});
+        m_prompter.clear();
+
+        lots->item(1)->setCheckState(Qt::Checked);
+        QString shown;
+        whenShown(QStringLiteral("AF_Textausgabe"), [&](QWidget* w) { shown = child<QPlainTextEdit>(*w, "t")->toPlainText(); });
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QVERIFY(m_prompter.messages().isEmpty());
+        QVERIFY(shown.startsWith(QStringLiteral("HIEBDATEN")));
+        QVERIFY(shown.contains(QStringLiteral("Mittelwerte je Stamm:  EFM_OR 0,750   LÄNGE 5,0")));
+        QVERIFY(shown.contains(QStringLiteral("Baumarten:             BU (Rotbuche), FI (Fichte)")));
+        QVERIFY(shown.contains(QStringLiteral("Holzliste nach Baumarten, Güte- und Stärkelassen für Los 2")));
+        QVERIFY(!shown.contains(QStringLiteral("Holzliste nach Baumarten, Güte- und Stärkelassen für Los 1")));
+        QVERIFY(shown.contains(QStringLiteral("Einzelauswertung Stämme Los 2")));
     }
 
     void gridFetchesLazily()
