@@ -102,7 +102,7 @@ std::vector<Result> listScenarios(const QString& path, int groupedRuns, int full
             for (int c = 0; c < model.columnCount(); ++c)
                 model.data(model.index(row, c));
     });
-    const QByteArray countSql = (QStringLiteral("select count(*) from (") + f.sql + u')').toUtf8();
+    const QByteArray countSql = f.countSql.toUtf8();
     shown.raw = measure(fullRuns, [&] {
         rawRows(raw, countSql);
         rawRows(raw, plainSql(f), 256);

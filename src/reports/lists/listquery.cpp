@@ -41,6 +41,8 @@ ListQuery buildListQuery(const ListRequest& request, const Einstellungen& settin
         q.sql = QStringLiteral("select ") + keys.join(QStringLiteral(", ")) + QStringLiteral(", ") + def.aggregates + where +
                 QStringLiteral(" group by ") + g.expressions.join(QStringLiteral(", ")) + QStringLiteral(" order by ") +
                 g.expressions.join(QStringLiteral(", "));
+        q.countSql = QStringLiteral("select count(*) from (select 1") + where + QStringLiteral(" group by ") +
+                     g.expressions.join(QStringLiteral(", ")) + u')';
         q.groupColumns = int(g.columns.size());
         q.columns = g.columns;
         for (const QString& part : def.aggregates.split(QStringLiteral(", ")))
@@ -61,6 +63,7 @@ ListQuery buildListQuery(const ListRequest& request, const Einstellungen& settin
     q.sql = QStringLiteral("select ") + select.join(QStringLiteral(", ")) + where + QStringLiteral(" order by ") + def.qualified(sort) +
             (request.descending ? QStringLiteral(" DESC") : QString());
     q.columns = chosen;
+    q.countSql = QStringLiteral("select count(*)") + where;
     return q;
 }
 
@@ -82,7 +85,7 @@ std::optional<ListQuery> prepareList(const ListRequest& request, const Einstellu
 
 qint64 countRows(const QSqlDatabase& db, const ListQuery& query)
 {
-    return scalar(db, QStringLiteral("select count(*) from (") + query.sql + u')', query.values).toLongLong();
+    return scalar(db, query.countSql, query.values).toLongLong();
 }
 
 QVariantList distinctValues(const QSqlDatabase& db, const MemberDef& def, const Filter& filter)

@@ -31,6 +31,7 @@ struct ListQuery {
     QVariantList values;
     QStringList columns; // the result's column names in order
     int groupColumns = 0; // leading group columns of a grouped list
+    QString countSql;     // the rows of sql, counted without sorting them
 };
 
 // The statement for the request. Unknown column or sort names are refused with StoreError so
