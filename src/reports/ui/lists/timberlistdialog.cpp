@@ -1,5 +1,6 @@
 #include "reports/ui/lists/timberlistdialog.h"
 
+#include "common/text.h"
 #include "common/textfile.h"
 #include "reports/lists/writers.h"
 #include "reports/reportfile.h"
@@ -40,9 +41,12 @@ TimberListDialog::TimberListDialog(const AppContext& context, qint32 harvestId, 
                                                            "WHERE Kennung = ? AND Sortierung = 'Stämme' ORDER BY Los_Nr"),
                               {harvestId});
         while (q.next()) {
-            auto* item = new QListWidgetItem(QStringLiteral("Los %1  %2  (%3 Stämme)")
-                                                 .arg(q.value(0).toString(), q.value(1).toString().trimmed(), q.value(2).toString()),
-                                             m_lots);
+            QString label = QStringLiteral("Los ") + q.value(0).toString();
+            if (const QString name = readText(q.value(1)); !name.isEmpty())
+                label += QStringLiteral("  ") + name;
+            if (!q.value(2).isNull())
+                label += QStringLiteral("  (%1 Stämme)").arg(q.value(2).toLongLong());
+            auto* item = new QListWidgetItem(label, m_lots);
             item->setData(Qt::UserRole, q.value(0).toInt());
             item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
             item->setCheckState(Qt::Checked);
