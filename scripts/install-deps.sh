@@ -9,6 +9,7 @@ packages=(
   libsqlite3-dev sqlite3
   fonts-liberation2
   poppler-utils
+  mdbtools-dev mdbtools
   ccache
   libxlsxwriter-dev qt6-charts-dev libqt6opengl6-dev unzip
 )

@@ -44,6 +44,7 @@ private:
     void openLogs();
     void openPoles();
     void openStacks();
+    void openInvoices();
     void printHarvest();
     void showTimberList();
     void buildTimberList(qint32 harvestId);
@@ -58,6 +59,11 @@ private:
     void openTimberListDialog();
     void toggleInfoWidth();
     void openSettings();
+    void openLotMap();
+    void compactDatabaseFile();
+    void takeOverVersion2();
+    void releaseDatabase();
+    void endAfterMaintenance(bool keepSettingsFile);
     bool requireMarkedHarvest();
     void saveColumnWidths() const;
     void restoreColumnWidths();
@@ -74,6 +80,8 @@ private:
     bool m_activatedOnce = false;
     bool m_refill = true;
     bool m_infoWide = false;
+    bool m_endingAfterMaintenance = false;
+    bool m_keepSettingsFile = false;
 };
 
 } // namespace tarvik

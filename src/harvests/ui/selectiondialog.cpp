@@ -32,7 +32,7 @@ SelectionDialog::SelectionDialog(QSqlDatabase db, Prompter& prompter, QWidget* p
     connect(all, &QPushButton::clicked, this, [this] { selectAllOrNone(true); });
 
     QPushButton* help = button(QStringLiteral("hilfe"), QStringLiteral("&Hilfe"));
-    help->setEnabled(false); // the help viewer comes with the maintenance windows
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     QPushButton* close = button(QStringLiteral("abbv"), QStringLiteral("&Schließen"));
     close->setDefault(true);
     connect(close, &QPushButton::clicked, this, &QDialog::accept);

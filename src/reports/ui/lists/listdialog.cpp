@@ -203,7 +203,7 @@ void ListDialog::buildControls()
     m_chart = button(QStringLiteral("comdiagramm"), QStringLiteral("&Diagramm"));
     m_chart->setEnabled(false);
     QPushButton* help = button(QStringLiteral("hilfe"), QStringLiteral("&Hilfe"));
-    help->setEnabled(false); // the help viewer comes with the maintenance windows
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     QPushButton* close = button(QStringLiteral("beenden"), QStringLiteral("&Beenden"));
     connect(m_ok, &QPushButton::clicked, this, &ListDialog::build);
     connect(m_stop, &QPushButton::clicked, this, &ListDialog::cancel);

@@ -71,7 +71,7 @@ TimberListDialog::TimberListDialog(const AppContext& context, qint32 harvestId, 
     QPushButton* ok = button(QStringLiteral("ok"), QStringLiteral("&Liste erstellen"));
     ok->setDefault(true);
     QPushButton* help = button(QStringLiteral("hilfe"), QStringLiteral("&Hilfe"));
-    help->setEnabled(false); // the help viewer comes with the maintenance windows
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     QPushButton* close = button(QStringLiteral("beenden"), QStringLiteral("&Beenden"));
     connect(ok, &QPushButton::clicked, this, &TimberListDialog::build);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
