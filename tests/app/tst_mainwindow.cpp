@@ -64,7 +64,8 @@ private slots:
         QCOMPARE(w.findChild<QPushButton*>(QStringLiteral("abwaerts(1)"))->text(), QStringLiteral("Nächster Hieb"));
         QVERIFY(w.findChild<QPushButton*>(QStringLiteral("bt_rechnung"))->isEnabled());
         QVERIFY(w.findChild<QAction*>(QStringLiteral("E_Eingaberechnungen"))->isEnabled());
-        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_rechnunglisten"))->isEnabled());
+        QVERIFY(w.findChild<QPushButton*>(QStringLiteral("bt_rechnunglisten"))->isEnabled());
+        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_stammdaten"))->isEnabled());
     }
 
     void emptyListShowsZeros()
