@@ -59,6 +59,8 @@ private:
     void openTimberListDialog();
     void toggleInfoWidth();
     void openSettings();
+    void openBackup();
+    bool runBackupWizard();
     void openLotMap();
     void compactDatabaseFile();
     void takeOverVersion2();
@@ -80,6 +82,7 @@ private:
     bool m_activatedOnce = false;
     bool m_refill = true;
     bool m_infoWide = false;
+    bool m_restoreStaged = false;
     bool m_endingAfterMaintenance = false;
     bool m_keepSettingsFile = false;
 };
