@@ -53,7 +53,7 @@ private slots:
             {"H_Neuerhieb", "Neuer &Hieb", true},       {"H_Hieblöschen", "Aktuellen Hieb &löschen", true},
             {"S_ZEPbeenden", " Beenden", true},          {"allgemeines", "&Einstellungen", true},
             {"E_EingabeStämme", "&Stämme", true},       {"A_Statistikholzliste", "&Holzliste", true},
-            {"A_StatistikHiebe", "&Hiebe", false},
+            {"A_StatistikHiebe", "&Hiebe", true},
             {"S_Stammdaten_Rindenabzug2", "Rindenabzug &frei definiert", false},
             {"S_xdatensicherung", "&Datensicherung", true}, {"popzeile(1)", "&Ändern", true}};
         for (const auto& [name, caption, enabled] : items) {
@@ -66,7 +66,8 @@ private slots:
         QCOMPARE(w.findChild<QPushButton*>(QStringLiteral("abwaerts(1)"))->text(), QStringLiteral("Nächster Hieb"));
         QVERIFY(w.findChild<QPushButton*>(QStringLiteral("bt_rechnung"))->isEnabled());
         QVERIFY(w.findChild<QAction*>(QStringLiteral("E_Eingaberechnungen"))->isEnabled());
-        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_rechnunglisten"))->isEnabled());
+        QVERIFY(w.findChild<QPushButton*>(QStringLiteral("bt_rechnunglisten"))->isEnabled());
+        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_stammdaten"))->isEnabled());
     }
 
     void emptyListShowsZeros()
