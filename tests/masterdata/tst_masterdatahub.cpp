@@ -18,6 +18,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSqlQueryModel>
+#include <QStandardPaths>
 #include <QSqlRecord>
 #include <QTableView>
 #include <QTableWidget>
@@ -63,6 +64,7 @@ class TestMasterDataHub : public QObject {
     QString value(const QString& sql, const QVariantList& values = {}) const { return scalar(db(), sql, values).toString(); }
 
 private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); } // grid widths go to a test store
     void init()
     {
         m_db.reset();

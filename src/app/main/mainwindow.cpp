@@ -9,6 +9,8 @@
 #include "entry/ui/logdialog.h"
 #include "entry/ui/poledialog.h"
 #include "entry/ui/stackdialog.h"
+#include "masterdata/ui/lookuplistdialog.h"
+#include "masterdata/ui/masterdatahub.h"
 #include "common/textfile.h"
 #include "reports/reportfile.h"
 #include "reports/timberlist.h"
@@ -179,6 +181,26 @@ void MainWindow::buildMenus()
     wire("E_EingabePfähle", &MainWindow::openPoles);
     wire("E_EingabeSchichtholz", &MainWindow::openStacks);
     wire("A_Statistikholzliste", &MainWindow::showTimberList);
+    // Each master data item opens the hub on its own list.
+    const char* const masterDataItems[MasterListCount] = {
+        "S_Stammdatenbaumarten",         "S_Stammdatenstärkestämme",  "S_Stammdatenstärkeheilbronner",
+        "S_Stammdatenstärkepfähle",      "S_Stammdatenstärkeschichtholz", "S_Stammdatengüteklassen",
+        "S_Stammdatenrindenabzug",       "S_Stammdatenmessbeträge",   "S_Stammdatenmesszahlen",
+        "S_Stammdaten_Rindenabzug2",     "S_Stammdatentagespreise"};
+    for (int i = 0; i < MasterListCount; ++i) {
+        QAction* a = findChild<QAction*>(QString::fromUtf8(masterDataItems[i]));
+        a->setEnabled(true);
+        connect(a, &QAction::triggered, this, [this, i] {
+            MasterDataHub hub(context(), MasterList(i), this);
+            hub.exec();
+        });
+    }
+    QAction* keywords = findChild<QAction*>(QStringLiteral("xeinstellstichworte"));
+    keywords->setEnabled(true);
+    connect(keywords, &QAction::triggered, this, [this] {
+        LookupListDialog dialog(context(), this);
+        dialog.exec();
+    });
     QAction* quit = findChild<QAction*>(QStringLiteral("S_ZEPbeenden"));
     quit->setEnabled(true);
     connect(quit, &QAction::triggered, this, &QWidget::close);
@@ -215,8 +237,14 @@ QWidget* MainWindow::buildButtons()
              {"bt_hiebelisten", "Hiebe auswerten"},
              {"bt_loselisten", "Lose auswerten"}, {"bt_staemmelisten", "Stämme auswerten"},
              {"bt_pfaehlelisten", "Pfähle auswerten"}, {"bt_schichtholzlisten", "Schichtholz auswerten"},
-             {"bt_rechnunglisten", "Rechnungen auswerten"}, {"bt_stammdaten", "Stammdaten"}})
+             {"bt_rechnunglisten", "Rechnungen auswerten"}})
         button(QString::fromUtf8(item.name), QString::fromUtf8(item.caption));
+    QPushButton* masterData = button(QStringLiteral("bt_stammdaten"), QStringLiteral("Stammdaten"));
+    masterData->setEnabled(true);
+    connect(masterData, &QPushButton::clicked, this, [this] {
+        MasterDataHub hub(context(), std::nullopt, this); // the list chosen last
+        hub.exec();
+    });
     working("bt_einstellungen", "Einstellungen", &MainWindow::openSettings);
     button(QStringLiteral("bt_datensicherung"), QStringLiteral("Datensicherung"));
     button(QStringLiteral("googlemaps"), QStringLiteral("Google-Maps Polterlage"));
