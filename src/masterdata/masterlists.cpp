@@ -93,15 +93,6 @@ void dropColumnIfPresent(const QSqlDatabase& db, const QString& table, const QSt
         execSql(db, QStringLiteral("ALTER TABLE %1 DROP COLUMN %2").arg(quoted(table), quoted(column)));
 }
 
-QString cellText(const QVariant& v)
-{
-    if (v.isNull())
-        return QString();
-    if (v.typeId() == QMetaType::Double)
-        return formatDecimal(v.toDouble(), 2);
-    return readText(v);
-}
-
 } // namespace
 
 QString masterListCaption(MasterList list) { return QString::fromUtf8(Lists[int(list)].caption); }
@@ -131,6 +122,24 @@ QString masterListSql(const QSqlDatabase& db, MasterList list)
         columns << quoted(c);
     columns << quoted(QStringLiteral("ID"));
     return QStringLiteral("SELECT %1 FROM %2 ORDER BY \"ID\"").arg(columns.join(QStringLiteral(", ")), quoted(table));
+}
+
+bool isMoneyColumn(MasterList list, const QString& column)
+{
+    if (column.startsWith(u"Schätzpreis"))
+        return true;
+    return (list == MasterList::Messbetraege || list == MasterList::Tagespreise) && column.startsWith(QLatin1String("SK_"), Qt::CaseInsensitive);
+}
+
+QString shownValue(MasterList list, const QString& column, const QVariant& value)
+{
+    if (value.isNull())
+        return QString();
+    if (isMoneyColumn(list, column))
+        return formatDecimal(readNumber(value), 2);
+    if (value.typeId() == QMetaType::Double)
+        return numberText(value.toDouble());
+    return readText(value);
 }
 
 bool isCellEditable(MasterList list, const QString& column)
@@ -230,7 +239,7 @@ QStringList masterListReport(const QSqlDatabase& db, const Einstellungen& settin
     while (q.next()) {
         QStringList row;
         for (int c = 0; c < record.count(); ++c) {
-            row << cellText(q.value(c));
+            row << shownValue(list, headers[c], q.value(c));
             widths[c] = std::min(MaxWidth, std::max(widths[c], int(row.last().size())));
         }
         rows << row;

@@ -28,6 +28,11 @@ QString masterListTable(MasterList list);
 QString masterListSql(const QSqlDatabase& db, MasterList list);
 std::optional<ClassTable> classTableOf(MasterList list);
 
+// Money columns (base amounts, day prices, estimated prices) are shown with two decimals.
+bool isMoneyColumn(MasterList list, const QString& column);
+// A value as the grid and the printed list show it.
+QString shownValue(MasterList list, const QString& column, const QVariant& value);
+
 // The per-class tables are edited in their cells, class columns only.
 bool isCellEditable(MasterList list, const QString& column);
 // Stores the typed value; asks whether it goes into every class column of the row. False when

@@ -188,7 +188,7 @@ private slots:
         const qint32 id = model->record(row).value(QStringLiteral("ID")).toInt();
         QCOMPARE(value(QStringLiteral("SELECT SK_L0 || '/' || SK_L6 || '/' || Güte FROM Tagespreise WHERE ID = ?"), {id}),
                  QStringLiteral("88.5/88.5/B"));
-        QCOMPARE(model->index(row, column).data().toDouble(), 88.5);
+        QCOMPARE(model->index(row, column).data().toString(), QStringLiteral("88,50"));
 
         child<QPushButton>(hub, "kopie")->click();
         QCOMPARE(m_prompter.messages().last(),

@@ -31,6 +31,21 @@ public:
     using QSqlQueryModel::QSqlQueryModel;
     std::function<bool(int, int, const QString&)> onEdit;
     std::function<bool(int)> editable;
+    MasterList list = MasterList::Baumarten;
+
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        if (role == Qt::TextAlignmentRole) {
+            // Figures right-aligned, names left, as a reader scans them.
+            const int type = QSqlQueryModel::data(index, Qt::DisplayRole).typeId();
+            const bool figure = type == QMetaType::Int || type == QMetaType::LongLong || type == QMetaType::Double;
+            return QVariant(int(figure ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignLeft | Qt::AlignVCenter));
+        }
+        if (role != Qt::DisplayRole && role != Qt::EditRole)
+            return QSqlQueryModel::data(index, role);
+        const QVariant raw = QSqlQueryModel::data(index, Qt::DisplayRole);
+        return shownValue(list, record().fieldName(index.column()), raw);
+    }
 
     Qt::ItemFlags flags(const QModelIndex& index) const override
     {
@@ -157,6 +172,7 @@ void MasterDataHub::refresh()
     const std::optional<qint32> marked = m_shownList == int(list()) ? markedId() : std::nullopt;
     if (m_shownList >= 0 && m_model->columnCount() > 0)
         saveWidths();
+    m_model->list = list();
     try {
         QSqlQuery query(m_context.db);
         const QString sql = masterListSql(m_context.db, list());
