@@ -123,7 +123,8 @@ bool storeClass(const AppContext& context, ClassTable table, EditMode mode, std:
     QStringList reasons;
     if (klasse.isEmpty())
         reasons << QStringLiteral("...die Klasse angegeben werden muß.");
-    if (auto r = widthReason(klasse, 6, subject))
+    // A Heilbronn class is stored in the logs' five-character column as well.
+    if (auto r = widthReason(klasse, table == ClassTable::Heilbronn ? 5 : 6, subject))
         reasons << *r;
     if (auto r = table == ClassTable::Staemme ? columnNameReason(klasse, subject) : valueNameReason(klasse, subject))
         reasons << *r;

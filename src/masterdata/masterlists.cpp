@@ -7,6 +7,7 @@
 #include "store/sql.h"
 
 #include <QSqlRecord>
+#include <limits>
 
 namespace tarvik {
 namespace {
@@ -223,9 +224,10 @@ bool deleteMasterRow(const AppContext& context, MasterList list, qint32 id)
     return true;
 }
 
-QStringList masterListReport(const QSqlDatabase& db, const Einstellungen& settings, MasterList list)
+QStringList masterListReport(const QSqlDatabase& db, const Einstellungen& settings, MasterList list, QDate today)
 {
-    constexpr int RowsPerPage = 55;
+    const int rowsPerPage = settings.zahl[50] == 1 ? std::numeric_limits<int>::max() / 2 : 55;
+    const QString separator = settings.text[10].isEmpty() ? QStringLiteral(" ") : settings.text[10];
     constexpr int MaxWidth = 24;
     QSqlQuery q = execSql(db, masterListSql(db, list));
     const QSqlRecord record = q.record();
@@ -252,17 +254,19 @@ QStringList masterListReport(const QSqlDatabase& db, const Einstellungen& settin
             cells[c].toDouble(&number);
             out << (number || cells[c].contains(u',') ? columns::right(cells[c], widths[c]) : columns::left(cells[c], widths[c]));
         }
-        return out.join(u' ');
+        return out.join(separator);
     };
-    QStringList head{settings.text[1].trimmed(), QStringLiteral("Stammdaten: ") + masterListCaption(list).remove(QLatin1String("- ")), QString(),
-                     line(headers), QString(line(headers).size(), u'-')};
-    const int pages = std::max<int>(1, int((rows.size() + RowsPerPage - 1) / RowsPerPage));
+    QString title = QStringLiteral("Stammdaten: ") + masterListCaption(list).remove(QLatin1String("- "));
+    if (settings.zahl[1] == 1)
+        title += QStringLiteral("   Datum: ") + today.toString(QStringLiteral("dd.MM.yyyy"));
+    QStringList head{settings.text[1].trimmed(), title, QString(), line(headers), QString(line(headers).size(), u'-')};
+    const int pages = std::max<int>(1, int((rows.size() + rowsPerPage - 1) / rowsPerPage));
     QStringList out;
     for (int page = 0; page < pages; ++page) {
         if (page > 0)
             out << QStringLiteral("#");
         out << head;
-        for (int r = page * RowsPerPage; r < std::min<int>(int(rows.size()), (page + 1) * RowsPerPage); ++r)
+        for (int r = page * rowsPerPage; r < std::min<int>(int(rows.size()), (page + 1) * rowsPerPage); ++r)
             out << line(rows[r]);
         out << QString();
         if (page == pages - 1)

@@ -46,8 +46,9 @@ qint32 copyDayPriceRow(const AppContext& context, qint32 id);
 // False when nothing was deleted (answer No or a refusal shown).
 bool deleteMasterRow(const AppContext& context, MasterList list, qint32 id);
 
-// The list as the text output window prints it: header, columns as the grid shows them,
-// "Anzahl Datensätze: " and a page mark with "Seite n von m" on every page.
-QStringList masterListReport(const QSqlDatabase& db, const Einstellungen& settings, MasterList list);
+// The list as the text output window prints it: the header text (and today's date when the
+// settings ask for it), columns as the grid shows them joined by the settings' separator,
+// "Anzahl Datensätze: " and "Seite n von m" on every page (one page when page breaks are off).
+QStringList masterListReport(const QSqlDatabase& db, const Einstellungen& settings, MasterList list, QDate today);
 
 } // namespace tarvik

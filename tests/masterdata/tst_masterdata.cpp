@@ -120,6 +120,8 @@ private slots:
         QTest::newRow("point names no column") << logs << "L7.1" << QStringList{"1", "2"} << QStringList{names};
         QTest::newRow("too long") << logs << "L123456" << QStringList{"1", "2"}
                                   << QStringList{"...die Klasse höchstens 6 Zeichen lang sein darf."};
+        QTest::newRow("heilbronn: the logs' column holds five") << int(ClassTable::Heilbronn) << "H12345" << QStringList{"1", "2"}
+                                                                << QStringList{"...die Klasse höchstens 5 Zeichen lang sein darf."};
         QTest::newRow("pole lengths") << poles << "P9" << QStringList{"1", "2", "9", "8", "0"}
                                       << QStringList{"...die 'Mindestlänge von' nicht größer sein darf als die 'Mindestlänge bis'."};
         QTest::newRow("pole quote") << poles << "P'9" << QStringList{"1", "2", "1", "2", "0"} << QStringList{valueNames};
@@ -472,14 +474,36 @@ private slots:
     void printedList()
     {
         m_settings.text[1] = QStringLiteral("Forstbetrieb Muster");
-        const QStringList lines = masterListReport(db(), m_settings, MasterList::Tagespreise);
+        QStringList lines = masterListReport(db(), m_settings, MasterList::Tagespreise, m_clock.today());
         QCOMPARE(lines[0], QStringLiteral("Forstbetrieb Muster"));
         QCOMPARE(lines[1], QStringLiteral("Stammdaten: Tagespreise"));
-        QVERIFY(lines[3].startsWith(QStringLiteral("Baumart")));
+        QVERIFY(lines[3].startsWith(QStringLiteral("Baumart ")));
+        QVERIFY(lines[3].contains(QStringLiteral(" | Güte | SK_L0 | SK_L1a |")));
+        QVERIFY(lines[3].endsWith(QStringLiteral(" | ID")));
         const int rows = count(QStringLiteral("SELECT COUNT(*) FROM Tagespreise"));
         QVERIFY(lines.contains(QStringLiteral("Anzahl Datensätze: %1").arg(rows)));
         QCOMPARE(lines.last(), QStringLiteral("Seite 1 von 1"));
-        QVERIFY(lines.filter(QStringLiteral("FI (Fichte)")).size() == 1);
+        QCOMPARE(lines.filter(QStringLiteral("FI (Fichte)")).size(), 1);
+        QVERIFY(lines.filter(QStringLiteral("FI (Fichte)")).first().contains(QStringLiteral(" | B    |  0,00 |")));
+
+        // Sixty rows make two pages, each with its mark; with page breaks off, one page; the date on request.
+        for (int i = 0; i < 60; ++i)
+            execSql(db(), QStringLiteral("INSERT INTO Rindenabzug2(Baumart, Stärke_von, Stärke_bis, Abzug_cm) VALUES (?, ?, ?, 1)"),
+                    {Fichte, i * 10, i * 10 + 9});
+        const int bark = count(QStringLiteral("SELECT COUNT(*) FROM Rindenabzug2"));
+        lines = masterListReport(db(), m_settings, MasterList::Rindenabzug2, m_clock.today());
+        const int pages = (bark + 54) / 55;
+        QCOMPARE(lines.count(QStringLiteral("#")), pages - 1);
+        QVERIFY(lines.contains(QStringLiteral("Seite 1 von %1").arg(pages)));
+        QCOMPARE(lines.last(), QStringLiteral("Seite %1 von %1").arg(pages));
+        QCOMPARE(lines.filter(QStringLiteral("Anzahl Datensätze: ")).size(), 1);
+        m_settings.zahl[50] = 1;
+        m_settings.zahl[1] = 1;
+        lines = masterListReport(db(), m_settings, MasterList::Rindenabzug2, m_clock.today());
+        QCOMPARE(lines.count(QStringLiteral("#")), 0);
+        QCOMPARE(lines[1], QStringLiteral("Stammdaten: Rindenabzug frei definiert   Datum: 23.11.2026"));
+        m_settings.zahl[50] = 0;
+        m_settings.zahl[1] = 0;
     }
 };
 

@@ -249,6 +249,22 @@ private slots:
         QCOMPARE(value(QStringLiteral("SELECT MIN(GK_E) || '/' || MAX(GK_E) FROM Messzahlen")), QStringLiteral("100/100"));
     }
 
+    void columnWidthsPerList()
+    {
+        {
+            MasterDataHub hub(context(), MasterList::Baumarten);
+            child<QTableView>(hub, "li")->setColumnWidth(0, 321);
+            child<QRadioButton>(hub, "opti(5)")->click();
+            child<QTableView>(hub, "li")->setColumnWidth(0, 123);
+            hub.accept();
+        }
+        MasterDataHub hub(context(), MasterList::Baumarten);
+        auto* grid = child<QTableView>(hub, "li");
+        QCOMPARE(grid->columnWidth(0), 321);
+        child<QRadioButton>(hub, "opti(5)")->click();
+        QCOMPARE(grid->columnWidth(0), 123);
+    }
+
     void printedList()
     {
         MasterDataHub hub(context(), MasterList::Gueteklassen);

@@ -160,7 +160,7 @@ ClassEditor::ClassEditor(const AppContext& context, ClassTable table, EditMode m
 {
     const QStringList captions = classCaptions(table);
     for (int i = 0; i < captions.size(); ++i)
-        addField(i, captions[i], i == 0 ? 6 : 8, i > 0);
+        addField(i, captions[i], i == 0 ? (table == ClassTable::Heilbronn ? 5 : 6) : 8, i > 0);
     static const char* const titles[] = {"Stärkeklassen Stämme", "Stärkeklassen Heilbronner Sortierung", "Stärkeklassen Pfähle",
                                          "Stärkeklassen Schichtholz"};
     finish(windowName(table), QString::fromUtf8(titles[int(table)]));

@@ -318,7 +318,7 @@ void MasterDataHub::onPrint()
 {
     QStringList lines;
     try {
-        lines = masterListReport(m_context.db, m_context.settings, list());
+        lines = masterListReport(m_context.db, m_context.settings, list(), m_context.clock.today());
     } catch (const StoreError& error) {
         m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
         return;
