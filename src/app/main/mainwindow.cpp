@@ -15,6 +15,7 @@
 #include "reports/reportfile.h"
 #include "reports/timberlist.h"
 #include "reports/ui/textoutputwindow.h"
+#include "invoices/ui/invoicedialog.h"
 #include "settings/ui/settingsdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
@@ -180,6 +181,7 @@ void MainWindow::buildMenus()
     wire("E_EingabeStämme", &MainWindow::openLogs);
     wire("E_EingabePfähle", &MainWindow::openPoles);
     wire("E_EingabeSchichtholz", &MainWindow::openStacks);
+    wire("E_Eingaberechnungen", &MainWindow::openInvoices);
     wire("A_Statistikholzliste", &MainWindow::showTimberList);
     // Each master data item opens the hub on its own list.
     const char* const masterDataItems[MasterListCount] = {
@@ -229,9 +231,7 @@ QWidget* MainWindow::buildButtons()
     working("bt_staemme", "Eingabe Stämme", &MainWindow::openLogs);
     working("bt_pfaehle", "Eingabe Pfähle", &MainWindow::openPoles);
     working("bt_schichtholz", "Eingabe Schichtholz", &MainWindow::openStacks);
-    for (const Item& item : std::initializer_list<Item>{
-             {"bt_rechnung", "Eingabe Rechnungen"}})
-        button(QString::fromUtf8(item.name), QString::fromUtf8(item.caption));
+    working("bt_rechnung", "Eingabe Rechnungen", &MainWindow::openInvoices);
     working("bt_holzlistelisten", "Holzliste erstellen", &MainWindow::showTimberList);
     for (const Item& item : std::initializer_list<Item>{
              {"bt_hiebelisten", "Hiebe auswerten"},
@@ -418,6 +418,15 @@ void MainWindow::openStacks()
     StackDialog dialog(context(), *id, std::nullopt, std::nullopt, this);
     dialog.exec();
     refill();
+}
+
+void MainWindow::openInvoices()
+{
+    // Invoices take lots of every harvest: no current harvest is needed.
+    InvoiceDialog dialog(context(), InvoiceDialog::Mode::Neu, {}, -1, this);
+    dialog.exec();
+    if (dialog.stored())
+        refill();
 }
 
 void MainWindow::buildTimberList(qint32 harvestId)

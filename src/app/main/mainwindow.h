@@ -43,6 +43,7 @@ private:
     void openLogs();
     void openPoles();
     void openStacks();
+    void openInvoices();
     void printHarvest();
     void showTimberList();
     void buildTimberList(qint32 harvestId);

@@ -10,6 +10,7 @@ namespace tarvik::cli {
 std::unique_ptr<Command> makeInitCommand();
 std::unique_ptr<Command> makeHiebeCommand();
 std::unique_ptr<Command> makeHolzlisteCommand();
+std::unique_ptr<Command> makeRechnungCommand();
 std::unique_ptr<Command> makeDruckenCommand();
 std::unique_ptr<Command> makeNeuberechnenCommand();
 
