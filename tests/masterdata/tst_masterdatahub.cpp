@@ -1,4 +1,5 @@
 // The master data hub, its editors and the lookup-list editor, driven through their controls.
+#include "common/ui/messageboxprompter.h"
 #include "masterdata/ui/editors.h"
 #include "masterdata/ui/lookuplistdialog.h"
 #include "masterdata/ui/masterdatahub.h"
@@ -15,6 +16,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSqlQueryModel>
@@ -247,6 +249,27 @@ private slots:
         });
         child<QPushButton>(hub, "neu")->click();
         QCOMPARE(value(QStringLiteral("SELECT MIN(GK_E) || '/' || MAX(GK_E) FROM Messzahlen")), QStringLiteral("100/100"));
+    }
+
+    void deleteQuestionDefaultsToNo()
+    {
+        // With the program's own message boxes, Return on the question keeps the row.
+        MessageBoxPrompter boxes;
+        AppContext withBoxes{db(), m_settings, m_folder.path(), boxes, m_clock};
+        MasterDataHub hub(withBoxes, MasterList::Gueteklassen);
+        auto* grid = child<QTableView>(hub, "li");
+        const int rows = grid->model()->rowCount();
+        grid->selectRow(rows - 1);
+        QString defaultButton;
+        onNextModal([&defaultButton](QWidget& box) {
+            auto* question = qobject_cast<QMessageBox*>(&box);
+            QVERIFY(question);
+            defaultButton = question->defaultButton()->text();
+            QTest::keyClick(question, Qt::Key_Return);
+        });
+        child<QPushButton>(hub, "löschen")->click();
+        QCOMPARE(defaultButton, QStringLiteral("&Nein"));
+        QCOMPARE(grid->model()->rowCount(), rows);
     }
 
     void columnWidthsPerList()
