@@ -3,6 +3,9 @@
 #include "app/main/exitchores.h"
 #include "harvests/harvestlist.h"
 #include "app/main/harvestlistmodel.h"
+#include "app/main/maintenanceactions.h"
+#include "help/ui/helpwindow.h"
+#include "reports/ui/lotmapdialog.h"
 #include "common/prompter.h"
 #include "entry/ui/harvestdialog.h"
 #include "entry/ui/hubdialog.h"
@@ -203,6 +206,13 @@ void MainWindow::buildMenus()
         LookupListDialog dialog(context(), this);
         dialog.exec();
     });
+    wire("A_Losstandorte", &MainWindow::openLotMap);
+    wire("xedatenbankkomprimieren", &MainWindow::compactDatabaseFile);
+    wire("xedatenaustarvik1", &MainWindow::takeOverVersion2);
+    for (QAction* item : findChild<QMenu*>(QStringLiteral("H_Hilfe"))->actions()) {
+        item->setEnabled(true);
+        connect(item, &QAction::triggered, this, [this, item] { showHelp(this, m_prompter, helpTopicOfMenuItem(item->objectName())); });
+    }
     QAction* quit = findChild<QAction*>(QStringLiteral("S_ZEPbeenden"));
     quit->setEnabled(true);
     connect(quit, &QAction::triggered, this, &QWidget::close);
@@ -247,7 +257,7 @@ QWidget* MainWindow::buildButtons()
     });
     working("bt_einstellungen", "Einstellungen", &MainWindow::openSettings);
     button(QStringLiteral("bt_datensicherung"), QStringLiteral("Datensicherung"));
-    button(QStringLiteral("googlemaps"), QStringLiteral("Google-Maps Polterlage"));
+    working("googlemaps", "Google-Maps Polterlage", &MainWindow::openLotMap);
     column->addStretch();
     working("linksrechts", "Infofeld schmäler/breiter", &MainWindow::toggleInfoWidth);
     QPushButton* previous = button(QStringLiteral("abwaerts(0)"), QStringLiteral("Vorheriger Hieb"));
@@ -288,6 +298,8 @@ void MainWindow::onFirstActivation()
 
 void MainWindow::refill()
 {
+    if (!m_session.database)
+        return; // the file was handed over to compaction or takeover; the program is ending
     const std::optional<qint32> current = currentHarvestId();
     if (m_model->rowCount() > 0)
         saveColumnWidths();
@@ -510,11 +522,48 @@ void MainWindow::restoreColumnWidths()
     }
 }
 
+void MainWindow::endAfterMaintenance(bool keepSettingsFile)
+{
+    m_endingAfterMaintenance = true;
+    m_keepSettingsFile = keepSettingsFile;
+    close();
+}
+
+void MainWindow::releaseDatabase()
+{
+    m_model->clear();
+    m_session.database.reset();
+}
+
+void MainWindow::openLotMap()
+{
+    LotMapDialog dialog(context(), currentHarvestId(), this);
+    dialog.exec();
+}
+
+void MainWindow::compactDatabaseFile()
+{
+    if (compactDatabase(this, m_session, m_prompter, [this] { releaseDatabase(); }))
+        endAfterMaintenance(false);
+}
+
+void MainWindow::takeOverVersion2()
+{
+    // The taken-over settings file must not be overwritten by this run's settings at exit.
+    if (takeOverVersion2Data(this, m_session, m_prompter, [this] { releaseDatabase(); }))
+        endAfterMaintenance(true);
+}
+
 void MainWindow::closeEvent(QCloseEvent* e)
 {
     saveColumnWidths();
     removeReportPages(m_session.dataFolder);
-    m_session.saveSettings(m_prompter);
+    if (!m_keepSettingsFile)
+        m_session.saveSettings(m_prompter);
+    if (m_endingAfterMaintenance) {
+        e->accept();
+        return;
+    }
     if (const auto reminder = backupReminder(m_session.settings, m_clock.today()))
         m_prompter.askYesNo(*reminder); // the backup wizard answers a Yes once it exists
     e->accept();

@@ -51,6 +51,11 @@ private:
     void moveCurrent(int step);
     void toggleInfoWidth();
     void openSettings();
+    void openLotMap();
+    void compactDatabaseFile();
+    void takeOverVersion2();
+    void releaseDatabase();
+    void endAfterMaintenance(bool keepSettingsFile);
     bool requireMarkedHarvest();
     void saveColumnWidths() const;
     void restoreColumnWidths();
@@ -67,6 +72,8 @@ private:
     bool m_activatedOnce = false;
     bool m_refill = true;
     bool m_infoWide = false;
+    bool m_endingAfterMaintenance = false;
+    bool m_keepSettingsFile = false;
 };
 
 } // namespace tarvik

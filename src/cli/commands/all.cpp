@@ -12,6 +12,8 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeRechnungCommand());
         list.push_back(makeDruckenCommand());
         list.push_back(makeNeuberechnenCommand());
+        list.push_back(makeKomprimierenCommand());
+        list.push_back(makeUebernahmeCommand());
         return list;
     }();
     return all;

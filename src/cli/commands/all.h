@@ -13,6 +13,8 @@ std::unique_ptr<Command> makeHolzlisteCommand();
 std::unique_ptr<Command> makeRechnungCommand();
 std::unique_ptr<Command> makeDruckenCommand();
 std::unique_ptr<Command> makeNeuberechnenCommand();
+std::unique_ptr<Command> makeKomprimierenCommand();
+std::unique_ptr<Command> makeUebernahmeCommand();
 
 const std::vector<std::unique_ptr<Command>>& allCommands();
 const Command* findCommand(const QString& name);
