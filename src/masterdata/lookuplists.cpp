@@ -143,7 +143,7 @@ bool changeLookupEntry(const AppContext& context, const QString& table, qint64 r
 
 bool deleteLookupEntry(const AppContext& context, const QString& table, qint64 rowId)
 {
-    if (!context.prompter.askYesNoDefaultNo(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")))
+    if (!context.prompter.askYesNo(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")))
         return false;
     execSql(context.db, QStringLiteral("DELETE FROM %1 WHERE rowid = ?").arg(quoted(table)), {rowId});
     return true;

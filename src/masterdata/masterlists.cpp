@@ -156,7 +156,7 @@ bool editMasterCell(const AppContext& context, MasterList list, qint32 id, const
     const QString table = masterListTable(list);
     const QVariant value = storedValue(list, readNumber(typed));
     const bool wholeRow =
-        context.prompter.askYesNoDefaultNo(QStringLiteral("Soll die Änderung auf alle Zellen des aktuellen Datensatzes kopiert werden?"));
+        context.prompter.askYesNo(QStringLiteral("Soll die Änderung auf alle Zellen des aktuellen Datensatzes kopiert werden?"));
     const QStringList columns = wholeRow ? classColumnsOf(db, list) : QStringList{column};
     QStringList assignments;
     QVariantList values;
@@ -192,7 +192,7 @@ qint32 copyDayPriceRow(const AppContext& context, qint32 id)
 bool deleteMasterRow(const AppContext& context, MasterList list, qint32 id)
 {
     const QSqlDatabase& db = context.db;
-    if (!context.prompter.askYesNoDefaultNo(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")))
+    if (!context.prompter.askYesNo(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")))
         return false;
     const QString table = masterListTable(list);
     const QString key = readText(scalar(db, QStringLiteral("SELECT %1 FROM %2 WHERE \"ID\" = ?").arg(quoted(keyColumn(list)), quoted(table)), {id}));
