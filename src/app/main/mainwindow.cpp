@@ -16,6 +16,8 @@
 #include "entry/ui/logdialog.h"
 #include "entry/ui/poledialog.h"
 #include "entry/ui/stackdialog.h"
+#include "masterdata/ui/lookuplistdialog.h"
+#include "masterdata/ui/masterdatahub.h"
 #include "common/textfile.h"
 #include "reports/reportfile.h"
 #include "reports/timberlist.h"
@@ -204,6 +206,26 @@ void MainWindow::buildMenus()
         connect(a, &QAction::triggered, this, [this, member = member] { openList(member); });
     }
     wire("S_xdatensicherung", &MainWindow::openBackup);
+    // Each master data item opens the hub on its own list.
+    const char* const masterDataItems[MasterListCount] = {
+        "S_Stammdatenbaumarten",         "S_Stammdatenstärkestämme",  "S_Stammdatenstärkeheilbronner",
+        "S_Stammdatenstärkepfähle",      "S_Stammdatenstärkeschichtholz", "S_Stammdatengüteklassen",
+        "S_Stammdatenrindenabzug",       "S_Stammdatenmessbeträge",   "S_Stammdatenmesszahlen",
+        "S_Stammdaten_Rindenabzug2",     "S_Stammdatentagespreise"};
+    for (int i = 0; i < MasterListCount; ++i) {
+        QAction* a = findChild<QAction*>(QString::fromUtf8(masterDataItems[i]));
+        a->setEnabled(true);
+        connect(a, &QAction::triggered, this, [this, i] {
+            MasterDataHub hub(context(), MasterList(i), this);
+            hub.exec();
+        });
+    }
+    QAction* keywords = findChild<QAction*>(QStringLiteral("xeinstellstichworte"));
+    keywords->setEnabled(true);
+    connect(keywords, &QAction::triggered, this, [this] {
+        LookupListDialog dialog(context(), this);
+        dialog.exec();
+    });
     wire("A_Losstandorte", &MainWindow::openLotMap);
     wire("xedatenbankkomprimieren", &MainWindow::compactDatabaseFile);
     wire("xedatenaustarvik1", &MainWindow::takeOverVersion2);
@@ -253,7 +275,12 @@ QWidget* MainWindow::buildButtons()
         b->setEnabled(true);
         connect(b, &QPushButton::clicked, this, [this, member = member] { openList(member); });
     }
-    button(QStringLiteral("bt_stammdaten"), QStringLiteral("Stammdaten"));
+    QPushButton* masterData = button(QStringLiteral("bt_stammdaten"), QStringLiteral("Stammdaten"));
+    masterData->setEnabled(true);
+    connect(masterData, &QPushButton::clicked, this, [this] {
+        MasterDataHub hub(context(), std::nullopt, this); // the list chosen last
+        hub.exec();
+    });
     working("bt_einstellungen", "Einstellungen", &MainWindow::openSettings);
     working("bt_datensicherung", "Datensicherung", &MainWindow::openBackup);
     working("googlemaps", "Google-Maps Polterlage", &MainWindow::openLotMap);
