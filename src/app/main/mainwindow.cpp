@@ -5,6 +5,9 @@
 #include "app/main/harvestlistmodel.h"
 #include "common/prompter.h"
 #include "entry/ui/harvestdialog.h"
+#include "exchange/exportfiles.h"
+#include "exchange/handheld.h"
+#include "exchange/ui/importdialog.h"
 #include "entry/ui/hubdialog.h"
 #include "entry/ui/logdialog.h"
 #include "entry/ui/poledialog.h"
@@ -133,7 +136,7 @@ void MainWindow::buildMenus()
         }
         return m;
     };
-    auto wire = [this](const char* name, void (MainWindow::*slot)()) {
+    auto wire = [this](const char* name, auto slot) {
         QAction* a = findChild<QAction*>(QString::fromUtf8(name));
         a->setEnabled(true);
         connect(a, &QAction::triggered, this, slot);
@@ -179,6 +182,16 @@ void MainWindow::buildMenus()
     wire("E_EingabePfähle", &MainWindow::openPoles);
     wire("E_EingabeSchichtholz", &MainWindow::openStacks);
     wire("A_Statistikholzliste", &MainWindow::showTimberList);
+    wire("optiexporttarvik3", &MainWindow::exportToInstallation);
+    wire("optiexportpocketpc", &MainWindow::exportToHandheld);
+    wire("optiimporttarvik3", [this] { openImport(false); });
+    wire("optiimportpocketpc", [this] { openImport(true); });
+    wire("otpiimportfmr1", [this] {
+        m_prompter.inform(QStringLiteral(
+            "Der Import von Stämmen über das FMR1-Gerät, der App Holzliste oder aus Online-TARVIK wird über das Modul für die "
+            "Stammeingabe realisiert. Wählen Sie also den entsprechenden Hieb aus und gehen Sie dann auf Eingabe -> Stämme. Dort "
+            "klicken Sie links unten auf den entsprechenden Schalter für den gewünschten Import."));
+    });
     QAction* quit = findChild<QAction*>(QStringLiteral("S_ZEPbeenden"));
     quit->setEnabled(true);
     connect(quit, &QAction::triggered, this, &QWidget::close);
@@ -449,6 +462,28 @@ void MainWindow::openSettings()
 {
     SettingsDialog dialog(m_session.settings, m_session.settingsPath(), m_prompter, this);
     dialog.exec();
+}
+
+void MainWindow::exportToInstallation()
+{
+    exchange::exportToInstallation(m_session.database->shared(), m_session.dataFolder, m_prompter,
+                                   exchange::selectedHarvestIds(m_session.database->shared()));
+}
+
+void MainWindow::exportToHandheld()
+{
+    exchange::exportToHandheld(m_session.database->shared(), m_session.dataFolder, m_session.settings, m_prompter,
+                               exchange::selectedHarvestIds(m_session.database->shared()));
+}
+
+void MainWindow::openImport(bool fromHandheld)
+{
+    ImportDialog dialog(context(), fromHandheld, this);
+    dialog.exec();
+    if (dialog.imported()) {
+        requestRefill();
+        refill();
+    }
 }
 
 void MainWindow::saveColumnWidths() const

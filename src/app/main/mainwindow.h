@@ -50,6 +50,9 @@ private:
     void moveCurrent(int step);
     void toggleInfoWidth();
     void openSettings();
+    void exportToInstallation();
+    void exportToHandheld();
+    void openImport(bool fromHandheld);
     bool requireMarkedHarvest();
     void saveColumnWidths() const;
     void restoreColumnWidths();

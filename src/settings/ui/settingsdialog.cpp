@@ -45,6 +45,8 @@ constexpr int SeparatorSlot = 10;
 constexpr int HeaderTextSlot = 1;
 constexpr int ComPortSlot = 46;
 constexpr int ReportTargetSlot = 4;
+// The handheld's exchange folder (a mounted device or a synchronised folder); empty: none.
+constexpr int HandheldFolderSlot = 30;
 
 const QString DefaultOkNote = QStringLiteral(
     "Durch die Aktivierung dieses Kontrollfeldes wird jedesmal, wenn Sie in den Eingabemodulen für Hiebe, Lose, "
@@ -165,6 +167,25 @@ void SettingsDialog::buildGeneralPage(QWidget* page)
     auto* backupForm = new QFormLayout(backup);
     backupForm->addRow(QStringLiteral("Anzahl Tage zwischen den Datensicherungen"), textField(2, 6));
     right->addWidget(backup);
+
+    auto* handheld = new QGroupBox(QStringLiteral("Datenaustausch mit dem Pocket-PC"));
+    auto* handheldRow = new QHBoxLayout(handheld);
+    handheldRow->addWidget(new QLabel(QStringLiteral("Ordner des Pocket-PC")));
+    auto* folder = new QLineEdit;
+    folder->setObjectName(QStringLiteral("tpocket"));
+    folder->setPlaceholderText(QStringLiteral("kein Ordner gewählt"));
+    handheldRow->addWidget(folder, 1);
+    auto* choose = new QPushButton(QStringLiteral("..."));
+    choose->setObjectName(QStringLiteral("bt_pocketordner"));
+    choose->setAutoDefault(false);
+    choose->setToolTip(QStringLiteral("Ordner des Pocket-PC wählen (angeschlossenes Gerät oder synchronisierter Ordner)"));
+    connect(choose, &QPushButton::clicked, this, [this, folder] {
+        const QString chosen = m_prompter.chooseFolder(QStringLiteral("Ordner des Pocket-PC"), folder->text());
+        if (!chosen.isEmpty())
+            folder->setText(chosen);
+    });
+    handheldRow->addWidget(choose);
+    right->addWidget(handheld);
     right->addStretch();
     row->addLayout(right);
     layout->addLayout(row);
@@ -276,6 +297,7 @@ void SettingsDialog::load()
         m_fields[FirstFactorField + i]->setText(formatDecimal(m_settings.dezimal[static_cast<size_t>(i)], 3));
     m_fields[0]->setText(m_settings.text[HeaderTextSlot]);
     m_fields[3]->setText(m_settings.text[SeparatorSlot]);
+    findChild<QLineEdit*>(QStringLiteral("tpocket"))->setText(m_settings.text[HandheldFolderSlot]);
     if (QAbstractButton* b = m_comPorts->button(m_settings.zahl[ComPortSlot]))
         b->setChecked(true);
     if (QAbstractButton* b = m_reportTargets->button(m_settings.zahl[ReportTargetSlot]))
@@ -297,6 +319,7 @@ void SettingsDialog::store()
         changed.zahl[static_cast<size_t>(c.slot)] = findChild<QCheckBox*>(QString::fromLatin1(c.name))->isChecked() ? 1 : 0;
     changed.text[HeaderTextSlot] = m_fields[0]->text();
     changed.text[SeparatorSlot] = m_fields[3]->text();
+    changed.text[HandheldFolderSlot] = findChild<QLineEdit*>(QStringLiteral("tpocket"))->text().trimmed();
     for (const NumberSlot& n : NumberSlots)
         changed.zahl[static_cast<size_t>(n.slot)] = toShort(readNumber(m_fields[n.field]->text()));
     for (int i = 0; i < 3; ++i)
