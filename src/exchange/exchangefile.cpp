@@ -8,7 +8,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QStringDecoder>
@@ -125,10 +124,18 @@ QStringList tableLines(const QSqlDatabase& db, const char* marker, const QString
     return lines;
 }
 
-const QRegularExpression& numberPattern()
+// Digits, sign, point and comma only, and at least one digit: what a number field may hold.
+bool looksNumeric(QStringView text)
 {
-    static const QRegularExpression pattern(QStringLiteral("^[+-]?[0-9.,]*[0-9][0-9.,]*$"));
-    return pattern;
+    bool digit = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c >= u'0' && c <= u'9')
+            digit = true;
+        else if (!(c == u'.' || c == u',' || ((c == u'-' || c == u'+') && i == 0)))
+            return false;
+    }
+    return digit;
 }
 
 ParseError fault(int line, const QString& reason) { return {line, reason}; }
@@ -136,13 +143,15 @@ ParseError fault(int line, const QString& reason) { return {line, reason}; }
 // Converts one field; an error text when it does not fit its column.
 std::optional<QString> convert(const FieldSpec& spec, int position, const QString& raw, QVariant& out)
 {
-    const QString name = spec.column ? QString::fromUtf8(spec.column) : QStringLiteral("Satzstatus");
-    const QString where = QStringLiteral("Im Feld %1 (%2)").arg(position).arg(name);
+    // The field's name is only put together for a message.
+    const auto where = [&] {
+        return QStringLiteral("Im Feld %1 (%2)").arg(position).arg(spec.column ? QString::fromUtf8(spec.column) : QStringLiteral("Satzstatus"));
+    };
     const QString text = raw.trimmed();
     switch (spec.kind) {
     case K::Text:
         if (raw.size() > spec.width)
-            return QStringLiteral("%1 stehen %2 Zeichen; erlaubt sind höchstens %3.").arg(where).arg(raw.size()).arg(spec.width);
+            return QStringLiteral("%1 stehen %2 Zeichen; erlaubt sind höchstens %3.").arg(where()).arg(raw.size()).arg(spec.width);
         out = raw;
         return std::nullopt;
     case K::Short:
@@ -152,15 +161,15 @@ std::optional<QString> convert(const FieldSpec& spec, int position, const QStrin
             out = QVariant();
             return std::nullopt;
         }
-        if (!numberPattern().match(text).hasMatch())
-            return QStringLiteral("%1 steht \"%2\" statt einer Zahl.").arg(where, text.left(40));
+        if (!looksNumeric(text))
+            return QStringLiteral("%1 steht \"%2\" statt einer Zahl.").arg(where(), text.left(40));
         const double v = readNumber(text);
         if (spec.kind == K::Real) {
             out = v;
         } else {
             const double limit = spec.kind == K::Short ? 32767.0 : 2147483647.0;
             if (std::fabs(v) > limit)
-                return QStringLiteral("%1 steht die Zahl %2; sie ist zu groß für diese Spalte.").arg(where, text.left(40));
+                return QStringLiteral("%1 steht die Zahl %2; sie ist zu groß für diese Spalte.").arg(where(), text.left(40));
             out = spec.kind == K::Short ? QVariant(toShort(v)) : QVariant(toLong(v));
         }
         return std::nullopt;
@@ -172,7 +181,7 @@ std::optional<QString> convert(const FieldSpec& spec, int position, const QStrin
         }
         const QDate date = parseGermanDate(text.section(u' ', 0, 0));
         if (!date.isValid())
-            return QStringLiteral("%1 steht \"%2\" statt eines Datums (TT.MM.JJJJ).").arg(where, text.left(40));
+            return QStringLiteral("%1 steht \"%2\" statt eines Datums (TT.MM.JJJJ).").arg(where(), text.left(40));
         out = sqlDateValue(formatGermanDate(date));
         return std::nullopt;
     }
