@@ -11,6 +11,8 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeHolzlisteCommand());
         list.push_back(makeDruckenCommand());
         list.push_back(makeNeuberechnenCommand());
+        list.push_back(makeExportCommand());
+        list.push_back(makeImportCommand());
         return list;
     }();
     return all;

@@ -12,6 +12,8 @@ std::unique_ptr<Command> makeHiebeCommand();
 std::unique_ptr<Command> makeHolzlisteCommand();
 std::unique_ptr<Command> makeDruckenCommand();
 std::unique_ptr<Command> makeNeuberechnenCommand();
+std::unique_ptr<Command> makeExportCommand();
+std::unique_ptr<Command> makeImportCommand();
 
 const std::vector<std::unique_ptr<Command>>& allCommands();
 const Command* findCommand(const QString& name);
