@@ -57,7 +57,15 @@ ExportOutcome writeExportFiles(const QSqlDatabase& db, const QString& folder, Pr
             const QVariant number = scalar(db, QStringLiteral("SELECT \"Hieb_Nr\" FROM \"Hiebe\" WHERE \"ID\" = ?"), {id});
             if (!number.isValid())
                 continue;
-            if (!write(harvestFileName(toLong(readNumber(number))), harvestFileLines(db, id)))
+            const qint32 hiebNr = toLong(readNumber(number));
+            // The file is named after the number: a second harvest of that number would replace the first.
+            if (outcome.files.contains(harvestFileName(hiebNr))) {
+                prompter.inform(QStringLiteral("Die Hieb_Nr %1 ist mehrfach selektiert. Es wurde nur der erste Hieb mit dieser Nummer exportiert.")
+                                    .arg(hiebNr),
+                                Prompter::Icon::Warning);
+                continue;
+            }
+            if (!write(harvestFileName(hiebNr), harvestFileLines(db, id)))
                 return outcome;
         }
         if (!write(QString::fromLatin1(MasterDataFileName), masterDataFileLines(db)))

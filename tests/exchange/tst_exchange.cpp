@@ -262,6 +262,21 @@ private slots:
         QVERIFY(accepted.messages().last().endsWith("Diese Dateien können Sie per Mail verschicken und in andere TARVIK3-Versionen importieren."));
     }
 
+    void twoSelectedHarvestsOfOneNumber()
+    {
+        TempDataFolder folder;
+        auto db = folder.openDatabase();
+        fillOrigin(db->shared());
+        insertHarvest(db->shared(), 17, QStringLiteral("Zweiter"), QStringLiteral("X"));
+        ScriptedPrompter prompter;
+        prompter.answerYes();
+        const ExportOutcome out = writeExportFiles(db->shared(), folder.path(), prompter, selectedHarvestIds(db->shared()));
+        QCOMPARE(out.files, (QStringList{"4_Tarvik_Export.f10", "17_Tarvik_Export.f10", "Stammdaten_Tarvik_Export.f10"}));
+        QCOMPARE(prompter.messages(),
+                 QStringList{"Die Hieb_Nr 17 ist mehrfach selektiert. Es wurde nur der erste Hieb mit dieser Nummer exportiert."});
+        QVERIFY(readTextFile(folder.filePath("17_Tarvik_Export.f10")).lines[1].contains("Eichwald"));
+    }
+
     void damagedFileIsRefusedOthersArrive_data()
     {
         QTest::addColumn<QString>("damage");
