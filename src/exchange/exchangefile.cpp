@@ -138,6 +138,22 @@ bool looksNumeric(QStringView text)
     return digit;
 }
 
+// What the writer writes ("-12", "0,385") read directly; anything else by the tolerant reader.
+double plainNumber(const QString& text)
+{
+    qsizetype i = 0;
+    const bool negative = !text.isEmpty() && text[0] == u'-';
+    if (negative)
+        ++i;
+    double whole = 0;
+    qsizetype digits = 0;
+    for (; i < text.size() && text[i].isDigit() && digits < 15; ++i, ++digits)
+        whole = whole * 10 + (text[i].unicode() - u'0');
+    if (i == text.size() && digits > 0)
+        return negative ? -whole : whole;
+    return readNumber(text);
+}
+
 ParseError fault(int line, const QString& reason) { return {line, reason}; }
 
 // Converts one field; an error text when it does not fit its column.
@@ -163,7 +179,7 @@ std::optional<QString> convert(const FieldSpec& spec, int position, const QStrin
         }
         if (!looksNumeric(text))
             return QStringLiteral("%1 steht \"%2\" statt einer Zahl.").arg(where(), text.left(40));
-        const double v = readNumber(text);
+        const double v = plainNumber(text);
         if (spec.kind == K::Real) {
             out = v;
         } else {
@@ -296,6 +312,10 @@ ParseResult parseHarvestFile(const QString& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {std::nullopt, fault(0, QStringLiteral("Die Datei kann nicht gelesen werden: %1").arg(file.errorString()))};
+    // A harvest of a million logs is about 80 MB; anything far beyond is no exchange file.
+    if (file.size() > MaxFileSize)
+        return {std::nullopt, fault(0, QStringLiteral("Die Datei ist %1 MB groß; eine Exportdatei hat höchstens %2 MB.")
+                                           .arg(file.size() / (1024 * 1024)).arg(MaxFileSize / (1024 * 1024)))};
     return parseHarvestBytes(name, file.readAll());
 }
 

@@ -13,6 +13,7 @@ inline constexpr char FileSuffix[] = "_Tarvik_Export.f10";
 inline constexpr char MasterDataFileName[] = "Stammdaten_Tarvik_Export.f10";
 // Longer lines cannot come from the writer; they are refused before they are split.
 inline constexpr int MaxLineLength = 32 * 1024;
+inline constexpr qint64 MaxFileSize = 512ll * 1024 * 1024;
 
 enum class FieldKind { Text, Short, Long, Real, Date, Status };
 

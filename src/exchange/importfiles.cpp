@@ -53,6 +53,20 @@ struct Lot {
     QString sorting;
 };
 
+struct PriceKey {
+    QString species, diameterClass, quality;
+    float efm;
+    bool operator==(const PriceKey& o) const
+    {
+        return efm == o.efm && diameterClass == o.diameterClass && quality == o.quality && species == o.species;
+    }
+};
+
+size_t qHash(const PriceKey& k, size_t seed = 0)
+{
+    return qHashMulti(seed, k.species, k.diameterClass, k.quality, k.efm);
+}
+
 // Takes one parsed file over into the open transaction.
 class FileImport {
 public:
@@ -180,7 +194,12 @@ private:
 
             const LogPriceInput log{readText(values[classAt]), readText(values[qualityAt]),
                                     static_cast<float>(readNumber(values[efmAt])), readText(values[speciesAt]), 0};
-            const LogPrice price = priceLog(indexNumber, log, m_lookup);
+            // Logs of one species, class, quality and volume have one price: ask the master data once.
+            const PriceKey key{log.species, log.diameterClass, log.quality, log.efm};
+            auto known = m_prices.constFind(key);
+            if (known == m_prices.constEnd())
+                known = m_prices.insert(key, priceLog(indexNumber, log, m_lookup));
+            const LogPrice price = *known;
             values << 0 << currencyValue(price.gross) << currencyValue(price.net) << QString() << harvestId;
             execPrepared(insert, values);
             ++counts.logs;
@@ -278,6 +297,7 @@ private:
     MasterDataLookup& m_lookup;
     qint32 m_hiebNr = 0;
     QHash<qint32, Lot> m_lots;
+    QHash<PriceKey, LogPrice> m_prices;
     QHash<qint32, int> m_refusedLogs, m_refusedPoles, m_refusedSections;
     int m_unmarkedLots = 0, m_unmarkedLogs = 0;
 };

@@ -3,6 +3,7 @@
 #include "exchange/handheld.h"
 #include "exchange/importfiles.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -94,7 +95,9 @@ void ImportDialog::onImport()
     QStringList paths;
     for (const QString& name : *chosen)
         paths << QDir(m_context.dataFolder).filePath(name);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
     const exchange::ImportReport report = exchange::importFiles(m_context.db, m_context.settings, paths);
+    QApplication::restoreOverrideCursor();
     m_imported = m_imported || !report.harvestIds.isEmpty();
     exchange::showImportReport(m_context.prompter, report);
     fillList();
