@@ -10,8 +10,11 @@ namespace tarvik::cli {
 std::unique_ptr<Command> makeInitCommand();
 std::unique_ptr<Command> makeHiebeCommand();
 std::unique_ptr<Command> makeHolzlisteCommand();
+std::unique_ptr<Command> makeRechnungCommand();
 std::unique_ptr<Command> makeDruckenCommand();
 std::unique_ptr<Command> makeNeuberechnenCommand();
+std::unique_ptr<Command> makeKomprimierenCommand();
+std::unique_ptr<Command> makeUebernahmeCommand();
 std::unique_ptr<Command> makeExportCommand();
 std::unique_ptr<Command> makeImportCommand();
 
