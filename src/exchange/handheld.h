@@ -13,9 +13,6 @@ class Prompter;
 
 namespace tarvik::exchange {
 
-// Einst_Text slot that holds the handheld folder; empty when none is chosen.
-inline constexpr int HandheldFolderSlot = 30;
-
 QString handheldFolder(const Einstellungen& settings);
 // Whether the folder is set, exists and can be read and written.
 bool handheldReachable(const QString& folder);

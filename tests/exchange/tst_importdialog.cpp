@@ -103,7 +103,7 @@ private slots:
         auto db = folder.openDatabase();
         Einstellungen settings;
         settings.repair();
-        settings.text[exchange::HandheldFolderSlot] = device.path();
+        settings.text[HandheldFolderSlot] = device.path();
         ScriptedPrompter prompter;
         ImportDialog dialog({db->shared(), settings, folder.path(), prompter, m_clock}, true);
         auto* list = child<QListWidget>(dialog, "liste");
