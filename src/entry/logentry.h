@@ -5,6 +5,8 @@
 #include "rules/pricing.h"
 #include "store/context.h"
 
+#include "store/rows.h"
+
 #include <QSqlQuery>
 
 #include <optional>
@@ -54,7 +56,7 @@ public:
     void insert(qint32 harvestId, const LogForm& form, qint32 runningNumber, const QString& remark);
 
 private:
-    QSqlQuery m_insert;
+    RowInserter m_insert;
 };
 
 // The log of that ID as the window shows it (recomputed values are those stored).
@@ -65,6 +67,12 @@ QString lotSummary(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
 
 // Quick entry of lengths in decimetres: "125" becomes "12.5"; other texts stay.
 QString decimetreLength(const QString& text);
+
+// The running number proposed when the window opens: the next after the harvest's highest.
+qint32 proposedRunningNumber(const QSqlDatabase& db, const Einstellungen& settings, qint32 harvestId, qint32 lotNr);
+
+// The lot's logs for the window's grid, highest running number first.
+QSqlQuery lotLogsQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
 
 // The species of the lot's last entered log, proposed for the next one.
 QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);

@@ -4,6 +4,8 @@
 #include "app/main/harvestlist.h"
 #include "app/main/harvestlistmodel.h"
 #include "common/prompter.h"
+#include "common/ui/columnwidths.h"
+#include "common/ui/guarded.h"
 #include "entry/ui/harvestdialog.h"
 #include "entry/ui/hubdialog.h"
 #include "entry/ui/logdialog.h"
@@ -27,7 +29,6 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QSettings>
 #include <QSplitter>
 #include <QTableView>
 #include <QTimer>
@@ -250,11 +251,7 @@ bool MainWindow::event(QEvent* e)
 void MainWindow::onFirstActivation()
 {
     setWindowTitle(caption());
-    try {
-        firstActivation(m_session, m_prompter);
-    } catch (const StoreError& error) {
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    runGuarded(m_prompter, [this] { firstActivation(m_session, m_prompter); });
     refill();
 }
 
@@ -264,12 +261,12 @@ void MainWindow::refill()
     if (m_model->rowCount() > 0)
         saveColumnWidths();
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    try {
+    const bool filled = runGuarded(m_prompter, [this] {
         m_model->refill(m_session.database->listHandle());
         m_statistics->setText(harvestStatistics(*m_model).text());
-    } catch (const StoreError& error) {
+    });
+    if (!filled) {
         QApplication::restoreOverrideCursor();
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
         return;
     }
     restoreColumnWidths();
@@ -332,12 +329,8 @@ void MainWindow::deleteHarvest()
     if (!m_prompter.askYesNo(question))
         return;
     const int row = m_list->currentIndex().row();
-    try {
-        tarvik::deleteHarvest(m_session.database->shared(), *currentHarvestId());
-    } catch (const StoreError& error) {
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+    if (!runGuarded(m_prompter, [this] { tarvik::deleteHarvest(m_session.database->shared(), *currentHarvestId()); }))
         return;
-    }
     refill();
     if (m_model->rowCount() > 0)
         m_list->setCurrentIndex(m_model->index(std::min(row, m_model->rowCount() - 1), 0));
@@ -394,13 +387,10 @@ void MainWindow::openStacks()
 
 void MainWindow::buildTimberList(qint32 harvestId)
 {
-    QStringList lines;
-    try {
-        lines = timberList(m_session.database->shared(), harvestId);
-    } catch (const StoreError& error) {
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+    const auto built = runGuarded(m_prompter, [&] { return timberList(m_session.database->shared(), harvestId); });
+    if (!built)
         return;
-    }
+    const QStringList& lines = *built;
     m_info->setPlainText(lines.join(u'\n'));
     const TextFileResult written = writeTextFile(reportFilePath(m_session.dataFolder), lines);
     if (!written.ok) {
@@ -451,27 +441,9 @@ void MainWindow::openSettings()
     dialog.exec();
 }
 
-void MainWindow::saveColumnWidths() const
-{
-    QStringList widths;
-    for (int c = 0; c < m_model->columnCount(); ++c)
-        widths << QString::number(m_list->columnWidth(c));
-    if (widths.isEmpty())
-        return;
-    QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
-    store.setValue(QStringLiteral("datali/ColWidths"), widths.join(u','));
-}
+void MainWindow::saveColumnWidths() const { tarvik::saveColumnWidths(m_list, QStringLiteral("datali")); }
 
-void MainWindow::restoreColumnWidths()
-{
-    const QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
-    const QStringList widths = store.value(QStringLiteral("datali/ColWidths")).toString().split(u',', Qt::SkipEmptyParts);
-    for (int c = 0; c < widths.size() && c < m_model->columnCount(); ++c) {
-        const int width = widths[c].toInt();
-        if (width > 0)
-            m_list->setColumnWidth(c, width);
-    }
-}
+void MainWindow::restoreColumnWidths() { tarvik::restoreColumnWidths(m_list, QStringLiteral("datali")); }
 
 void MainWindow::closeEvent(QCloseEvent* e)
 {
