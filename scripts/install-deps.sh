@@ -9,6 +9,7 @@ packages=(
   libsqlite3-dev sqlite3
   fonts-liberation2
   poppler-utils
+  mdbtools-dev mdbtools
   ccache
 )
 

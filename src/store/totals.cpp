@@ -35,8 +35,6 @@ struct Lot {
 
 } // namespace
 
-void recomputeTotals(const QSqlDatabase& db, qint32 harvestId, std::optional<qint32>) { recomputeTotals(db, harvestId); }
-
 void recomputeTotals(const QSqlDatabase& db, qint32 harvestId)
 {
     TransactionGuard guard(db);

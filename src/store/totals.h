@@ -10,8 +10,6 @@ namespace tarvik {
 // stored totals went stale elsewhere (an import, an older program) is put right by the next
 // change. One grouped query per assortment keeps this quick in a large harvest.
 void recomputeTotals(const QSqlDatabase& db, qint32 harvestId);
-// Kept for the command line until it calls recomputeLot; the lot is summed with all others.
-void recomputeTotals(const QSqlDatabase& db, qint32 harvestId, std::optional<qint32> lot);
 
 // `Teilverkauft` / `Verkauft` of the harvest from its lots' `Abgerechnet` flags.
 void recomputeSaleState(const QSqlDatabase& db, qint32 harvestId);

@@ -1,7 +1,7 @@
 // AF_Tarvik, headless: menus, the list and its statistics, deleting, column widths, exit.
 #include "app/main/mainwindow.h"
 #include "app/main/exitchores.h"
-#include "app/main/harvestlist.h"
+#include "harvests/harvestlist.h"
 #include "entry/harvestentry.h"
 #include "store/sql.h"
 #include "support/records.h"
@@ -62,7 +62,9 @@ private slots:
         }
         QCOMPARE(w.findChildren<QMenu*>().size(), 7); // six menus and the list's pop-up
         QCOMPARE(w.findChild<QPushButton*>(QStringLiteral("abwaerts(1)"))->text(), QStringLiteral("Nächster Hieb"));
-        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_rechnung"))->isEnabled());
+        QVERIFY(w.findChild<QPushButton*>(QStringLiteral("bt_rechnung"))->isEnabled());
+        QVERIFY(w.findChild<QAction*>(QStringLiteral("E_Eingaberechnungen"))->isEnabled());
+        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_rechnunglisten"))->isEnabled());
     }
 
     void emptyListShowsZeros()

@@ -3,6 +3,7 @@
 #include "entry/ui/logdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
+#include "support/entryfixture.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
@@ -20,18 +21,9 @@ using namespace tarvik;
 using test::child;
 using test::typeInto;
 
-class TestLogDialog : public QObject {
+class TestLogDialog : public QObject, protected test::EntryFixture {
     Q_OBJECT
-    test::TempDataFolder m_folder;
-    std::unique_ptr<Database> m_db;
-    Einstellungen m_settings = EinstellungenLaden(QString());
-    FixedClock m_clock{QDate(2026, 11, 21)};
-    test::ScriptedPrompter m_prompter;
-    qint32 m_harvest = 0;
 
-    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
-    QSqlDatabase db() const { return m_db->shared(); }
-    QString value(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toString(); }
 
     static QLineEdit* tz(LogDialog& d, int i) { return d.field(i); }
     static void typeLog(LogDialog& d, const QString& length, const QString& diameter)
@@ -43,13 +35,8 @@ class TestLogDialog : public QObject {
 private slots:
     void init()
     {
-        m_db.reset();
-        QFile::remove(m_folder.databasePath());
-        m_db = m_folder.openDatabase();
-        m_harvest = test::addHarvest(db(), 1);
+        resetDatabase(1);
         createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
-        m_settings = EinstellungenLaden(QString());
-        m_prompter.clear();
     }
 
     void typedLogIsMeasuredAsItIsTyped()
