@@ -56,8 +56,13 @@ void recomputeLog(LogForm& f, MasterDataLookup& masterData)
     f.volume = d.volume;
     if (!d.diameterClass.isEmpty())
         f.diameterClass = d.diameterClass;
-    if (!d.heilbronnClass.isEmpty())
+    if (!d.heilbronnClass.isEmpty()) {
         f.heilbronnClass = d.heilbronnClass;
+        f.heilbronnComputed = true;
+    } else if (f.heilbronnComputed && readNumber(f.topDiameter) <= 0) {
+        f.heilbronnClass.clear();
+        f.heilbronnComputed = false;
+    }
     const LogPrice p = priceLog(f.prices,
                                 {f.diameterClass, f.quality, static_cast<float>(readNumber(f.volume)), f.species, f.kaeferholz ? 1 : 0},
                                 masterData);
@@ -230,7 +235,10 @@ QString decimetreLength(const QString& text)
 
 qint32 proposedRunningNumber(const QSqlDatabase& db, const Einstellungen& settings, qint32 harvestId, qint32 lotNr)
 {
-    const QVariant last = scalar(db, QStringLiteral("SELECT max(\"Laufende_Nr\") FROM \"Stämme\" WHERE \"Kennung\" = ?"), {harvestId});
+    const bool perLot = settings.runningNumbersPerLot();
+    const QVariant last = perLot ? scalar(db, QStringLiteral("SELECT max(\"Laufende_Nr\") FROM \"Stämme\" WHERE \"Kennung\" = ? AND \"Los_Nr\" = ?"),
+                                          {harvestId, lotNr})
+                                 : scalar(db, QStringLiteral("SELECT max(\"Laufende_Nr\") FROM \"Stämme\" WHERE \"Kennung\" = ?"), {harvestId});
     return nextRunningNumber(db, settings, harvestId, lotNr, QString::number(toLong(readNumber(last)) + 1));
 }
 

@@ -101,6 +101,43 @@ private slots:
         QVERIFY(child<QLabel>(d, ("bezsumme"))->text().startsWith(QStringLiteral("Gesamt: 10 Stämme mit ")));
     }
 
+    void heilbronnClassGoesWithTheTopDiameter()
+    {
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("FI (Fichte)"));
+        auto* heilbronn = child<QComboBox>(d, "kom(4)");
+        typeLog(d, QStringLiteral("12"), QStringLiteral("40"));
+        typeInto(tz(d, 3), QStringLiteral("28"));
+        const QString computed = heilbronn->currentText();
+        QVERIFY(!computed.isEmpty());
+        tz(d, 3)->selectAll();
+        QTest::keyClick(tz(d, 3), Qt::Key_Delete);
+        QCOMPARE(heilbronn->currentText(), QString());
+        child<QPushButton>(d, "okn_chster")->click();
+        QCOMPARE(value(QStringLiteral("SELECT Klasse_Heilbronn FROM Stämme WHERE Kennung = ?")), QString());
+
+        // Picked by hand, the class stays without a top diameter.
+        heilbronn->setCurrentIndex(1);
+        emit heilbronn->activated(1);
+        typeLog(d, QStringLiteral("11"), QStringLiteral("38"));
+        QCOMPARE(heilbronn->currentIndex(), 1);
+    }
+
+    void numberingPerLotProposesWithinTheLot()
+    {
+        m_settings.zahl[57] = 1;
+        createLot(db(), m_harvest, 2, QStringLiteral("Stämme"));
+        for (int n = 1; n <= 40; ++n)
+            test::addTypedLog(db(), m_harvest, 1, n, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        LogDialog d(context(), m_harvest, std::nullopt, 2);
+        QCOMPARE(tz(d, 0)->text(), QStringLiteral("1"));
+        child<QComboBox>(d, "kom(0)")->setEditText(QStringLiteral("1"));
+        QCOMPARE(tz(d, 0)->text(), QStringLiteral("41"));
+        child<QComboBox>(d, "kom(0)")->setEditText(QStringLiteral("2"));
+        QCOMPARE(tz(d, 0)->text(), QStringLiteral("1"));
+    }
+
     void refusals_data()
     {
         QTest::addColumn<QString>("species");

@@ -338,7 +338,7 @@ void MainWindow::deleteHarvest()
     const QString question = joinLines({
         QStringLiteral("Das Löschen eines Hiebes entfernt den markierten Hieb unwiederbringlich mit allen für diesen Hieb eingegebenen Holzmengen."),
         QStringLiteral("Soll der markierte Hieb wirklich gelöscht werden?")});
-    if (!m_prompter.askYesNo(question))
+    if (!m_prompter.confirmDestructive(question))
         return;
     const int row = m_list->currentIndex().row();
     if (!runGuarded(m_prompter, [this] { tarvik::deleteHarvest(m_session.database->shared(), *currentHarvestId()); }))

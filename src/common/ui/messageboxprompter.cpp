@@ -38,6 +38,15 @@ bool MessageBoxPrompter::askYesNo(const QString& text)
     return box.exec() == QMessageBox::Yes;
 }
 
+bool MessageBoxPrompter::confirmDestructive(const QString& text)
+{
+    QMessageBox box(QMessageBox::Question, Caption, text, QMessageBox::Yes | QMessageBox::No, m_parent);
+    box.button(QMessageBox::Yes)->setText(QStringLiteral("&Ja"));
+    box.button(QMessageBox::No)->setText(QStringLiteral("&Nein"));
+    box.setDefaultButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
 bool MessageBoxPrompter::askOkCancel(const QString& text)
 {
     QMessageBox box(QMessageBox::Question, Caption, text, QMessageBox::Ok | QMessageBox::Cancel, m_parent);

@@ -235,6 +235,8 @@ void LogDialog::build()
     for (int i : {1, 2})
         connect(m_lists[i], &QComboBox::currentTextChanged, this, &LogDialog::recompute);
     connect(m_lists[0], &QComboBox::currentTextChanged, this, &LogDialog::chooseLot);
+    // A class picked by hand is the user's and stays when the top diameter goes.
+    connect(m_lists[4], &QComboBox::activated, this, [this] { m_heilbronnComputed = false; });
     connect(m_barkModes, &QButtonGroup::idToggled, this, [this](int, bool on) { if (on) recompute(); });
     connect(m_priceKinds, &QButtonGroup::idToggled, this, [this](int, bool on) { if (on) recompute(); });
     connect(m_beetle, &QCheckBox::toggled, this, &LogDialog::recompute);
@@ -282,6 +284,7 @@ LogForm LogDialog::read() const
     f.volume = m_fields[6]->text();
     f.diameterClass = m_lists[3]->currentText();
     f.heilbronnClass = m_lists[4]->currentText();
+    f.heilbronnComputed = m_heilbronnComputed;
     f.remark = m_lists[5]->currentText();
     f.girthCount = m_fields[8]->text();
     f.mode = static_cast<BarkMode>(std::max(0, m_barkModes->checkedId()));
@@ -348,6 +351,7 @@ void LogDialog::recompute()
         m_lists[3]->setCurrentIndex(i);
     if (const int i = m_lists[4]->findText(form.heilbronnClass); i >= 0)
         m_lists[4]->setCurrentIndex(i);
+    m_heilbronnComputed = form.heilbronnComputed;
     m_filling = false;
 }
 
@@ -369,6 +373,12 @@ void LogDialog::chooseLot()
         const QString keepPrice = m_fields[7]->text();
         showForm(prices);
         m_fields[7]->setText(keepPrice);
+        if (!m_editedId && m_context.settings.runningNumbersPerLot()) {
+            if (const auto number = runGuarded(m_context.prompter, [&] {
+                    return proposedRunningNumber(m_context.db, m_context.settings, m_harvestId, *lot);
+                }))
+                m_fields[0]->setText(QString::number(*number));
+        }
         m_filling = false;
     }
     refreshLot();
