@@ -25,9 +25,6 @@ public:
     virtual ~Prompter() = default;
     virtual void inform(const QString& text, Icon icon = Icon::Information) = 0;
     virtual bool askYesNo(const QString& text) = 0;
-    // A question whose Yes destroys data (delete a harvest, a lot, a record): No is the answer
-    // that Return gives.
-    virtual bool confirmDestructive(const QString& text) { return askYesNo(text); }
     virtual bool askOkCancel(const QString& text) = 0;
     virtual std::optional<QString> askText(const QString& prompt, const QString& proposal) = 0;
     // Empty result: the user cancelled.

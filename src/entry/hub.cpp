@@ -129,11 +129,11 @@ bool deleteRecord(const AppContext& ctx, HubList list, qint32 harvestId, qint32 
                                                     "Durch das Löschen dieses Loses gehen die entsprechenden Buchungen auch "
                                                     "verloren. Soll das Los wirklich gelöscht werden?")
                                          .arg(lot.toString(), dependent, signedText(rows));
-            if (!ctx.prompter.confirmDestructive(question))
+            if (!ctx.prompter.askYesNo(question))
                 return false;
             withRows << dependent;
         }
-        if (withRows.isEmpty() && !ctx.prompter.confirmDestructive(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")))
+        if (withRows.isEmpty() && !ctx.prompter.askYesNo(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")))
             return false;
         TransactionGuard guard(ctx.db);
         for (const QString& dependent : withRows)
@@ -144,7 +144,7 @@ bool deleteRecord(const AppContext& ctx, HubList list, qint32 harvestId, qint32 
         return true;
     }
 
-    if (!ctx.prompter.confirmDestructive(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")))
+    if (!ctx.prompter.askYesNo(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")))
         return false;
     bool clearLots = false;
     QVariant invoiceNumber;

@@ -250,7 +250,7 @@ void forgetPrices(const AppContext& ctx)
         ctx.prompter.inform(QStringLiteral("Es ist keine Preisberechnung gemerkt!"));
         return;
     }
-    if (!ctx.prompter.confirmDestructive(QStringLiteral("Soll die gemerkte Preisberechnung für Stammholz wirklich gelöscht werden?")))
+    if (!ctx.prompter.askYesNo(QStringLiteral("Soll die gemerkte Preisberechnung für Stammholz wirklich gelöscht werden?")))
         return;
     QFile::remove(path);
     ctx.prompter.inform(QStringLiteral("Die gemerkte Preisberechnung wurde gelöscht!"));

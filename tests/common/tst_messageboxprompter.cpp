@@ -1,4 +1,4 @@
-// The desktop program's questions: Return on a question that destroys data answers No.
+// The desktop's questions: Enter answers No, the buttons are German.
 #include "common/ui/messageboxprompter.h"
 #include "support/tempdatafolder.h"
 
@@ -6,32 +6,29 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
+#include <QtTest>
 
 using namespace tarvik;
 
 class TestMessageBoxPrompter : public QObject {
     Q_OBJECT
 
-    // Presses Return in the message box that is about to open; returns its default button's text.
-    static void pressReturnWhenShown(QString* defaultText)
-    {
-        QTimer::singleShot(0, [defaultText] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            QVERIFY(box);
-            if (QPushButton* b = box->defaultButton())
-                *defaultText = b->text();
-            QTest::keyClick(box, Qt::Key_Return);
-        });
-    }
-
 private slots:
-    void returnAnswersNoToADestructiveQuestion()
+    void enterAnswersNo()
     {
         MessageBoxPrompter prompter;
-        QString defaultText;
-        pressReturnWhenShown(&defaultText);
-        QVERIFY(!prompter.confirmDestructive(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")));
-        QCOMPARE(defaultText, QStringLiteral("&Nein"));
+        QStringList buttons;
+        QTimer::singleShot(0, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box);
+            for (QAbstractButton* b : box->buttons())
+                buttons << b->text();
+            QCOMPARE(box->defaultButton(), box->button(QMessageBox::No));
+            QTest::keyClick(box, Qt::Key_Return);
+        });
+        QVERIFY(!prompter.askYesNo(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")));
+        buttons.sort();
+        QCOMPARE(buttons, (QStringList{QStringLiteral("&Ja"), QStringLiteral("&Nein")}));
     }
 };
 

@@ -24,12 +24,6 @@ void ScriptedPrompter::inform(const QString& text, Icon) { m_messages << text; }
 
 bool ScriptedPrompter::askYesNo(const QString& text) { return nextAnswer(text).toBool(); }
 
-bool ScriptedPrompter::confirmDestructive(const QString& text)
-{
-    m_destructive << text;
-    return askYesNo(text);
-}
-
 bool ScriptedPrompter::askOkCancel(const QString& text) { return nextAnswer(text).toBool(); }
 
 std::optional<QString> ScriptedPrompter::askText(const QString& prompt, const QString&)

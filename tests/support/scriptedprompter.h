@@ -21,7 +21,6 @@ public:
 
     void inform(const QString& text, Icon icon) override;
     bool askYesNo(const QString& text) override;
-    bool confirmDestructive(const QString& text) override;
     bool askOkCancel(const QString& text) override;
     std::optional<QString> askText(const QString& prompt, const QString& proposal) override;
     QString chooseOpenFile(const QString& caption, const QString& folder, const QString& filter) override;
@@ -30,16 +29,14 @@ public:
 
     const QStringList& messages() const { return m_messages; }   // inform() texts
     const QStringList& questions() const { return m_questions; } // every question asked
-    const QStringList& destructiveQuestions() const { return m_destructive; } // asked with No as default
     int pendingAnswers() const { return int(m_answers.size()); }
-    void clear() { m_messages.clear(); m_questions.clear(); m_destructive.clear(); }
+    void clear() { m_messages.clear(); m_questions.clear(); }
 
 private:
     QVariant nextAnswer(const QString& question);
     QQueue<QVariant> m_answers;
     QStringList m_messages;
     QStringList m_questions;
-    QStringList m_destructive;
 };
 
 } // namespace tarvik::test

@@ -13,7 +13,6 @@ public:
 
     void inform(const QString& text, Icon icon) override;
     bool askYesNo(const QString& text) override;
-    bool confirmDestructive(const QString& text) override;
     bool askOkCancel(const QString& text) override;
     std::optional<QString> askText(const QString& prompt, const QString& proposal) override;
     QString chooseOpenFile(const QString& caption, const QString& folder, const QString& filter) override;
