@@ -5,6 +5,7 @@
 #include "common/text.h"
 #include "common/textfile.h"
 #include "store/records.h"
+#include "store/rows.h"
 #include "store/sql.h"
 
 #include <QDir>
@@ -133,25 +134,12 @@ qint32 saveHarvest(const QSqlDatabase& db, const HarvestForm& f, std::optional<q
         columns << QString::fromUtf8(c);
     columns << QStringLiteral("Teilverkauft") << QStringLiteral("Verkauft");
 
-    qint32 id = 0;
-    if (editedId) {
-        QStringList assignments;
-        for (const QString& c : columns)
-            assignments << quoted(c) + QStringLiteral(" = ?");
-        execSql(db, QStringLiteral("UPDATE \"Hiebe\" SET %1 WHERE \"ID\" = ?").arg(assignments.join(QStringLiteral(", "))),
-                values + QVariantList{*editedId});
-        id = *editedId;
-    } else {
-        QStringList quotedColumns{QStringLiteral("\"Selektiert\"")}, marks{QStringLiteral("''")};
-        for (const QString& c : columns) {
-            quotedColumns << quoted(c);
-            marks << QStringLiteral("?");
-        }
-        QSqlQuery q = execSql(db, QStringLiteral("INSERT INTO \"Hiebe\"(%1) VALUES (%2)")
-                                      .arg(quotedColumns.join(QStringLiteral(", ")), marks.join(QStringLiteral(", "))),
-                              values);
-        id = q.lastInsertId().toInt();
+    if (!editedId) {
+        // A new harvest starts unmarked.
+        columns << QStringLiteral("Selektiert");
+        values << QStringLiteral(""); // empty, not NULL
     }
+    const qint32 id = writeRow(db, QStringLiteral("Hiebe"), columns, values, editedId);
 
     if (!f.waldname.trimmed().isEmpty() && !woodland(db, f.waldname.trimmed()))
         execSql(db, QStringLiteral("INSERT INTO \"Liste_Waldnamen\"(\"Waldname\", \"Waldort\", \"Fläche\") VALUES (?, ?, ?)"),
@@ -165,6 +153,15 @@ qint32 saveHarvest(const QSqlDatabase& db, const HarvestForm& f, std::optional<q
     insertIntoLookupList(db, QStringLiteral("Liste_Hiebart"), f.hiebart.trimmed());
     guard.commit();
     return id;
+}
+
+std::optional<qint32> storeHarvest(const AppContext& ctx, const HarvestForm& form, std::optional<qint32> editedId)
+{
+    if (const auto refusal = checkHarvest(ctx.db, form, editedId)) {
+        ctx.prompter.inform(*refusal);
+        return std::nullopt;
+    }
+    return saveHarvest(ctx.db, form, editedId);
 }
 
 DefaultsResult saveHarvestDefaults(const QString& dataFolder, const HarvestForm& form)
@@ -196,20 +193,6 @@ std::optional<OwnerEntry> owner(const QSqlDatabase& db, const QString& name)
         if (readText(q.value(0)).compare(name.trimmed(), Qt::CaseInsensitive) == 0)
             return OwnerEntry{readText(q.value(1)), readText(q.value(2)), readText(q.value(3)), readText(q.value(4))};
     return std::nullopt;
-}
-
-QStringList listValues(const QSqlDatabase& db, const QString& table, const QString& column)
-{
-    QStringList values;
-    if (!isSafeIdentifier(table) || !isSafeIdentifier(column))
-        return values;
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT %1 FROM %2 ORDER BY rowid").arg(quoted(column), quoted(table)));
-    while (q.next()) {
-        const QString v = readText(q.value(0));
-        if (!v.isEmpty() && !values.contains(v))
-            values << v;
-    }
-    return values;
 }
 
 } // namespace tarvik

@@ -2,6 +2,8 @@
 // Creating and changing a harvest: the proposal for a new one, the checks, the store, and the
 // remembered defaults ("FH_Hiebeingabe.TK3").
 #include "common/clock.h"
+#include "store/context.h"
+#include "store/records.h"
 
 #include <QSqlDatabase>
 #include <QString>
@@ -31,8 +33,10 @@ HarvestForm loadHarvest(const QSqlDatabase& db, qint32 id);
 // The first failed check as the whole message, or nullopt. editedId: the harvest being changed.
 std::optional<QString> checkHarvest(const QSqlDatabase& db, const HarvestForm& form, std::optional<qint32> editedId);
 
-// Stores the harvest and grows the woodland, owner, reason and kind lists; returns its ID.
-// One transaction.
+// The harvest window's OK: checks (a refusal is shown), then stores; the harvest's ID, or nullopt.
+std::optional<qint32> storeHarvest(const AppContext& context, const HarvestForm& form, std::optional<qint32> editedId);
+// Writes the harvest without checks (callers that checked, generators, imports) and grows the
+// woodland, owner, reason and kind lists; returns its ID. One transaction.
 qint32 saveHarvest(const QSqlDatabase& db, const HarvestForm& form, std::optional<qint32> editedId);
 
 // The nine remembered lines; the message to show on success, or the write error.
@@ -51,8 +55,5 @@ struct OwnerEntry {
     QString strasse, wohnort, telefon, sonstiges;
 };
 std::optional<OwnerEntry> owner(const QSqlDatabase& db, const QString& name);
-
-// The texts of a list column, for the combo boxes.
-QStringList listValues(const QSqlDatabase& db, const QString& table, const QString& column);
 
 } // namespace tarvik

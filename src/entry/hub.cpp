@@ -3,6 +3,8 @@
 #include "common/numbers.h"
 #include "common/text.h"
 #include "store/records.h"
+#include "store/gridquery.h"
+#include "store/rows.h"
 #include "store/sql.h"
 #include "store/totals.h"
 
@@ -10,38 +12,6 @@
 #include <QSqlRecord>
 
 namespace tarvik {
-namespace {
-
-void afterChange(const QSqlDatabase& db, qint32 harvestId)
-{
-    recomputeTotals(db, harvestId);
-    recomputeSaleState(db, harvestId);
-}
-
-// Inserts a copy of the row with some columns replaced.
-void copyRow(const QSqlDatabase& db, const QString& table, qint32 id, const QHash<QString, QVariant>& replaced)
-{
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT * FROM %1 WHERE \"ID\" = ?").arg(quoted(table)), {id});
-    if (!q.next())
-        return;
-    const QSqlRecord r = q.record();
-    QStringList columns, marks;
-    QVariantList values;
-    for (int i = 0; i < r.count(); ++i) {
-        const QString name = r.fieldName(i);
-        if (name == u"ID")
-            continue;
-        columns << quoted(name);
-        marks << QStringLiteral("?");
-        values << (replaced.contains(name) ? replaced.value(name) : r.value(i));
-    }
-    q.finish();
-    execSql(db, QStringLiteral("INSERT INTO %1(%2) VALUES (%3)")
-                    .arg(quoted(table), columns.join(QStringLiteral(", ")), marks.join(QStringLiteral(", "))),
-            values);
-}
-
-} // namespace
 
 QString hubHeader(const QSqlDatabase& db, qint32 harvestId)
 {
@@ -96,6 +66,20 @@ QString hubListSql(HubList list, bool openInvoicesOnly)
     return {};
 }
 
+QSqlQuery hubListQuery(const QSqlDatabase& db, HubList list, bool openInvoicesOnly, qint32 harvestId)
+{
+    return gridQuery(db, hubListSql(list, openInvoicesOnly), {harvestId});
+}
+
+QList<HarvestChoice> harvestChoices(const QSqlDatabase& db)
+{
+    QList<HarvestChoice> choices;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT \"ID\", \"Hieb_Nr\", \"Waldname\" FROM \"Hiebe\" ORDER BY \"Hieb_Nr\", \"ID\""));
+    while (q.next())
+        choices.append({q.value(0).toInt(), QStringLiteral("%1 / %2").arg(readText(q.value(1)), readText(q.value(2)))});
+    return choices;
+}
+
 bool copyRecord(const AppContext& ctx, HubList list, qint32 harvestId, qint32 id)
 {
     TransactionGuard guard(ctx.db);
@@ -122,7 +106,7 @@ bool copyRecord(const AppContext& ctx, HubList list, qint32 harvestId, qint32 id
     } else {
         return false;
     }
-    afterChange(ctx.db, harvestId);
+    refreshHarvest(ctx.db, harvestId);
     guard.commit();
     return true;
 }
@@ -155,7 +139,7 @@ bool deleteRecord(const AppContext& ctx, HubList list, qint32 harvestId, qint32 
         for (const QString& dependent : withRows)
             execSql(ctx.db, QStringLiteral("DELETE FROM %1 WHERE \"Los_Nr\" = ? AND \"Kennung\" = ?").arg(quoted(dependent)), {lot, harvestId});
         execSql(ctx.db, QStringLiteral("DELETE FROM \"Lose\" WHERE \"ID\" = ?"), {id});
-        afterChange(ctx.db, harvestId);
+        refreshHarvest(ctx.db, harvestId);
         guard.commit();
         return true;
     }
@@ -175,7 +159,7 @@ bool deleteRecord(const AppContext& ctx, HubList list, qint32 harvestId, qint32 
     execSql(ctx.db, QStringLiteral("DELETE FROM %1 WHERE \"ID\" = ?").arg(quoted(table)), {id});
     if (clearLots)
         execSql(ctx.db, QStringLiteral("UPDATE \"Lose\" SET \"ReNr\" = 0 WHERE \"ReNr\" = ?"), {invoiceNumber});
-    afterChange(ctx.db, harvestId);
+    refreshHarvest(ctx.db, harvestId);
     guard.commit();
     return true;
 }
@@ -205,7 +189,7 @@ bool markInvoicePaid(const AppContext& ctx, qint32 harvestId, qint32 invoiceId)
             ids << harvests.value(0).toInt();
     harvests.finish();
     for (qint32 id : ids)
-        afterChange(ctx.db, id);
+        refreshHarvest(ctx.db, id);
     guard.commit();
     return true;
 }

@@ -3,6 +3,7 @@
 // and paying; the totals follow every change.
 #include "store/context.h"
 
+#include <QSqlQuery>
 #include <QStringList>
 #include <optional>
 
@@ -13,6 +14,15 @@ enum class HubList { Lose = 0, Staemme = 1, Pfaehle = 2, Schichtholz = 3, Rechnu
 QString hubHeader(const QSqlDatabase& db, qint32 harvestId);
 // The statement of a list; its only parameter is the harvest's ID. Its last column is `ID`.
 QString hubListSql(HubList list, bool openInvoicesOnly);
+// The list of the harvest, run and ready for the grid.
+QSqlQuery hubListQuery(const QSqlDatabase& db, HubList list, bool openInvoicesOnly, qint32 harvestId);
+
+// The harvests to step through: ID and "Hieb_Nr / Waldname", in number order.
+struct HarvestChoice {
+    qint32 id;
+    QString caption;
+};
+QList<HarvestChoice> harvestChoices(const QSqlDatabase& db);
 // The table whose rows a list shows.
 QString hubTable(HubList list);
 

@@ -5,6 +5,8 @@
 #include "entry/lotcheck.h"
 #include "rules/masterdatalookup.h"
 #include "store/records.h"
+#include "store/gridquery.h"
+#include "store/rows.h"
 #include "store/sql.h"
 #include "store/totals.h"
 
@@ -25,7 +27,7 @@ bool runningNumberTaken(const QSqlDatabase& db, const Einstellungen& settings, q
         sql += QStringLiteral(" AND \"ID\" <> ?");
         values << *editedId;
     }
-    if (settings.zahl[57] == 1) {
+    if (settings.runningNumbersPerLot()) {
         sql += QStringLiteral(" AND \"Los_Nr\" = ?");
         values << lotNr;
     }
@@ -40,10 +42,9 @@ QVariantList rowValues(const LogForm& f, qint32 runningNumber, const QString& re
             f.heilbronnClass, currencyValue(f.net), currencyValue(f.gross), remark, f.kaeferholz ? 1 : 0, harvestId};
 }
 
-const QString LogColumns = QStringLiteral(
-    "\"Los_Nr\", \"Laufende_Nr\", \"Baumart\", \"Stärke_gemessen\", \"Rindenabzugsart\", \"Rindenabzug\", \"Stärke_oR\", "
-    "\"Länge_m\", \"Efm_oR\", \"Stärkeklasse\", \"Güteklasse\", \"Zopfdurchm_cm\", \"Klasse_Heilbronn\", \"Preis_berechnet\", "
-    "\"Holzpreis\", \"Bemerkung\", \"Käferholz\", \"Kennung\"");
+const QStringList LogColumns = QString::fromUtf8(
+    "Los_Nr Laufende_Nr Baumart Stärke_gemessen Rindenabzugsart Rindenabzug Stärke_oR Länge_m Efm_oR Stärkeklasse "
+    "Güteklasse Zopfdurchm_cm Klasse_Heilbronn Preis_berechnet Holzpreis Bemerkung Käferholz Kennung").split(u' ');
 
 } // namespace
 
@@ -55,8 +56,13 @@ void recomputeLog(LogForm& f, MasterDataLookup& masterData)
     f.volume = d.volume;
     if (!d.diameterClass.isEmpty())
         f.diameterClass = d.diameterClass;
-    if (!d.heilbronnClass.isEmpty())
+    if (!d.heilbronnClass.isEmpty()) {
         f.heilbronnClass = d.heilbronnClass;
+        f.heilbronnComputed = true;
+    } else if (f.heilbronnComputed && readNumber(f.topDiameter) <= 0) {
+        f.heilbronnClass.clear();
+        f.heilbronnComputed = false;
+    }
     const LogPrice p = priceLog(f.prices,
                                 {f.diameterClass, f.quality, static_cast<float>(readNumber(f.volume)), f.species, f.kaeferholz ? 1 : 0},
                                 masterData);
@@ -133,12 +139,6 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
         remark = QStringLiteral("Mantelmessung (%1 Stück)").arg(girthCount);
     }
 
-    std::optional<qint32> editedLot;
-    if (editedId) {
-        const QVariant old = scalar(ctx.db, QStringLiteral("SELECT \"Los_Nr\" FROM \"Stämme\" WHERE \"ID\" = ?"), {*editedId});
-        if (old.isValid())
-            editedLot = old.toInt();
-    }
     LogStoreResult result;
     {
         TransactionGuard guard(ctx.db);
@@ -155,18 +155,14 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
             }
             result.rows = girthCount;
         } else if (editedId) {
-            QStringList assignments;
-            for (const QString& c : LogColumns.split(QStringLiteral(", ")))
-                assignments << c + QStringLiteral(" = ?");
-            execSql(ctx.db, QStringLiteral("UPDATE \"Stämme\" SET %1 WHERE \"ID\" = ?").arg(assignments.join(QStringLiteral(", "))),
-                    rowValues(f, number, remark, harvestId) + QVariantList{*editedId});
+            writeRow(ctx.db, QStringLiteral("Stämme"), LogColumns, rowValues(f, number, remark, harvestId), editedId);
             result = {1, number};
         } else {
             inserter.insert(harvestId, f, number, remark);
             result = {1, number};
         }
         // The girth remark is generated, not the user's: it stays out of the remark list.
-        afterEntryStore(ctx.db, harvestId, lot, editedLot, girth ? QString() : remark);
+        afterEntryStore(ctx.db, harvestId, girth ? QString() : remark);
         guard.commit();
     }
     if (girth)
@@ -175,13 +171,13 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
 }
 
 LogInserter::LogInserter(const QSqlDatabase& db)
-    : m_insert(prepareSql(db, QStringLiteral("INSERT INTO \"Stämme\"(%1) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)").arg(LogColumns)))
+    : m_insert(db, QStringLiteral("Stämme"), LogColumns)
 {
 }
 
 void LogInserter::insert(qint32 harvestId, const LogForm& f, qint32 runningNumber, const QString& remark)
 {
-    execPrepared(m_insert, rowValues(f, runningNumber, remark, harvestId));
+    m_insert.insert(rowValues(f, runningNumber, remark, harvestId));
 }
 
 LogForm loadLog(const QSqlDatabase& db, qint32 id)
@@ -237,10 +233,26 @@ QString decimetreLength(const QString& text)
     return text;
 }
 
+qint32 proposedRunningNumber(const QSqlDatabase& db, const Einstellungen& settings, qint32 harvestId, qint32 lotNr)
+{
+    const bool perLot = settings.runningNumbersPerLot();
+    const QVariant last = perLot ? scalar(db, QStringLiteral("SELECT max(\"Laufende_Nr\") FROM \"Stämme\" WHERE \"Kennung\" = ? AND \"Los_Nr\" = ?"),
+                                          {harvestId, lotNr})
+                                 : scalar(db, QStringLiteral("SELECT max(\"Laufende_Nr\") FROM \"Stämme\" WHERE \"Kennung\" = ?"), {harvestId});
+    return nextRunningNumber(db, settings, harvestId, lotNr, QString::number(toLong(readNumber(last)) + 1));
+}
+
+QSqlQuery lotLogsQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
+{
+    return lotRowsQuery(db, QStringLiteral("Stämme"),
+                        QStringLiteral("Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, Stärke_oR, Länge_m, "
+                                       "Efm_oR, Stärkeklasse, Güteklasse, Klasse_Heilbronn, Holzpreis, Preis_berechnet, Bemerkung"),
+                        harvestId, lotNr, QStringLiteral("Laufende_Nr DESC, ID DESC"));
+}
+
 QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
 {
-    return readText(scalar(db, QStringLiteral("SELECT \"Baumart\" FROM \"Stämme\" WHERE \"Kennung\" = ? AND \"Los_Nr\" = ? "
-                                              "ORDER BY \"ID\" DESC LIMIT 1"), {harvestId, lotNr}));
+    return lastValueOfLot(db, QStringLiteral("Stämme"), QStringLiteral("Baumart"), harvestId, lotNr);
 }
 
 } // namespace tarvik

@@ -5,6 +5,8 @@
 #include "rules/pricing.h"
 #include "store/context.h"
 
+#include "store/rows.h"
+
 #include <QSqlQuery>
 
 #include <optional>
@@ -19,6 +21,7 @@ struct LogForm {
     QString measuredDiameter, length, topDiameter; // tz(1), tz(2), tz(3)
     QString deduction, underBark, volume;           // tz(4), tz(5), tz(6)
     QString diameterClass, heilbronnClass;          // the class lists' selections
+    bool heilbronnComputed = false;                 // the class came from the top diameter
     QString price, logPrice;                        // tz(7) net, tz(14) gross
     QString remark;
     QString girthCount; // a count for a girth measurement ("Mantelmessung"); empty: one log
@@ -30,7 +33,8 @@ struct LogForm {
 };
 
 // Derives deduction, diameter under bark, volume, classes and prices into the form. A class
-// that matches nothing leaves the list's selection as it was.
+// that matches nothing leaves the list's selection as it was; a Heilbronn class computed from
+// a top diameter goes when the top diameter is emptied, one picked by hand stays.
 void recomputeLog(LogForm& form, MasterDataLookup& masterData);
 
 // The first failed check as the whole message, or nullopt.
@@ -54,7 +58,7 @@ public:
     void insert(qint32 harvestId, const LogForm& form, qint32 runningNumber, const QString& remark);
 
 private:
-    QSqlQuery m_insert;
+    RowInserter m_insert;
 };
 
 // The log of that ID as the window shows it (recomputed values are those stored).
@@ -65,6 +69,13 @@ QString lotSummary(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
 
 // Quick entry of lengths in decimetres: "125" becomes "12.5"; other texts stay.
 QString decimetreLength(const QString& text);
+
+// The running number proposed for a new log: the next after the highest of the harvest, or of
+// the lot with numbering per lot.
+qint32 proposedRunningNumber(const QSqlDatabase& db, const Einstellungen& settings, qint32 harvestId, qint32 lotNr);
+
+// The lot's logs for the window's grid, highest running number first.
+QSqlQuery lotLogsQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
 
 // The species of the lot's last entered log, proposed for the next one.
 QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);

@@ -31,33 +31,10 @@ LotAnswer lotExistsOrAsk(const AppContext& ctx, qint32 harvestId, qint32 lotNr)
     return LotAnswer::Refused;
 }
 
-std::optional<qint32> writeEntryRow(const QSqlDatabase& db, const QString& table, const QStringList& columns,
-                                    const QVariantList& values, std::optional<qint32> editedId)
-{
-    QStringList names, marks, assignments;
-    for (const QString& c : columns) {
-        names << quoted(c);
-        marks << QStringLiteral("?");
-        assignments << quoted(c) + QStringLiteral(" = ?");
-    }
-    if (!editedId) {
-        execSql(db, QStringLiteral("INSERT INTO %1(%2) VALUES (%3)").arg(quoted(table), names.join(QStringLiteral(", ")), marks.join(QStringLiteral(", "))),
-                values);
-        return std::nullopt;
-    }
-    const QVariant before = scalar(db, QStringLiteral("SELECT \"Los_Nr\" FROM %1 WHERE \"ID\" = ?").arg(quoted(table)), {*editedId});
-    execSql(db, QStringLiteral("UPDATE %1 SET %2 WHERE \"ID\" = ?").arg(quoted(table), assignments.join(QStringLiteral(", "))),
-            values + QVariantList{*editedId});
-    return before.isValid() ? std::optional<qint32>(before.toInt()) : std::nullopt;
-}
-
-void afterEntryStore(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr, std::optional<qint32> leftLot, const QString& remark)
+void afterEntryStore(const QSqlDatabase& db, qint32 harvestId, const QString& remark)
 {
     insertIntoLookupList(db, QStringLiteral("Liste_Bemerkungen"), remark);
-    recomputeTotals(db, harvestId, lotNr);
-    if (leftLot && *leftLot != lotNr)
-        recomputeTotals(db, harvestId, *leftLot);
-    recomputeSaleState(db, harvestId);
+    refreshHarvest(db, harvestId);
 }
 
 } // namespace tarvik

@@ -18,12 +18,8 @@ enum class LotAnswer { Exists, Create, Refused };
 // Whether the lot exists; when not, asks to create it ("Refused" has shown its message).
 LotAnswer lotExistsOrAsk(const AppContext& context, qint32 harvestId, qint32 lotNr);
 
-// Inserts the row, or updates the edited one; for an edited row, the lot it was in before.
-std::optional<qint32> writeEntryRow(const QSqlDatabase& db, const QString& table, const QStringList& columns,
-                                    const QVariantList& values, std::optional<qint32> editedId);
-
-// After a store: a new remark joins its list; the lot, the lot the row left and the harvest are
-// summed again. Runs inside the caller's transaction.
-void afterEntryStore(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr, std::optional<qint32> leftLot, const QString& remark);
+// After a store: a new remark joins its list; the lots and the harvest are summed again and
+// the sale state follows. Runs inside the caller's transaction.
+void afterEntryStore(const QSqlDatabase& db, qint32 harvestId, const QString& remark);
 
 } // namespace tarvik

@@ -5,6 +5,7 @@
 #include "entry/lotcheck.h"
 #include "common/textfile.h"
 #include "store/records.h"
+#include "store/rows.h"
 #include "store/sql.h"
 #include "store/totals.h"
 
@@ -161,46 +162,53 @@ LotForm loadLot(const QSqlDatabase& db, qint32 id)
     return f;
 }
 
-std::optional<QString> checkLot(const QSqlDatabase& db, qint32 harvestId, const LotForm& f, bool isNew)
+std::optional<QString> checkLot(const QSqlDatabase& db, qint32 harvestId, const LotForm& f, std::optional<qint32> editedId)
 {
-    if (readNumber(f.losNr) <= 0)
-        return inputRefusal(QStringLiteral("...die Los-Nummer fehlt."));
-    if (f.sortierung.trimmed().isEmpty())
-        return inputRefusal(QStringLiteral("...die Sortierung fehlt."));
+    QStringList reasons;
     const qint32 lot = toLong(readNumber(f.losNr));
-    if (isNew && scalar(db, QStringLiteral("SELECT 1 FROM \"Lose\" WHERE \"Los_Nr\" = ? AND \"Kennung\" = ? LIMIT 1"), {lot, harvestId}).isValid())
-        return inputRefusal(QStringLiteral("...die Los-Nummer %1 bereits existiert.").arg(lot));
-    return std::nullopt;
+    if (lot <= 0)
+        reasons << QStringLiteral("...die Los-Nummer fehlt.");
+    if (f.sortierung.trimmed().isEmpty())
+        reasons << QStringLiteral("...die Sortierung fehlt.");
+    // A number taken by another lot would merge two lots' rows under one number.
+    const QString taken = QStringLiteral("SELECT 1 FROM \"Lose\" WHERE \"Los_Nr\" = ? AND \"Kennung\" = ?")
+                          + (editedId ? QStringLiteral(" AND \"ID\" <> ?") : QString()) + QStringLiteral(" LIMIT 1");
+    if (lot > 0 && scalar(db, taken, editedId ? QVariantList{lot, harvestId, *editedId} : QVariantList{lot, harvestId}).isValid())
+        reasons << QStringLiteral("...die Los-Nummer %1 bereits existiert.").arg(lot);
+    if (reasons.isEmpty())
+        return std::nullopt;
+    return inputRefusal(reasons.join(u'\n'));
 }
 
 qint32 saveLot(const QSqlDatabase& db, qint32 harvestId, const LotForm& f, std::optional<qint32> editedId)
 {
     TransactionGuard guard(db);
-    const auto columns = lotColumns(f, harvestId);
-    QStringList names, marks, assignments;
-    QVariantList values;
-    for (const auto& [name, value] : columns) {
-        names << quoted(name);
-        marks << QStringLiteral("?");
-        assignments << quoted(name) + QStringLiteral(" = ?");
-        values << value;
-    }
-    qint32 id = 0;
-    if (editedId) {
-        execSql(db, QStringLiteral("UPDATE \"Lose\" SET %1 WHERE \"ID\" = ?").arg(assignments.join(QStringLiteral(", "))),
-                values + QVariantList{*editedId});
-        id = *editedId;
-    } else {
-        id = execSql(db, QStringLiteral("INSERT INTO \"Lose\"(%1) VALUES (%2)").arg(names.join(QStringLiteral(", ")), marks.join(QStringLiteral(", "))),
-                     values).lastInsertId().toInt();
+    std::optional<qint32> before;
+    if (editedId)
+        before = lotOfRow(db, QStringLiteral("Lose"), *editedId);
+    const qint32 id = writeRow(db, QStringLiteral("Lose"), lotColumns(f, harvestId), editedId);
+    const qint32 lot = toLong(readNumber(f.losNr));
+    if (before.value_or(lot) != lot) {
+        // A renumbered lot takes its logs, poles and sections along.
+        for (const char* table : {"Stämme", "Pfähle", "Schichtholz"})
+            execSql(db, QStringLiteral("UPDATE %1 SET \"Los_Nr\" = ? WHERE \"Kennung\" = ? AND \"Los_Nr\" = ?").arg(quoted(QString::fromUtf8(table))),
+                    {lot, harvestId, before.value_or(lot)});
     }
     insertIntoLookupList(db, QStringLiteral("Liste_Lagerort"), f.lagerort.trimmed());
     insertIntoLookupList(db, QStringLiteral("Liste_Abnehmer"), f.abnehmer.trimmed());
     insertIntoLookupList(db, QStringLiteral("Liste_Bemerkungen"), f.bemerkung.trimmed());
-    recomputeTotals(db, harvestId);
-    recomputeSaleState(db, harvestId);
+    refreshHarvest(db, harvestId);
     guard.commit();
     return id;
+}
+
+std::optional<qint32> storeLot(const AppContext& ctx, qint32 harvestId, const LotForm& form, std::optional<qint32> editedId)
+{
+    if (const auto refusal = checkLot(ctx.db, harvestId, form, editedId)) {
+        ctx.prompter.inform(*refusal);
+        return std::nullopt;
+    }
+    return saveLot(ctx.db, harvestId, form, editedId);
 }
 
 std::optional<PlaceDetails> placeDetails(const QSqlDatabase& db, const QString& place)
@@ -293,8 +301,7 @@ bool moveRangeToLot(const AppContext& ctx, qint32 harvestId, const LogRange& r, 
             createLot(ctx.db, harvestId, target, QStringLiteral("Stämme"));
         }
     }
-    recomputeTotals(ctx.db, harvestId);
-    recomputeSaleState(ctx.db, harvestId);
+    refreshHarvest(ctx.db, harvestId);
     guard.commit();
     ctx.prompter.inform(Done);
     return true;
@@ -318,30 +325,6 @@ bool changeSpeciesOfLot(const AppContext& ctx, qint32 harvestId, const QString& 
             {to.trimmed(), toLong(readNumber(lot)), from.trimmed(), harvestId});
     ctx.prompter.inform(Done);
     return true;
-}
-
-QStringList distinctLotValues(const QSqlDatabase& db, const QString& column)
-{
-    QStringList values;
-    if (!isSafeIdentifier(column))
-        return values;
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT DISTINCT %1 FROM \"Lose\" ORDER BY 1").arg(quoted(column)));
-    while (q.next())
-        if (const QString v = readText(q.value(0)); !v.isEmpty())
-            values << v;
-    return values;
-}
-
-QStringList lotNumbers(const QSqlDatabase& db, qint32 harvestId, const QString& sorting)
-{
-    QStringList values;
-    QSqlQuery q = sorting.isEmpty()
-                      ? execSql(db, QStringLiteral("SELECT DISTINCT \"Los_Nr\" FROM \"Lose\" WHERE \"Kennung\" = ? ORDER BY 1"), {harvestId})
-                      : execSql(db, QStringLiteral("SELECT DISTINCT \"Los_Nr\" FROM \"Lose\" WHERE \"Kennung\" = ? AND \"Sortierung\" = ? ORDER BY 1"),
-                                {harvestId, sorting});
-    while (q.next())
-        values << readText(q.value(0));
-    return values;
 }
 
 } // namespace tarvik

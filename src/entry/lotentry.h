@@ -3,6 +3,7 @@
 // changes of a range of its logs.
 #include "rules/pricing.h"
 #include "store/context.h"
+#include "store/records.h"
 
 #include <QStringList>
 #include <optional>
@@ -23,8 +24,12 @@ struct LotForm {
 
 LotForm proposeNewLot(const QSqlDatabase& db, qint32 harvestId, const QString& dataFolder);
 LotForm loadLot(const QSqlDatabase& db, qint32 id);
-std::optional<QString> checkLot(const QSqlDatabase& db, qint32 harvestId, const LotForm& form, bool isNew);
-// Stores the lot and grows the place, buyer and remark lists; returns its ID. One transaction.
+// Every failed check gathered into one message, or nullopt. editedId: the lot being changed.
+std::optional<QString> checkLot(const QSqlDatabase& db, qint32 harvestId, const LotForm& form, std::optional<qint32> editedId);
+// The lot window's OK: checks (a refusal is shown), then stores; the lot's ID, or nullopt.
+std::optional<qint32> storeLot(const AppContext& context, qint32 harvestId, const LotForm& form, std::optional<qint32> editedId);
+// Writes the lot without checks (callers that checked, bulk copies): a renumbered lot takes its
+// rows along; the place, buyer and remark lists grow; the totals follow. One transaction.
 qint32 saveLot(const QSqlDatabase& db, qint32 harvestId, const LotForm& form, std::optional<qint32> editedId);
 
 // Directions and position of an earlier lot at the same storage place.
@@ -46,9 +51,5 @@ bool changeQualityOfRange(const AppContext& context, qint32 harvestId, const Log
 bool changeSpeciesOfRange(const AppContext& context, qint32 harvestId, const LogRange& range, const QString& species);
 bool moveRangeToLot(const AppContext& context, qint32 harvestId, const LogRange& range, const QString& targetLot);
 bool changeSpeciesOfLot(const AppContext& context, qint32 harvestId, const QString& lot, const QString& from, const QString& to);
-
-// Distinct values of a lot column over all lots, for the lists of the window.
-QStringList distinctLotValues(const QSqlDatabase& db, const QString& column);
-QStringList lotNumbers(const QSqlDatabase& db, qint32 harvestId, const QString& sorting = QString());
 
 } // namespace tarvik

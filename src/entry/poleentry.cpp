@@ -6,6 +6,7 @@
 #include "rules/masterdatalookup.h"
 #include "rules/poles.h"
 #include "store/records.h"
+#include "store/rows.h"
 #include "store/sql.h"
 
 #include <QSqlQuery>
@@ -71,11 +72,11 @@ bool storePole(const AppContext& ctx, qint32 harvestId, PoleForm& f, std::option
     const QVariantList values{lot, f.species.trimmed(), toShort(readNumber(f.diameter)), readNumber(f.length),
                               toLong(readNumber(f.count)), f.poleClass, currencyValue(readNumber(f.pricePerPiece)),
                               currencyValue(rowPrice(f)), f.remark.trimmed(), harvestId};
-    const std::optional<qint32> leftLot = writeEntryRow(
+    writeRow(
         ctx.db, QStringLiteral("Pfähle"),
         QString::fromUtf8("Los_Nr Baumart Stärke_mR Länge_m Anzahl Stärkeklasse Preis_je_Stück Preis_berechnet Bemerkung Kennung").split(u' '),
         values, editedId);
-    afterEntryStore(ctx.db, harvestId, lot, leftLot, f.remark.trimmed());
+    afterEntryStore(ctx.db, harvestId, f.remark.trimmed());
     guard.commit();
     return true;
 }

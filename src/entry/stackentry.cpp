@@ -5,6 +5,7 @@
 #include "entry/lotcheck.h"
 #include "rules/masterdatalookup.h"
 #include "store/records.h"
+#include "store/rows.h"
 #include "store/sql.h"
 
 #include <QSqlQuery>
@@ -102,12 +103,12 @@ bool storeStack(const AppContext& ctx, qint32 harvestId, StackForm& f, std::opti
     const QVariantList values{lot, section, f.species.trimmed(), toShort(readNumber(f.diameter)), readNumber(f.length),
                               readNumber(f.depth), readNumber(f.height), f.stackClass, readNumber(f.m3), readNumber(f.efm),
                               currencyValue(readNumber(f.pricePerSter)), currencyValue(rowPrice(f)), f.remark.trimmed(), harvestId};
-    const std::optional<qint32> leftLot = writeEntryRow(
+    writeRow(
         ctx.db, QStringLiteral("Schichtholz"),
         QString::fromUtf8("Los_Nr Sektions_Nr Baumart Stärke Sektionslänge_m Sektionstiefe_m Sektionshöhe_m Stärkeklasse m3 Efm "
                           "Preis_je_Ster Preis_berechnet Bemerkung Kennung").split(u' '),
         values, editedId);
-    afterEntryStore(ctx.db, harvestId, lot, leftLot, f.remark.trimmed());
+    afterEntryStore(ctx.db, harvestId, f.remark.trimmed());
     guard.commit();
     return true;
 }

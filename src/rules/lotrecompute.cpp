@@ -5,6 +5,7 @@
 #include "common/text.h"
 #include "rules/masterdatalookup.h"
 #include "store/sql.h"
+#include "store/totals.h"
 
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -174,6 +175,31 @@ std::optional<LotRecomputeResult> recomputeLotPrices(const QSqlDatabase& db, Mas
         guard.commit();
     }
     prompter.inform(QStringLiteral("Die Preise wurden lt. den aktuellen Vorgaben neu berechnet. Ggf. müssen Sie das aktuelle Modul schließen, um die neuen Preise zu sehen!"));
+    return result;
+}
+
+std::optional<LotRecomputeResult> recomputeLot(const QSqlDatabase& db, MasterDataLookup& masterData, qint32 harvestId,
+                                               std::optional<qint32> lotNr, const LotRecomputeRequest& request,
+                                               Prompter& prompter)
+{
+    TransactionGuard guard(db);
+    std::optional<LotRecomputeResult> result;
+    if (request.bark) {
+        result = recomputeLotBark(db, masterData, harvestId, lotNr, request.mode, request.priceSettings, prompter);
+        if (!result)
+            return std::nullopt;
+    }
+    if (request.prices) {
+        const auto priced = recomputeLotPrices(db, masterData, harvestId, lotNr, request.priceSettings, prompter);
+        if (!priced)
+            return std::nullopt;
+        if (!result)
+            result = priced;
+    }
+    if (!result)
+        return std::nullopt;
+    refreshHarvest(db, harvestId);
+    guard.commit();
     return result;
 }
 

@@ -34,4 +34,19 @@ std::optional<LotRecomputeResult> recomputeLotPrices(const QSqlDatabase& db, Mas
                                                      qint32 harvestId, std::optional<qint32> lotNr,
                                                      const PriceSettings& prices, Prompter& prompter);
 
+// What a lot's recompute does: the bark of its logs, their prices, or both (bark first).
+struct LotRecomputeRequest {
+    bool bark = false;
+    std::optional<BarkMode> mode; // with bark: the mode every log gets; none keeps each log's own
+    bool prices = false;          // also stores the settings on the lot
+    PriceSettings priceSettings;
+};
+
+// A lot's recompute as the log window, the lot window and the command line run it: the
+// asked steps, then the harvest's totals and sale state, all in one transaction. The result
+// of the first step; nullopt when no lot was given or the user said No (nothing changed).
+std::optional<LotRecomputeResult> recomputeLot(const QSqlDatabase& db, MasterDataLookup& masterData, qint32 harvestId,
+                                               std::optional<qint32> lotNr, const LotRecomputeRequest& request,
+                                               Prompter& prompter);
+
 } // namespace tarvik

@@ -7,7 +7,7 @@ namespace tarvik {
 
 StackedFactors StackedFactors::from(const Einstellungen& s)
 {
-    return {s.dezimal[0], s.dezimal[1], s.dezimal[2], s.zahl[54]};
+    return {s.dezimal[0], s.dezimal[1], s.dezimal[2], s.stackedExtraDeductionPercent()};
 }
 
 float StackedFactors::forDepth(float depthM) const

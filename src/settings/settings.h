@@ -25,6 +25,20 @@ struct Einstellungen {
 
     // Defaults for values that are missing or out of range after reading.
     void repair();
+
+    // The slots the program acts on, by name (the dialog edits them by slot).
+    bool confirmationBeep() const { return zahl[24] != 1; }           // konbeep off
+    bool okNextIsDefault() const { return zahl[28] == 1; }            // kondefaultok
+    bool zeroMeasuresAfterNext() const { return zahl[29] == 1; }      // koneingabe0
+    bool focusRunningNumberAfterNext() const { return zahl[42] == 1; } // konruecklnr
+    bool twoDigitAdvance() const { return zahl[45] == 1; }            // konzweistellig(0)
+    bool focusDiameterAfterNext() const { return zahl[49] == 1; }     // konstaerke
+    bool decimetreLengths() const { return zahl[51] == 1; }           // konzweistellig(1)
+    qint16 stackedExtraDeductionPercent() const { return zahl[54]; }
+    bool runningNumbersPerLot() const { return zahl[57] == 1; }       // konlnrlos
+    int backupIntervalDays() const { return zahl[17]; }
+    int printTopMarginMm() const { return zahl[59]; }
+    QString lastBackupDate() const { return text[12].trimmed(); }
 };
 
 // Reads the file into fresh arrays and repairs them. A missing, short or garbled file is no

@@ -20,7 +20,7 @@ std::optional<qint32> harvestIdByNumber(const QSqlDatabase& db, qint32 hiebNr)
 qint32 nextRunningNumber(const QSqlDatabase& db, const Einstellungen& settings, qint32 harvestId, qint32 lotNr,
                          const QString& proposal)
 {
-    const bool perLot = settings.zahl[57] == 1;
+    const bool perLot = settings.runningNumbersPerLot();
     const QString lotFilter = perLot ? QStringLiteral(" AND \"Los_Nr\" = ?") : QString();
     auto withLot = [&](QVariantList values) {
         if (perLot)
@@ -71,6 +71,44 @@ void insertIntoLookupList(const QSqlDatabase& db, const QString& table, const QS
             return;
     q.finish();
     execSql(db, QStringLiteral("INSERT INTO %1(\"Inhalt\") VALUES (?)").arg(quoted(table)), {text});
+}
+
+QStringList listValues(const QSqlDatabase& db, const QString& table, const QString& column)
+{
+    QStringList values;
+    if (!isSafeIdentifier(table) || !isSafeIdentifier(column))
+        return values;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT %1 FROM %2 ORDER BY rowid").arg(quoted(column), quoted(table)));
+    while (q.next()) {
+        const QString v = readText(q.value(0));
+        if (!v.isEmpty() && !values.contains(v))
+            values << v;
+    }
+    return values;
+}
+
+QStringList distinctLotValues(const QSqlDatabase& db, const QString& column)
+{
+    QStringList values;
+    if (!isSafeIdentifier(column))
+        return values;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT DISTINCT %1 FROM \"Lose\" ORDER BY 1").arg(quoted(column)));
+    while (q.next())
+        if (const QString v = readText(q.value(0)); !v.isEmpty())
+            values << v;
+    return values;
+}
+
+QStringList lotNumbers(const QSqlDatabase& db, qint32 harvestId, const QString& sorting)
+{
+    QStringList values;
+    QSqlQuery q = sorting.isEmpty()
+                      ? execSql(db, QStringLiteral("SELECT DISTINCT \"Los_Nr\" FROM \"Lose\" WHERE \"Kennung\" = ? ORDER BY 1"), {harvestId})
+                      : execSql(db, QStringLiteral("SELECT DISTINCT \"Los_Nr\" FROM \"Lose\" WHERE \"Kennung\" = ? AND \"Sortierung\" = ? ORDER BY 1"),
+                                {harvestId, sorting});
+    while (q.next())
+        values << readText(q.value(0));
+    return values;
 }
 
 void deleteHarvestContents(const QSqlDatabase& db, qint32 harvestId)

@@ -3,6 +3,7 @@
 // of a harvest with everything booked to it.
 #include <QSqlDatabase>
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 namespace tarvik {
@@ -26,6 +27,13 @@ void createLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr, const QSt
 
 // Adds the text to a one-column list (`Liste_*`) unless it is there already, whatever its case.
 void insertIntoLookupList(const QSqlDatabase& db, const QString& table, const QString& text);
+
+// The texts of a list column in stored order, without empties and repeats, for the drop-downs.
+QStringList listValues(const QSqlDatabase& db, const QString& table, const QString& column);
+// Distinct values of a lot column over all lots, for the lists of the lot window.
+QStringList distinctLotValues(const QSqlDatabase& db, const QString& column);
+// The lot numbers of the harvest, of one assortment when given.
+QStringList lotNumbers(const QSqlDatabase& db, qint32 harvestId, const QString& sorting = QString());
 
 // Removes the harvest's lots, logs, poles and stacked wood; the caller removes the harvest.
 void deleteHarvestContents(const QSqlDatabase& db, qint32 harvestId);

@@ -1,24 +1,15 @@
 #pragma once
 // Small helpers around Qt Sql: prepare once, bind values, and turn a failure into one
 // German message that says what failed.
+#include "common/storeerror.h"
+
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
 #include <QVariant>
 #include <QVariantList>
-#include <stdexcept>
 
 namespace tarvik {
-
-class StoreError : public std::runtime_error {
-public:
-    explicit StoreError(const QString& message)
-        : std::runtime_error(message.toStdString()), m_message(message) {}
-    const QString& message() const { return m_message; }
-
-private:
-    QString m_message;
-};
 
 // Runs a statement with its bound values; throws StoreError on failure.
 QSqlQuery execSql(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});

@@ -5,6 +5,8 @@
 #include "store/sql.h"
 
 #include <QSqlQuery>
+#include <QHash>
+#include <QSet>
 #include <QSqlRecord>
 
 namespace tarvik {
@@ -13,65 +15,81 @@ namespace {
 // Every stored total passes through the formatter and is read back, as the lists show it.
 double rounded(const QVariant& sum, int decimals) { return readNumber(formatDecimal(readNumber(sum), decimals)); }
 
-void logLotTotals(const QSqlDatabase& db, qint32 harvestId, const QSqlRecord& lot)
+// Per-lot sums of one detail table, keyed by `Los_Nr`.
+QHash<qint32, QSqlRecord> lotSums(const QSqlDatabase& db, const QString& sql, qint32 harvestId)
 {
-    const QVariant lotNr = lot.value(QStringLiteral("Los_Nr"));
-    QSqlQuery sums = execSql(db, QStringLiteral(
-        "SELECT count(*), sum(\"Efm_oR\"), avg(\"Efm_oR\"), sum(\"Holzpreis\"), sum(\"Preis_berechnet\") "
-        "FROM \"Stämme\" WHERE \"Kennung\" = ? AND \"Los_Nr\" = ?"), {harvestId, lotNr});
-    sums.next();
-    double net = rounded(sums.value(4), 2);
-    if (toShort(readNumber(lot.value(QStringLiteral("Preis_Art")))) == 3)
-        net = currencyValue(readNumber(lot.value(QStringLiteral("Pauschalpreis_G"))));
-    execSql(db, QStringLiteral("UPDATE \"Lose\" SET \"Anzahl_Stämme\" = ?, \"Efm_oR\" = ?, \"Efm_je_Stamm\" = ?, "
-                               "\"Holzpreis\" = ?, \"Preis_berechnet\" = ? WHERE \"ID\" = ?"),
-            {toLong(readNumber(sums.value(0))), rounded(sums.value(1), 3), rounded(sums.value(2), 2),
-             rounded(sums.value(3), 2), net, lot.value(QStringLiteral("ID"))});
+    QHash<qint32, QSqlRecord> sums;
+    QSqlQuery q = execSql(db, sql, {harvestId});
+    while (q.next())
+        sums.insert(q.value(0).toInt(), q.record());
+    return sums;
 }
 
-void poleLotTotals(const QSqlDatabase& db, qint32 harvestId, const QSqlRecord& lot)
-{
-    QSqlQuery sums = execSql(db, QStringLiteral("SELECT sum(\"Anzahl\"), sum(\"Preis_berechnet\") FROM \"Pfähle\" "
-                                                "WHERE \"Kennung\" = ? AND \"Los_Nr\" = ?"),
-                             {harvestId, lot.value(QStringLiteral("Los_Nr"))});
-    sums.next();
-    const double price = rounded(sums.value(1), 2);
-    execSql(db, QStringLiteral("UPDATE \"Lose\" SET \"Anzahl_Pfähle\" = ?, \"Preis_berechnet\" = ?, \"Holzpreis\" = ? WHERE \"ID\" = ?"),
-            {toLong(readNumber(sums.value(0))), price, price, lot.value(QStringLiteral("ID"))});
-}
-
-void stackedLotTotals(const QSqlDatabase& db, qint32 harvestId, const QSqlRecord& lot)
-{
-    QSqlQuery sums = execSql(db, QStringLiteral("SELECT sum(\"Efm\"), sum(\"m3\"), sum(\"Preis_berechnet\") FROM \"Schichtholz\" "
-                                                "WHERE \"Kennung\" = ? AND \"Los_Nr\" = ?"),
-                             {harvestId, lot.value(QStringLiteral("Los_Nr"))});
-    sums.next();
-    const double price = rounded(sums.value(2), 2);
-    execSql(db, QStringLiteral("UPDATE \"Lose\" SET \"Efm_Schichtholz\" = ?, \"m3_Schichtholz\" = ?, \"Preis_berechnet\" = ?, "
-                               "\"Holzpreis\" = ? WHERE \"ID\" = ?"),
-            {rounded(sums.value(0), 2), rounded(sums.value(1), 2), price, price, lot.value(QStringLiteral("ID"))});
-}
+struct Lot {
+    QVariant id;
+    qint32 number = 0;
+    QString sorting;
+    qint16 priceKind = 0;
+    QVariant flatPrice;
+};
 
 } // namespace
 
-void recomputeTotals(const QSqlDatabase& db, qint32 harvestId, std::optional<qint32> onlyLot)
+void recomputeTotals(const QSqlDatabase& db, qint32 harvestId)
 {
     TransactionGuard guard(db);
-    const QString lotsSql = QStringLiteral("SELECT \"ID\", \"Los_Nr\", \"Sortierung\", \"Preis_Art\", \"Pauschalpreis_G\" "
-                                           "FROM \"Lose\" WHERE \"Kennung\" = ?");
-    QSqlQuery lots = onlyLot ? execSql(db, lotsSql + QStringLiteral(" AND \"Los_Nr\" = ?"), {harvestId, *onlyLot})
-                             : execSql(db, lotsSql, {harvestId});
-    while (lots.next()) {
-        const QSqlRecord lot = lots.record();
-        const QString sorting = readText(lot.value(QStringLiteral("Sortierung")));
-        if (sorting == u"Stämme")
-            logLotTotals(db, harvestId, lot);
-        else if (sorting == u"Pfähle")
-            poleLotTotals(db, harvestId, lot);
-        else if (sorting == u"Schichtholz")
-            stackedLotTotals(db, harvestId, lot);
+    QList<Lot> lots;
+    QSet<QString> sortings;
+    QSqlQuery lotRows = execSql(db, QStringLiteral("SELECT \"ID\", \"Los_Nr\", \"Sortierung\", \"Preis_Art\", \"Pauschalpreis_G\" "
+                                                   "FROM \"Lose\" WHERE \"Kennung\" = ?"), {harvestId});
+    while (lotRows.next()) {
+        Lot lot{lotRows.value(0), lotRows.value(1).toInt(), readText(lotRows.value(2)),
+                toShort(readNumber(lotRows.value(3))), lotRows.value(4)};
+        sortings.insert(lot.sorting);
+        lots << lot;
     }
-    lots.finish();
+    lotRows.finish();
+
+    // Only the assortments the harvest has are summed.
+    const QHash<qint32, QSqlRecord> logSums = sortings.contains(QStringLiteral("Stämme")) ? lotSums(db, QStringLiteral(
+        "SELECT \"Los_Nr\", count(*), sum(\"Efm_oR\"), avg(\"Efm_oR\"), sum(\"Holzpreis\"), sum(\"Preis_berechnet\") "
+        "FROM \"Stämme\" WHERE \"Kennung\" = ? GROUP BY \"Los_Nr\""), harvestId) : QHash<qint32, QSqlRecord>();
+    const QHash<qint32, QSqlRecord> poles = sortings.contains(QStringLiteral("Pfähle")) ? lotSums(db, QStringLiteral(
+        "SELECT \"Los_Nr\", sum(\"Anzahl\"), sum(\"Preis_berechnet\") FROM \"Pfähle\" WHERE \"Kennung\" = ? GROUP BY \"Los_Nr\""),
+        harvestId) : QHash<qint32, QSqlRecord>();
+    const QHash<qint32, QSqlRecord> stacks = sortings.contains(QStringLiteral("Schichtholz")) ? lotSums(db, QStringLiteral(
+        "SELECT \"Los_Nr\", sum(\"Efm\"), sum(\"m3\"), sum(\"Preis_berechnet\") FROM \"Schichtholz\" WHERE \"Kennung\" = ? "
+        "GROUP BY \"Los_Nr\""), harvestId) : QHash<qint32, QSqlRecord>();
+
+    std::optional<QSqlQuery> logUpdate, poleUpdate, stackUpdate;
+    for (const Lot& lot : lots) {
+        if (lot.sorting == u"Stämme") {
+            // A lot without rows has no group: its sums are those of no rows, 0.
+            const QSqlRecord s = logSums.value(lot.number);
+            double net = rounded(s.value(5), 2);
+            if (lot.priceKind == 3)
+                net = currencyValue(readNumber(lot.flatPrice));
+            if (!logUpdate)
+                logUpdate = prepareSql(db, QStringLiteral("UPDATE \"Lose\" SET \"Anzahl_Stämme\" = ?, \"Efm_oR\" = ?, \"Efm_je_Stamm\" = ?, "
+                                                          "\"Holzpreis\" = ?, \"Preis_berechnet\" = ? WHERE \"ID\" = ?"));
+            execPrepared(*logUpdate, {toLong(readNumber(s.value(1))), rounded(s.value(2), 3), rounded(s.value(3), 2),
+                                      rounded(s.value(4), 2), net, lot.id});
+        } else if (lot.sorting == u"Pfähle") {
+            const QSqlRecord s = poles.value(lot.number);
+            const double price = rounded(s.value(2), 2);
+            if (!poleUpdate)
+                poleUpdate = prepareSql(db, QStringLiteral("UPDATE \"Lose\" SET \"Anzahl_Pfähle\" = ?, \"Preis_berechnet\" = ?, "
+                                                           "\"Holzpreis\" = ? WHERE \"ID\" = ?"));
+            execPrepared(*poleUpdate, {toLong(readNumber(s.value(1))), price, price, lot.id});
+        } else if (lot.sorting == u"Schichtholz") {
+            const QSqlRecord s = stacks.value(lot.number);
+            const double price = rounded(s.value(3), 2);
+            if (!stackUpdate)
+                stackUpdate = prepareSql(db, QStringLiteral("UPDATE \"Lose\" SET \"Efm_Schichtholz\" = ?, \"m3_Schichtholz\" = ?, "
+                                                            "\"Preis_berechnet\" = ?, \"Holzpreis\" = ? WHERE \"ID\" = ?"));
+            execPrepared(*stackUpdate, {rounded(s.value(1), 2), rounded(s.value(2), 2), price, price, lot.id});
+        }
+    }
 
     // The harvest sums the lots' stored totals, not the detail rows.
     QSqlQuery sums = execSql(db, QStringLiteral(
@@ -104,6 +122,18 @@ void recomputeSaleState(const QSqlDatabase& db, qint32 harvestId)
     const QString sold = settled && !open ? QStringLiteral("J") : QStringLiteral("N");
     execSql(db, QStringLiteral("UPDATE \"Hiebe\" SET \"Teilverkauft\" = ?, \"Verkauft\" = ? WHERE \"ID\" = ?"),
             {partly, sold, harvestId});
+    guard.commit();
+}
+
+} // namespace tarvik
+
+namespace tarvik {
+
+void refreshHarvest(const QSqlDatabase& db, qint32 harvestId)
+{
+    TransactionGuard guard(db);
+    recomputeTotals(db, harvestId);
+    recomputeSaleState(db, harvestId);
     guard.commit();
 }
 

@@ -5,12 +5,17 @@
 
 namespace tarvik {
 
-// Lot totals from their logs, poles or sections, then the harvest totals from the lots'
-// stored totals. One transaction. With a lot number only that lot is summed again: a store
-// touches one lot, and the others' stored totals are still right.
-void recomputeTotals(const QSqlDatabase& db, qint32 harvestId, std::optional<qint32> onlyLot = std::nullopt);
+// Totals of every lot of the harvest from their logs, poles or sections, then the harvest
+// totals from the lots' stored totals. One transaction. Every lot is summed: a lot whose
+// stored totals went stale elsewhere (an import, an older program) is put right by the next
+// change. One grouped query per assortment keeps this quick in a large harvest.
+void recomputeTotals(const QSqlDatabase& db, qint32 harvestId);
 
 // `Teilverkauft` / `Verkauft` of the harvest from its lots' `Abgerechnet` flags.
 void recomputeSaleState(const QSqlDatabase& db, qint32 harvestId);
+
+// What follows every change of a harvest's lots or rows: totals, then sale state, in one
+// transaction (inside the caller's, when there is one).
+void refreshHarvest(const QSqlDatabase& db, qint32 harvestId);
 
 } // namespace tarvik

@@ -1,6 +1,7 @@
 // FH_Hiebeingabe driven through its controls, headless.
 #include "entry/ui/harvestdialog.h"
 #include "store/sql.h"
+#include "support/entryfixture.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
@@ -15,16 +16,9 @@ using namespace tarvik;
 using test::child;
 using test::typeInto;
 
-class TestHarvestDialog : public QObject {
+class TestHarvestDialog : public QObject, protected test::EntryFixture {
     Q_OBJECT
-    test::TempDataFolder m_folder;
-    std::unique_ptr<Database> m_db;
-    Einstellungen m_settings = EinstellungenLaden(QString());
-    FixedClock m_clock{QDate(2026, 11, 21)};
-    test::ScriptedPrompter m_prompter;
 
-    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
-    QSqlDatabase db() const { return m_db->shared(); }
 
     static void type(QDialog& d, const char* name, const QString& text) { child<QLineEdit>(d, name)->setText(text); }
     static void choose(QDialog& d, const char* name, const QString& text) { child<QComboBox>(d, name)->setEditText(text); }
@@ -34,11 +28,7 @@ class TestHarvestDialog : public QObject {
 private slots:
     void init()
     {
-        m_db.reset();
-        QFile::remove(m_folder.databasePath());
-        QFile::remove(m_folder.filePath(QLatin1String(HarvestDefaultsFile)));
-        m_db = m_folder.openDatabase();
-        m_prompter.clear();
+        resetDatabase(std::nullopt, {QLatin1String(HarvestDefaultsFile)});
     }
 
     void numberProposal_data()

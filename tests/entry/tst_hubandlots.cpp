@@ -5,6 +5,7 @@
 #include "entry/ui/lotdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
+#include "support/entryfixture.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
@@ -23,30 +24,15 @@ using namespace tarvik;
 using test::child;
 using test::typeInto;
 
-class TestHubAndLots : public QObject {
+class TestHubAndLots : public QObject, protected test::EntryFixture {
     Q_OBJECT
-    test::TempDataFolder m_folder;
-    std::unique_ptr<Database> m_db;
-    Einstellungen m_settings = EinstellungenLaden(QString());
-    FixedClock m_clock{QDate(2026, 11, 21)};
-    test::ScriptedPrompter m_prompter;
-    qint32 m_harvest = 0;
 
-    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
-    QSqlDatabase db() const { return m_db->shared(); }
-    QString value(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toString(); }
-    qint32 idOf(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toInt(); }
 
 
 private slots:
     void init()
     {
-        m_db.reset();
-        QFile::remove(m_folder.databasePath());
-        QFile::remove(m_folder.filePath(QLatin1String(LotPriceDefaultsFile)));
-        m_db = m_folder.openDatabase();
-        m_harvest = test::addHarvest(db(), 41);
-        m_prompter.clear();
+        resetDatabase(41, {QLatin1String(LotPriceDefaultsFile)});
     }
 
     void hubListsTheHarvestsRecords()
@@ -165,6 +151,50 @@ private slots:
         child<QComboBox>(again, "kom(0)")->setEditText(QStringLiteral("5"));
         child<QPushButton>(again, "ok")->click();
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n...die Los-Nummer 5 bereits existiert."));
+    }
+
+    void renumberingALotTakesItsRowsAlong()
+    {
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        createLot(db(), m_harvest, 2, QStringLiteral("Stämme"));
+        test::addTypedLog(db(), m_harvest, 1, 1, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        test::addTypedLog(db(), m_harvest, 1, 2, QStringLiteral("FI (Fichte)"), 32, 4, QStringLiteral("O"));
+        const qint32 lot1 = idOf(QStringLiteral("SELECT ID FROM Lose WHERE Kennung = ? AND Los_Nr = 1"));
+        {
+            LotDialog d(context(), m_harvest, lot1);
+            child<QComboBox>(d, "kom(0)")->setEditText(QStringLiteral("2"));
+            child<QPushButton>(d, "ok")->click();
+            QCOMPARE(m_prompter.messages().last(),
+                     QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n...die Los-Nummer 2 bereits existiert."));
+            QVERIFY(d.result() != QDialog::Accepted);
+        }
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Los_Nr) FROM (SELECT Los_Nr FROM Lose WHERE Kennung = ? ORDER BY Los_Nr)")), QStringLiteral("1,2"));
+        {
+            LotDialog d(context(), m_harvest, lot1);
+            child<QComboBox>(d, "kom(0)")->setEditText(QStringLiteral("3"));
+            child<QPushButton>(d, "ok")->click();
+            QCOMPARE(d.result(), int(QDialog::Accepted));
+        }
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ? AND Los_Nr = 3")), QStringLiteral("2"));
+        QCOMPARE(value(QStringLiteral("SELECT Anzahl_Stämme FROM Lose WHERE Kennung = ? AND Los_Nr = 3")), QStringLiteral("2"));
+        QCOMPARE(value(QStringLiteral("SELECT Stämme_Anzahl FROM Hiebe WHERE ID = ?")), QStringLiteral("2"));
+    }
+
+    void unknownSortingIsShownAndEmptyIsRefused()
+    {
+        createLot(db(), m_harvest, 1, QStringLiteral("Brennholz"));
+        const qint32 lot = idOf(QStringLiteral("SELECT ID FROM Lose WHERE Kennung = ? AND Los_Nr = 1"));
+        {
+            LotDialog d(context(), m_harvest, lot);
+            QCOMPARE(child<QComboBox>(d, "kom(1)")->currentText(), QStringLiteral("Brennholz"));
+            child<QPushButton>(d, "ok")->click();
+            QCOMPARE(d.result(), int(QDialog::Accepted));
+        }
+        QCOMPARE(value(QStringLiteral("SELECT Sortierung FROM Lose WHERE Kennung = ?")), QStringLiteral("Brennholz"));
+        execSql(db(), QStringLiteral("UPDATE Lose SET Sortierung = '' WHERE Kennung = ?"), {m_harvest});
+        LotDialog d(context(), m_harvest, lot);
+        child<QPushButton>(d, "ok")->click();
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n...die Sortierung fehlt."));
     }
 
     void rememberedPricesStartNewLots()

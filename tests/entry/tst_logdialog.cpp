@@ -3,6 +3,7 @@
 #include "entry/ui/logdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
+#include "support/entryfixture.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
@@ -20,18 +21,9 @@ using namespace tarvik;
 using test::child;
 using test::typeInto;
 
-class TestLogDialog : public QObject {
+class TestLogDialog : public QObject, protected test::EntryFixture {
     Q_OBJECT
-    test::TempDataFolder m_folder;
-    std::unique_ptr<Database> m_db;
-    Einstellungen m_settings = EinstellungenLaden(QString());
-    FixedClock m_clock{QDate(2026, 11, 21)};
-    test::ScriptedPrompter m_prompter;
-    qint32 m_harvest = 0;
 
-    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
-    QSqlDatabase db() const { return m_db->shared(); }
-    QString value(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toString(); }
 
     static QLineEdit* tz(LogDialog& d, int i) { return d.field(i); }
     static void typeLog(LogDialog& d, const QString& length, const QString& diameter)
@@ -43,13 +35,8 @@ class TestLogDialog : public QObject {
 private slots:
     void init()
     {
-        m_db.reset();
-        QFile::remove(m_folder.databasePath());
-        m_db = m_folder.openDatabase();
-        m_harvest = test::addHarvest(db(), 1);
+        resetDatabase(1);
         createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
-        m_settings = EinstellungenLaden(QString());
-        m_prompter.clear();
     }
 
     void typedLogIsMeasuredAsItIsTyped()
@@ -112,6 +99,43 @@ private slots:
                  QStringLiteral("10/") + efm + QStringLiteral("/1"));
         QCOMPARE(child<QTableView>(d, ("gridli"))->model()->rowCount(), 10);
         QVERIFY(child<QLabel>(d, ("bezsumme"))->text().startsWith(QStringLiteral("Gesamt: 10 Stämme mit ")));
+    }
+
+    void heilbronnClassGoesWithTheTopDiameter()
+    {
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("FI (Fichte)"));
+        auto* heilbronn = child<QComboBox>(d, "kom(4)");
+        typeLog(d, QStringLiteral("12"), QStringLiteral("40"));
+        typeInto(tz(d, 3), QStringLiteral("28"));
+        const QString computed = heilbronn->currentText();
+        QVERIFY(!computed.isEmpty());
+        tz(d, 3)->selectAll();
+        QTest::keyClick(tz(d, 3), Qt::Key_Delete);
+        QCOMPARE(heilbronn->currentText(), QString());
+        child<QPushButton>(d, "okn_chster")->click();
+        QCOMPARE(value(QStringLiteral("SELECT Klasse_Heilbronn FROM Stämme WHERE Kennung = ?")), QString());
+
+        // Picked by hand, the class stays without a top diameter.
+        heilbronn->setCurrentIndex(1);
+        emit heilbronn->activated(1);
+        typeLog(d, QStringLiteral("11"), QStringLiteral("38"));
+        QCOMPARE(heilbronn->currentIndex(), 1);
+    }
+
+    void numberingPerLotProposesWithinTheLot()
+    {
+        m_settings.zahl[57] = 1;
+        createLot(db(), m_harvest, 2, QStringLiteral("Stämme"));
+        for (int n = 1; n <= 40; ++n)
+            test::addTypedLog(db(), m_harvest, 1, n, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        LogDialog d(context(), m_harvest, std::nullopt, 2);
+        QCOMPARE(tz(d, 0)->text(), QStringLiteral("1"));
+        child<QComboBox>(d, "kom(0)")->setEditText(QStringLiteral("1"));
+        QCOMPARE(tz(d, 0)->text(), QStringLiteral("41"));
+        child<QComboBox>(d, "kom(0)")->setEditText(QStringLiteral("2"));
+        QCOMPARE(tz(d, 0)->text(), QStringLiteral("1"));
     }
 
     void refusals_data()

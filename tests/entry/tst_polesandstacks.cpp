@@ -4,6 +4,7 @@
 #include "entry/ui/stackdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
+#include "support/entryfixture.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
@@ -17,18 +18,9 @@ using namespace tarvik;
 using test::child;
 using test::typeInto;
 
-class TestPolesAndStacks : public QObject {
+class TestPolesAndStacks : public QObject, protected test::EntryFixture {
     Q_OBJECT
-    test::TempDataFolder m_folder;
-    std::unique_ptr<Database> m_db;
-    Einstellungen m_settings = EinstellungenLaden(QString());
-    FixedClock m_clock{QDate(2026, 11, 21)};
-    test::ScriptedPrompter m_prompter;
-    qint32 m_harvest = 0;
 
-    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
-    QSqlDatabase db() const { return m_db->shared(); }
-    QString value(const QString& sql) const { return scalar(db(), sql, {m_harvest}).toString(); }
 
     static void setLotAndSpecies(QDialog& d, const QString& lot, const QString& species)
     {
@@ -43,14 +35,9 @@ class TestPolesAndStacks : public QObject {
 private slots:
     void init()
     {
-        m_db.reset();
-        QFile::remove(m_folder.databasePath());
-        m_db = m_folder.openDatabase();
+        resetDatabase(1);
         execSql(db(), QStringLiteral("UPDATE Stärkeklassen_Pfähle SET Schätzpreis_je_St = 2.5 WHERE Klasse = 'P2.11'"));
         execSql(db(), QStringLiteral("UPDATE Stärkeklassen_Schichtholz SET Schätzpreis_je_m3 = 12.5 WHERE Klasse = 'S2.1'"));
-        m_harvest = test::addHarvest(db(), 1);
-        m_settings = EinstellungenLaden(QString());
-        m_prompter.clear();
     }
 
     void polesByClassAndCount()

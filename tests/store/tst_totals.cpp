@@ -38,6 +38,20 @@ private slots:
                  QStringLiteral("1/2/0.762/0.381"));
     }
 
+    void everyLotOfTheHarvestIsSummedAgain()
+    {
+        // Lot 2's stored totals are stale (an import, an older program); a change in lot 1 puts them right.
+        const qint32 id = test::addHarvest(db(), 4);
+        test::addLot(db(), id, 1);
+        test::addLot(db(), id, 2);
+        execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Efm_oR, Holzpreis, Preis_berechnet, Kennung) VALUES (1, 0.5, 10, 8, ?)"), {id});
+        execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Efm_oR, Holzpreis, Preis_berechnet, Kennung) VALUES (2, 0.25, 5, 4, ?)"), {id});
+        execSql(db(), QStringLiteral("UPDATE Lose SET Anzahl_Stämme = 9, Efm_oR = 99 WHERE Kennung = ? AND Los_Nr = 2"), {id});
+        refreshHarvest(db(), id);
+        QCOMPARE(lot(id, 2, "Anzahl_Stämme || '/' || Efm_oR || '/' || Preis_berechnet"), QStringLiteral("1/0.25/4.0"));
+        QCOMPARE(harvest(id, "Stämme_Anzahl || '/' || Stämme_Efm || '/' || Verkauft"), QStringLiteral("2/0.75/N"));
+    }
+
     void emptyHarvestAndEmptyLots()
     {
         const qint32 id = test::addHarvest(db(), 2);

@@ -11,6 +11,8 @@
 #include "help/ui/helpwindow.h"
 #include "reports/ui/lotmapdialog.h"
 #include "common/prompter.h"
+#include "common/ui/columnwidths.h"
+#include "common/ui/guarded.h"
 #include "entry/ui/harvestdialog.h"
 #include "exchange/exportfiles.h"
 #include "exchange/handheld.h"
@@ -43,7 +45,6 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QSettings>
 #include <QSplitter>
 #include <QTableView>
 #include <QTimer>
@@ -327,11 +328,7 @@ bool MainWindow::event(QEvent* e)
 void MainWindow::onFirstActivation()
 {
     setWindowTitle(caption());
-    try {
-        firstActivation(m_session, m_prompter);
-    } catch (const StoreError& error) {
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    runGuarded(m_prompter, [this] { firstActivation(m_session, m_prompter); });
     refill();
 }
 
@@ -343,15 +340,15 @@ void MainWindow::refill()
     if (m_model->rowCount() > 0)
         saveColumnWidths();
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    try {
+    const bool filled = runGuarded(m_prompter, [this] {
         // The list follows the year or date range of the lists while that range is usable.
         const bool rangeUsable = !rangeRefusal(m_session.settings);
         m_model->refill(m_session.database->listHandle(),
                         rangeUsable ? harvestFilter(0, std::nullopt, m_session.settings) : HarvestFilter{});
         m_statistics->setText(harvestStatistics(*m_model).text());
-    } catch (const StoreError& error) {
+    });
+    if (!filled) {
         QApplication::restoreOverrideCursor();
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
         return;
     }
     restoreColumnWidths();
@@ -414,12 +411,8 @@ void MainWindow::deleteHarvest()
     if (!m_prompter.askYesNo(question))
         return;
     const int row = m_list->currentIndex().row();
-    try {
-        tarvik::deleteHarvest(m_session.database->shared(), *currentHarvestId());
-    } catch (const StoreError& error) {
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+    if (!runGuarded(m_prompter, [this] { tarvik::deleteHarvest(m_session.database->shared(), *currentHarvestId()); }))
         return;
-    }
     refill();
     if (m_model->rowCount() > 0)
         m_list->setCurrentIndex(m_model->index(std::min(row, m_model->rowCount() - 1), 0));
@@ -485,13 +478,10 @@ void MainWindow::openInvoices()
 
 void MainWindow::buildTimberList(qint32 harvestId)
 {
-    QStringList lines;
-    try {
-        lines = timberList(m_session.database->shared(), harvestId);
-    } catch (const StoreError& error) {
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+    const auto built = runGuarded(m_prompter, [&] { return timberList(m_session.database->shared(), harvestId); });
+    if (!built)
         return;
-    }
+    const QStringList& lines = *built;
     m_info->setPlainText(lines.join(u'\n'));
     const TextFileResult written = writeTextFile(reportFilePath(m_session.dataFolder), lines);
     if (!written.ok) {
@@ -535,12 +525,8 @@ QList<qint32> MainWindow::markedHarvestIds() const
 void MainWindow::selectMarkedHarvests()
 {
     const QList<qint32> marked = markedHarvestIds();
-    try {
-        selectOnly(m_session.database->shared(), marked);
-    } catch (const StoreError& error) {
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+    if (!runGuarded(m_prompter, [&] { selectOnly(m_session.database->shared(), marked); }))
         return;
-    }
     refill();
     markHarvests(marked);
 }
@@ -558,12 +544,8 @@ void MainWindow::markHarvests(const QList<qint32>& ids)
 
 void MainWindow::markSelectedHarvests()
 {
-    try {
-        markHarvests(selectedHarvests(m_session.database->shared()));
-    } catch (const StoreError& error) {
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+    if (!runGuarded(m_prompter, [&] { markHarvests(selectedHarvests(m_session.database->shared())); }))
         return;
-    }
     m_prompter.inform(QStringLiteral("Sie können die Hiebe auch mit gedrückter STRG-Taste und der Maus markieren."));
 }
 
@@ -572,15 +554,9 @@ void MainWindow::openSelection()
     SelectionDialog dialog(m_session.database->shared(), m_prompter, this);
     dialog.exec();
     refill();
-    QList<qint32> selected;
-    try {
-        selected = selectedHarvests(m_session.database->shared());
-    } catch (const StoreError& error) {
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
-        return;
-    }
-    if (m_prompter.askYesNo(markSelectedQuestion(int(selected.size()))))
-        markHarvests(selected);
+    const auto selected = runGuarded(m_prompter, [&] { return selectedHarvests(m_session.database->shared()); });
+    if (selected && m_prompter.askYesNo(markSelectedQuestion(int(selected->size()))))
+        markHarvests(*selected);
 }
 
 void MainWindow::openTimberListDialog()
@@ -658,27 +634,9 @@ void MainWindow::openImport(bool fromHandheld)
     }
 }
 
-void MainWindow::saveColumnWidths() const
-{
-    QStringList widths;
-    for (int c = 0; c < m_model->columnCount(); ++c)
-        widths << QString::number(m_list->columnWidth(c));
-    if (widths.isEmpty())
-        return;
-    QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
-    store.setValue(QStringLiteral("datali/ColWidths"), widths.join(u','));
-}
+void MainWindow::saveColumnWidths() const { tarvik::saveColumnWidths(m_list, QStringLiteral("datali")); }
 
-void MainWindow::restoreColumnWidths()
-{
-    const QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
-    const QStringList widths = store.value(QStringLiteral("datali/ColWidths")).toString().split(u',', Qt::SkipEmptyParts);
-    for (int c = 0; c < widths.size() && c < m_model->columnCount(); ++c) {
-        const int width = widths[c].toInt();
-        if (width > 0)
-            m_list->setColumnWidth(c, width);
-    }
-}
+void MainWindow::restoreColumnWidths() { tarvik::restoreColumnWidths(m_list, QStringLiteral("datali")); }
 
 void MainWindow::endAfterMaintenance(bool keepSettingsFile)
 {

@@ -2,9 +2,7 @@
 #include "cli/commands/all.h"
 #include "rules/lotrecompute.h"
 #include "rules/masterdatalookup.h"
-#include "store/sql.h"
 #include "store/startup.h"
-#include "store/totals.h"
 
 namespace tarvik::cli {
 namespace {
@@ -54,16 +52,15 @@ public:
         }
 
         // Bark, prices and totals land together or not at all.
-        TransactionGuard guard(db);
         MasterDataLookup masterData(db);
-        const auto bark = recomputeLotBark(db, masterData, *harvestId, *losNr, mode, *prices, context.prompter);
+        LotRecomputeRequest request;
+        request.bark = true;
+        request.mode = mode;
+        request.prices = true;
+        request.priceSettings = *prices;
+        const auto bark = recomputeLot(db, masterData, *harvestId, *losNr, request, context.prompter);
         if (!bark)
             return Refused;
-        if (!recomputeLotPrices(db, masterData, *harvestId, *losNr, *prices, context.prompter))
-            return Refused;
-        recomputeTotals(db, *harvestId, *losNr); // only this lot's logs changed
-        recomputeSaleState(db, *harvestId);
-        guard.commit();
         context.io.print(QStringLiteral("%1 von %2 Stämmen geändert.").arg(bark->changed).arg(bark->logs));
         return Success;
     }

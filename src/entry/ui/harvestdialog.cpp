@@ -1,6 +1,7 @@
 #include "entry/ui/harvestdialog.h"
 
-#include "entry/ui/dateedit.h"
+#include "common/ui/dateedit.h"
+#include "common/ui/guarded.h"
 #include "store/sql.h"
 
 #include <QApplication>
@@ -144,7 +145,7 @@ void HarvestDialog::build()
     help->setObjectName(QStringLiteral("comhilfe"));
     help->setEnabled(false); // the help viewer comes with the help window
     // RETURN triggers [OK+Nächster] when the settings say so.
-    const bool nextIsDefault = m_context.settings.zahl[28] == 1 && !m_editedId;
+    const bool nextIsDefault = m_context.settings.okNextIsDefault() && !m_editedId;
     for (QPushButton* b : {m_ok, m_okNext, cancel, standard, help})
         b->setAutoDefault(false);
     (nextIsDefault ? m_okNext : m_ok)->setDefault(true);
@@ -228,17 +229,11 @@ HarvestForm HarvestDialog::read() const
 bool HarvestDialog::store()
 {
     const HarvestForm form = read();
-    try {
-        if (const auto refusal = checkHarvest(m_context.db, form, m_editedId)) {
-            m_context.prompter.inform(*refusal);
-            return false;
-        }
-        m_storedId = saveHarvest(m_context.db, form, m_editedId);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+    const auto stored = runGuarded(m_context.prompter, [&] { return storeHarvest(m_context, form, m_editedId); });
+    if (!stored)
         return false;
-    }
-    if (m_context.settings.zahl[24] != 1)
+    m_storedId = stored;
+    if (m_context.settings.confirmationBeep())
         QApplication::beep();
     return true;
 }
@@ -247,11 +242,8 @@ void HarvestDialog::startNew()
 {
     m_editedId.reset();
     setWindowTitle(QStringLiteral("Hiebeingabe - Neu"));
-    try {
-        showForm(proposeNewHarvest(m_context.db, m_context.clock, m_context.dataFolder));
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    if (const auto proposal = runGuarded(m_context.prompter, [this] { return proposeNewHarvest(m_context.db, m_context.clock, m_context.dataFolder); }))
+        showForm(*proposal);
     m_number->setFocus();
     m_number->selectAll();
 }

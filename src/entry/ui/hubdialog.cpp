@@ -1,12 +1,12 @@
 #include "entry/ui/hubdialog.h"
 
-#include "common/text.h"
+#include "common/ui/columnwidths.h"
+#include "common/ui/guarded.h"
 #include "entry/ui/logdialog.h"
 #include "entry/ui/lotdialog.h"
 #include "entry/ui/poledialog.h"
 #include "entry/ui/stackdialog.h"
 #include "invoices/ui/invoicedialog.h"
-#include "store/sql.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -16,14 +16,17 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QSettings>
-#include <QSqlQuery>
 #include <QSqlQueryModel>
 #include <QSqlRecord>
 #include <QTableView>
 #include <QVBoxLayout>
 
 namespace tarvik {
+namespace {
+
+const QString WidthsKey = QStringLiteral("eingabe");
+
+} // namespace
 
 HubDialog::HubDialog(const AppContext& context, qint32 harvestId, HubList list, QWidget* parent)
     : QDialog(parent), m_context(context), m_harvestId(harvestId)
@@ -113,9 +116,9 @@ void HubDialog::build()
 
 void HubDialog::fillHarvests()
 {
-    QSqlQuery q = execSql(m_context.db, QStringLiteral("SELECT \"ID\", \"Hieb_Nr\", \"Waldname\" FROM \"Hiebe\" ORDER BY \"Hieb_Nr\", \"ID\""));
-    while (q.next())
-        m_harvests->addItem(QStringLiteral("%1 / %2").arg(readText(q.value(1)), readText(q.value(2))), q.value(0).toInt());
+    const auto choices = runGuarded(m_context.prompter, [this] { return harvestChoices(m_context.db); });
+    for (const HarvestChoice& c : choices.value_or(QList<HarvestChoice>()))
+        m_harvests->addItem(c.caption, c.id);
     m_harvests->setCurrentIndex(m_harvests->findData(m_harvestId));
 }
 
@@ -123,17 +126,17 @@ HubList HubDialog::list() const { return static_cast<HubList>(std::max(0, m_list
 
 void HubDialog::refresh()
 {
-    if (m_model->columnCount() > 0)
-        saveWidths();
-    m_header->setText(hubHeader(m_context.db, m_harvestId));
-    QSqlQuery query(m_context.db);
-    query.prepare(hubListSql(list(), m_openOnly->isChecked()));
-    query.addBindValue(m_harvestId);
-    query.exec();
-    m_model->setQuery(std::move(query));
+    saveColumnWidths(m_grid, WidthsKey);
+    const bool shown = runGuarded(m_context.prompter, [this] {
+        m_header->setText(hubHeader(m_context.db, m_harvestId));
+        m_model->setQuery(hubListQuery(m_context.db, list(), m_openOnly->isChecked(), m_harvestId));
+    });
+    if (!shown)
+        m_model->clear();
     while (m_model->canFetchMore())
         m_model->fetchMore();
-    restoreWidths();
+    if (!restoreColumnWidths(m_grid, WidthsKey))
+        m_grid->resizeColumnsToContents();
     updateButtons();
 }
 
@@ -206,11 +209,7 @@ void HubDialog::onCopy()
         m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst einen Datensatz, der kopiert werden soll!"));
         return;
     }
-    try {
-        copyRecord(m_context, list(), m_harvestId, *id);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    runGuarded(m_context.prompter, [&] { return copyRecord(m_context, list(), m_harvestId, *id); });
     refresh();
 }
 
@@ -221,11 +220,7 @@ void HubDialog::onDelete()
         m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst den Datensatz, den Sie löschen möchten."));
         return;
     }
-    try {
-        deleteRecord(m_context, list(), m_harvestId, *id);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    runGuarded(m_context.prompter, [&] { return deleteRecord(m_context, list(), m_harvestId, *id); });
     refresh();
 }
 
@@ -236,11 +231,7 @@ void HubDialog::onPaid()
         m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst die Rechnung, die als bezahlt markiert werden soll!"));
         return;
     }
-    try {
-        markInvoicePaid(m_context, m_harvestId, *id);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    runGuarded(m_context.prompter, [&] { return markInvoicePaid(m_context, m_harvestId, *id); });
     refresh();
 }
 
@@ -254,27 +245,9 @@ void HubDialog::onNextHarvest()
     refresh();
 }
 
-void HubDialog::saveWidths() const
-{
-    QStringList widths;
-    for (int c = 0; c < m_model->columnCount(); ++c)
-        widths << QString::number(m_grid->columnWidth(c));
-    QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
-    store.setValue(QStringLiteral("eingabe/ColWidths"), widths.join(u','));
-}
-
-void HubDialog::restoreWidths()
-{
-    const QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
-    const QStringList widths = store.value(QStringLiteral("eingabe/ColWidths")).toString().split(u',', Qt::SkipEmptyParts);
-    for (int c = 0; c < widths.size() && c < m_model->columnCount(); ++c)
-        if (const int w = widths[c].toInt(); w > 0)
-            m_grid->setColumnWidth(c, w);
-}
-
 void HubDialog::done(int result)
 {
-    saveWidths();
+    saveColumnWidths(m_grid, WidthsKey);
     QDialog::done(result);
 }
 

@@ -37,8 +37,6 @@ private:
     void onPaid();
     void onNextHarvest();
     void openWindow(std::optional<qint32> id);
-    void saveWidths() const;
-    void restoreWidths();
     void done(int result) override;
 
     AppContext m_context;

@@ -1,13 +1,12 @@
 #include "entry/ui/logdialog.h"
 
 #include "common/numbers.h"
+#include "common/ui/guarded.h"
 #include "devices/ui/importrun.h"
 #include "entry/harvestentry.h"
 #include "entry/lotentry.h"
 #include "rules/lotrecompute.h"
 #include "store/records.h"
-#include "store/sql.h"
-#include "store/totals.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -23,7 +22,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpressionValidator>
-#include <QSqlQuery>
 #include <QSqlQueryModel>
 #include <QTableView>
 #include <QTimer>
@@ -51,8 +49,6 @@ constexpr FieldSpec PriceFields[] = {
     {14, "Holzpreis (brutto)", 12, true}, {7, "Preis berechnet (netto)", 12, true},
 };
 
-QString lastRunningNumberQuery() { return QStringLiteral("SELECT max(\"Laufende_Nr\") FROM \"Stämme\" WHERE \"Kennung\" = ?"); }
-
 } // namespace
 
 LogDialog::LogDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> logId,
@@ -78,9 +74,10 @@ LogDialog::LogDialog(const AppContext& context, qint32 harvestId, std::optional<
         m_filling = false;
         chooseLot();
         m_filling = true;
-        const QVariant last = scalar(m_context.db, lastRunningNumberQuery(), {m_harvestId});
-        m_fields[0]->setText(QString::number(nextRunningNumber(m_context.db, m_context.settings, m_harvestId,
-                                                               lotNumber().value_or(0), QString::number(toLong(readNumber(last)) + 1))));
+        if (const auto number = runGuarded(m_context.prompter, [this] {
+                return proposedRunningNumber(m_context.db, m_context.settings, m_harvestId, lotNumber().value_or(0));
+            }))
+            m_fields[0]->setText(QString::number(*number));
     }
     m_filling = false;
     recompute();
@@ -208,7 +205,7 @@ void LogDialog::build()
         b->setAutoDefault(false);
         buttons->addWidget(b);
     }
-    (m_context.settings.zahl[28] == 1 ? m_okNext : m_ok)->setDefault(true);
+    (m_context.settings.okNextIsDefault() ? m_okNext : m_ok)->setDefault(true);
 
     auto* right = new QVBoxLayout;
     right->addWidget(bark);
@@ -238,6 +235,8 @@ void LogDialog::build()
     for (int i : {1, 2})
         connect(m_lists[i], &QComboBox::currentTextChanged, this, &LogDialog::recompute);
     connect(m_lists[0], &QComboBox::currentTextChanged, this, &LogDialog::chooseLot);
+    // A class picked by hand is the user's and stays when the top diameter goes.
+    connect(m_lists[4], &QComboBox::activated, this, [this] { m_heilbronnComputed = false; });
     connect(m_barkModes, &QButtonGroup::idToggled, this, [this](int, bool on) { if (on) recompute(); });
     connect(m_priceKinds, &QButtonGroup::idToggled, this, [this](int, bool on) { if (on) recompute(); });
     connect(m_beetle, &QCheckBox::toggled, this, &LogDialog::recompute);
@@ -285,6 +284,7 @@ LogForm LogDialog::read() const
     f.volume = m_fields[6]->text();
     f.diameterClass = m_lists[3]->currentText();
     f.heilbronnClass = m_lists[4]->currentText();
+    f.heilbronnComputed = m_heilbronnComputed;
     f.remark = m_lists[5]->currentText();
     f.girthCount = m_fields[8]->text();
     f.mode = static_cast<BarkMode>(std::max(0, m_barkModes->checkedId()));
@@ -339,12 +339,8 @@ void LogDialog::recompute()
     if (m_filling)
         return;
     LogForm form = read();
-    try {
-        recomputeLog(form, m_masterData);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+    if (!runGuarded(m_context.prompter, [&] { recomputeLog(form, m_masterData); }))
         return;
-    }
     m_filling = true;
     m_fields[4]->setText(form.deduction);
     m_fields[5]->setText(form.underBark);
@@ -355,6 +351,7 @@ void LogDialog::recompute()
         m_lists[3]->setCurrentIndex(i);
     if (const int i = m_lists[4]->findText(form.heilbronnClass); i >= 0)
         m_lists[4]->setCurrentIndex(i);
+    m_heilbronnComputed = form.heilbronnComputed;
     m_filling = false;
 }
 
@@ -376,6 +373,12 @@ void LogDialog::chooseLot()
         const QString keepPrice = m_fields[7]->text();
         showForm(prices);
         m_fields[7]->setText(keepPrice);
+        if (!m_editedId && m_context.settings.runningNumbersPerLot()) {
+            if (const auto number = runGuarded(m_context.prompter, [&] {
+                    return proposedRunningNumber(m_context.db, m_context.settings, m_harvestId, *lot);
+                }))
+                m_fields[0]->setText(QString::number(*number));
+        }
         m_filling = false;
     }
     refreshLot();
@@ -386,28 +389,22 @@ void LogDialog::refreshLot()
 {
     const auto lot = lotNumber();
     // Only the chosen lot's rows are read again: a store stays quick in a large harvest.
-    m_lotLogs->setQuery(QSqlQuery(QStringLiteral("SELECT Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, "
-                                                 "Stärke_oR, Länge_m, Efm_oR, Stärkeklasse, Güteklasse, Klasse_Heilbronn, Holzpreis, "
-                                                 "Preis_berechnet, Bemerkung FROM Stämme WHERE Kennung = %1 AND Los_Nr = %2 "
-                                                 "ORDER BY Laufende_Nr DESC, ID DESC").arg(m_harvestId).arg(lot.value_or(-1)),
-                                  m_context.db));
-    m_summary->setText(lot ? lotSummary(m_context.db, m_harvestId, *lot) : QString());
+    const bool shown = runGuarded(m_context.prompter, [&] {
+        m_lotLogs->setQuery(lotLogsQuery(m_context.db, m_harvestId, lot.value_or(-1)));
+        m_summary->setText(lot ? lotSummary(m_context.db, m_harvestId, *lot) : QString());
+    });
+    if (!shown)
+        m_lotLogs->clear();
 }
 
 bool LogDialog::store()
 {
     LogForm form = read();
-    std::optional<LogStoreResult> stored;
-    try {
-        stored = storeLog(m_context, m_masterData, m_harvestId, form, m_editedId);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-        return false;
-    }
+    const auto stored = runGuarded(m_context.prompter, [&] { return storeLog(m_context, m_masterData, m_harvestId, form, m_editedId); });
     if (!stored)
         return false;
     m_storedRows += stored->rows;
-    if (m_context.settings.zahl[24] != 1)
+    if (m_context.settings.confirmationBeep())
         QApplication::beep();
     m_filling = true;
     if (m_lists[0]->findText(form.losNr.trimmed()) < 0)
@@ -442,38 +439,33 @@ void LogDialog::onOkNext()
     setWindowTitle(QStringLiteral("Eingabe Stämme - Neu"));
     m_filling = true;
     m_fields[8]->clear();
-    if (m_context.settings.zahl[29] == 1) {
+    if (m_context.settings.zeroMeasuresAfterNext()) {
         for (int i : {1, 2, 3})
             m_fields[i]->setText(QStringLiteral("0"));
     }
     m_filling = false;
     recompute();
-    QLineEdit* next = m_context.settings.zahl[42] == 1 ? m_fields[0] : m_context.settings.zahl[49] == 1 ? m_fields[1] : m_fields[2];
+    QLineEdit* next = m_context.settings.focusRunningNumberAfterNext() ? m_fields[0] : m_context.settings.focusDiameterAfterNext() ? m_fields[1] : m_fields[2];
     next->setFocus();
     next->selectAll();
 }
 
 void LogDialog::onBarkRecompute()
 {
-    try {
-        // The totals follow a recompute that ran; only the recomputed lot changed.
-        if (recomputeLotBark(m_context.db, m_masterData, m_harvestId, lotNumber(),
-                             static_cast<BarkMode>(std::max(0, m_barkModes->checkedId())), read().prices, m_context.prompter))
-            recomputeTotals(m_context.db, m_harvestId, lotNumber());
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    LotRecomputeRequest request;
+    request.bark = true;
+    request.mode = static_cast<BarkMode>(std::max(0, m_barkModes->checkedId()));
+    request.priceSettings = read().prices;
+    runGuarded(m_context.prompter, [&] { return recomputeLot(m_context.db, m_masterData, m_harvestId, lotNumber(), request, m_context.prompter); });
     refreshLot();
 }
 
 void LogDialog::onPriceRecompute()
 {
-    try {
-        if (recomputeLotPrices(m_context.db, m_masterData, m_harvestId, lotNumber(), read().prices, m_context.prompter))
-            recomputeTotals(m_context.db, m_harvestId, lotNumber());
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    LotRecomputeRequest request;
+    request.prices = true;
+    request.priceSettings = read().prices;
+    runGuarded(m_context.prompter, [&] { return recomputeLot(m_context.db, m_masterData, m_harvestId, lotNumber(), request, m_context.prompter); });
     refreshLot();
 }
 
@@ -481,8 +473,8 @@ void LogDialog::quickEntry(int fieldIndex)
 {
     QLineEdit* edit = m_fields[fieldIndex];
     const QString text = edit->text();
-    const bool twoDigits = m_context.settings.zahl[45] == 1;
-    const bool decimetres = m_context.settings.zahl[51] == 1;
+    const bool twoDigits = m_context.settings.twoDigitAdvance();
+    const bool decimetres = m_context.settings.decimetreLengths();
     if (fieldIndex == 1 && (twoDigits || decimetres) && text.size() == 2) {
         focusNextChild();
     } else if (fieldIndex == 2 && twoDigits && text.size() == 2) {

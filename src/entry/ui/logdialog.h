@@ -55,6 +55,7 @@ private:
     std::optional<qint32> m_editedId;
     MasterDataLookup m_masterData;
     bool m_filling = false;
+    bool m_heilbronnComputed = false;
     int m_storedRows = 0;
 
     QHash<int, QLineEdit*> m_fields;   // tz(n)

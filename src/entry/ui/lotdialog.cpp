@@ -1,11 +1,10 @@
 #include "entry/ui/lotdialog.h"
 
 #include "common/numbers.h"
+#include "common/ui/guarded.h"
 #include "entry/harvestentry.h"
 #include "rules/lotrecompute.h"
 #include "rules/masterdatalookup.h"
-#include "store/sql.h"
-#include "store/totals.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -26,9 +25,30 @@ namespace tarvik {
 namespace {
 
 // The price fields of the frame, in the order the remembered file keeps them.
-const char* const PriceFieldNames[] = {"tp(0)", "tp(1)", "tp(2)", "tp(3)", "tp(4)", "tp(5)"};
 const char* const TotalCaptions[] = {"Anzahl Stämme", "Efm o.R.", "Efm je Stamm", "Anzahl Pfähle",
                                      "Efm Schichtholz", "m3 Schichtholz", "Holzpreis", "Preis berechnet"};
+
+QLineEdit* edit(const QString& name, int maxLength)
+{
+    auto* e = new QLineEdit;
+    e->setObjectName(name);
+    e->setMaxLength(maxLength);
+    return e;
+}
+
+QComboBox* combo(const QString& name, int maxLength, bool editable = true)
+{
+    auto* c = new QComboBox;
+    c->setObjectName(name);
+    c->setEditable(editable);
+    if (editable) {
+        c->setInsertPolicy(QComboBox::NoInsert);
+        c->lineEdit()->setMaxLength(maxLength);
+    }
+    return c;
+}
+
+const QStringList Sortings{QStringLiteral("Stämme"), QStringLiteral("Pfähle"), QStringLiteral("Schichtholz")};
 
 } // namespace
 
@@ -66,52 +86,30 @@ LotDialog::LotDialog(const AppContext& context, qint32 harvestId, std::optional<
     updateChangesHeading();
 }
 
-QLineEdit* LotDialog::edit(const QString& name, int maxLength)
-{
-    auto* e = new QLineEdit;
-    e->setObjectName(name);
-    e->setMaxLength(maxLength);
-    m_edits.insert(name, e);
-    return e;
-}
-
-QComboBox* LotDialog::combo(const QString& name, int maxLength, bool editable)
-{
-    auto* c = new QComboBox;
-    c->setObjectName(name);
-    c->setEditable(editable);
-    if (editable) {
-        c->setInsertPolicy(QComboBox::NoInsert);
-        c->lineEdit()->setMaxLength(maxLength);
-    }
-    m_combos.insert(name, c);
-    return c;
-}
-
 QWidget* LotDialog::buildLotPage()
 {
     auto* page = new QWidget;
     auto* lot = new QGroupBox(QStringLiteral("Los"));
     auto* form = new QFormLayout(lot);
-    form->addRow(QStringLiteral("Los-Nr"), combo(QStringLiteral("kom(0)"), 9));
-    m_combos[QStringLiteral("kom(0)")]->lineEdit()->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,9}")), this));
-    form->addRow(QStringLiteral("Sortierung"), combo(QStringLiteral("kom(1)"), 11, false));
-    form->addRow(QStringLiteral("Los-Bezeichnung"), edit(QStringLiteral("t(0)"), 15));
-    form->addRow(QStringLiteral("Lagerort"), combo(QStringLiteral("kom(2)"), 50));
-    form->addRow(QStringLiteral("Anfahrt"), edit(QStringLiteral("t(1)"), 255));
-    form->addRow(QStringLiteral("GPS Breite"), edit(QStringLiteral("t(2)"), 10));
-    form->addRow(QStringLiteral("GPS Länge"), edit(QStringLiteral("t(3)"), 10));
+    form->addRow(QStringLiteral("Los-Nr"), m_lotNr = combo(QStringLiteral("kom(0)"), 9));
+    m_lotNr->lineEdit()->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,9}")), this));
+    form->addRow(QStringLiteral("Sortierung"), m_sorting = combo(QStringLiteral("kom(1)"), 11, false));
+    form->addRow(QStringLiteral("Los-Bezeichnung"), m_name = edit(QStringLiteral("t(0)"), 15));
+    form->addRow(QStringLiteral("Lagerort"), m_place = combo(QStringLiteral("kom(2)"), 50));
+    form->addRow(QStringLiteral("Anfahrt"), m_directions = edit(QStringLiteral("t(1)"), 255));
+    form->addRow(QStringLiteral("GPS Breite"), m_gpsB = edit(QStringLiteral("t(2)"), 10));
+    form->addRow(QStringLiteral("GPS Länge"), m_gpsL = edit(QStringLiteral("t(3)"), 10));
     auto* map = new QPushButton(QStringLiteral("Google-Maps"));
     map->setObjectName(QStringLiteral("googlelink"));
     map->setEnabled(false); // the map view comes with its own work
     form->addRow(QString(), map);
-    form->addRow(QStringLiteral("Abnehmer"), combo(QStringLiteral("kom(3)"), 50));
-    form->addRow(QStringLiteral("Bemerkung"), combo(QStringLiteral("kom(4)"), 30));
-    form->addRow(QStringLiteral("Vermessungsart"), combo(QStringLiteral("kom(5)"), 20));
-    form->addRow(QStringLiteral("Qualität"), combo(QStringLiteral("kom(6)"), 30));
-    form->addRow(QStringLiteral("Fixlänge (m)"), edit(QStringLiteral("t(4)"), 10));
-    form->addRow(QStringLiteral("Überlänge (m)"), edit(QStringLiteral("t(5)"), 10));
-    form->addRow(QStringLiteral("Preis erhalten"), edit(QStringLiteral("t(6)"), 14));
+    form->addRow(QStringLiteral("Abnehmer"), m_buyer = combo(QStringLiteral("kom(3)"), 50));
+    form->addRow(QStringLiteral("Bemerkung"), m_remark = combo(QStringLiteral("kom(4)"), 30));
+    form->addRow(QStringLiteral("Vermessungsart"), m_measuring = combo(QStringLiteral("kom(5)"), 20));
+    form->addRow(QStringLiteral("Qualität"), m_quality = combo(QStringLiteral("kom(6)"), 30));
+    form->addRow(QStringLiteral("Fixlänge (m)"), m_fixLength = edit(QStringLiteral("t(4)"), 10));
+    form->addRow(QStringLiteral("Überlänge (m)"), m_overLength = edit(QStringLiteral("t(5)"), 10));
+    form->addRow(QStringLiteral("Preis erhalten"), m_received = edit(QStringLiteral("t(6)"), 14));
     m_settled = new QCheckBox(QStringLiteral("Abgerechnet"));
     m_settled->setObjectName(QStringLiteral("konabgerechnet"));
     form->addRow(QString(), m_settled);
@@ -131,7 +129,7 @@ QWidget* LotDialog::buildLotPage()
                                     "- Lohn je Festmeter Holz (Rücken)", "- Erschwerniszuschlag in %", "Käferholz-Abschlag in %"};
     for (int i = 0; i < 6; ++i) {
         grid->addWidget(new QLabel(QString::fromUtf8(captions[i])), row, 0);
-        grid->addWidget(edit(QString::fromLatin1(PriceFieldNames[i]), 12), row++, 1);
+        grid->addWidget(m_priceFields[size_t(i)] = edit(QStringLiteral("tp(%1)").arg(i), 12), row++, 1);
     }
     auto* recompute = new QPushButton(QStringLiteral("Holzpreis neu berechnen"));
     recompute->setObjectName(QStringLiteral("holzpreisneuberechnen"));
@@ -153,7 +151,7 @@ QWidget* LotDialog::buildLotPage()
     auto* totals = new QGroupBox(QStringLiteral("Summen (werden berechnet)"));
     auto* totalsGrid = new QGridLayout(totals);
     for (int i = 0; i < 8; ++i) {
-        QLineEdit* t = edit(QStringLiteral("tsumme(%1)").arg(i), 20);
+        QLineEdit* t = m_totals[size_t(i)] = edit(QStringLiteral("tsumme(%1)").arg(i), 20);
         t->setReadOnly(true);
         t->setFocusPolicy(Qt::NoFocus);
         totalsGrid->addWidget(new QLabel(QString::fromUtf8(TotalCaptions[i])), i % 4, (i / 4) * 2);
@@ -168,7 +166,7 @@ QWidget* LotDialog::buildLotPage()
     layout->addWidget(lot);
     layout->addLayout(right);
 
-    connect(m_combos[QStringLiteral("kom(2)")], &QComboBox::textActivated, this, &LotDialog::onPlaceChosen);
+    connect(m_place, &QComboBox::textActivated, this, &LotDialog::onPlaceChosen);
     connect(recompute, &QPushButton::clicked, this, &LotDialog::onRecomputePrices);
     connect(standard, &QPushButton::clicked, this, &LotDialog::onPriceDefaults);
     return page;
@@ -181,9 +179,9 @@ QWidget* LotDialog::buildChangesPage()
     m_changesHeading->setObjectName(QStringLiteral("bezaenderung"));
     auto* range = new QGroupBox(QStringLiteral("Stämme von ... bis ..."));
     auto* form = new QFormLayout(range);
-    form->addRow(QStringLiteral("Los-Nr"), edit(QStringLiteral("tr(0)"), 9));
-    form->addRow(QStringLiteral("Stamm-Nr von"), edit(QStringLiteral("tr(1)"), 7));
-    form->addRow(QStringLiteral("Stamm-Nr bis"), edit(QStringLiteral("tr(2)"), 7));
+    form->addRow(QStringLiteral("Los-Nr"), m_rangeLot = edit(QStringLiteral("tr(0)"), 9));
+    form->addRow(QStringLiteral("Stamm-Nr von"), m_rangeFrom = edit(QStringLiteral("tr(1)"), 7));
+    form->addRow(QStringLiteral("Stamm-Nr bis"), m_rangeTo = edit(QStringLiteral("tr(2)"), 7));
     m_changeKind = new QButtonGroup(this);
     int index = 0;
     for (const char* caption : {"Neue Güteklasse", "Neue Baumart", "Neue Los-Nr"}) {
@@ -192,17 +190,17 @@ QWidget* LotDialog::buildChangesPage()
         m_changeKind->addButton(b, index++);
     }
     m_changeKind->button(0)->setChecked(true);
-    form->addRow(m_changeKind->button(0), combo(QStringLiteral("kom(7)"), 5, false));
-    form->addRow(m_changeKind->button(1), combo(QStringLiteral("kom(8)"), 22, false));
-    form->addRow(m_changeKind->button(2), edit(QStringLiteral("tr(3)"), 9));
+    form->addRow(m_changeKind->button(0), m_newQuality = combo(QStringLiteral("kom(7)"), 5, false));
+    form->addRow(m_changeKind->button(1), m_newSpecies = combo(QStringLiteral("kom(8)"), 22, false));
+    form->addRow(m_changeKind->button(2), m_targetLot = edit(QStringLiteral("tr(3)"), 9));
     auto* apply = new QPushButton(QStringLiteral("Ändern"));
     apply->setObjectName(QStringLiteral("btn_ndern"));
     form->addRow(QString(), apply);
 
     auto* species = new QGroupBox(QStringLiteral("Baumart aller Stämme des Loses ändern"));
     auto* speciesForm = new QFormLayout(species);
-    speciesForm->addRow(QStringLiteral("von Baumart"), combo(QStringLiteral("kom(9)"), 22, false));
-    speciesForm->addRow(QStringLiteral("auf Baumart"), combo(QStringLiteral("kom(10)"), 22, false));
+    speciesForm->addRow(QStringLiteral("von Baumart"), m_fromSpecies = combo(QStringLiteral("kom(9)"), 22, false));
+    speciesForm->addRow(QStringLiteral("auf Baumart"), m_toSpecies = combo(QStringLiteral("kom(10)"), 22, false));
     auto* change = new QPushButton(QStringLiteral("Baumart ändern"));
     change->setObjectName(QStringLiteral("staemmeaendern"));
     speciesForm->addRow(QString(), change);
@@ -214,29 +212,29 @@ QWidget* LotDialog::buildChangesPage()
     layout->addStretch();
     connect(apply, &QPushButton::clicked, this, &LotDialog::onRangeChange);
     connect(change, &QPushButton::clicked, this, &LotDialog::onSpeciesChange);
-    connect(m_edits[QStringLiteral("tr(0)")], &QLineEdit::textChanged, this, &LotDialog::updateChangesHeading);
+    connect(m_rangeLot, &QLineEdit::textChanged, this, &LotDialog::updateChangesHeading);
     return page;
 }
 
 void LotDialog::fillLists()
 {
     const QSqlDatabase& db = m_context.db;
-    m_combos[QStringLiteral("kom(0)")]->addItems(lotNumbers(db, m_harvestId));
-    m_combos[QStringLiteral("kom(1)")]->addItems({QStringLiteral("Stämme"), QStringLiteral("Pfähle"), QStringLiteral("Schichtholz")});
-    m_combos[QStringLiteral("kom(2)")]->addItems(listValues(db, QStringLiteral("Liste_Lagerort"), QStringLiteral("Inhalt")));
-    m_combos[QStringLiteral("kom(3)")]->addItems(listValues(db, QStringLiteral("Liste_Abnehmer"), QStringLiteral("Inhalt")));
-    m_combos[QStringLiteral("kom(4)")]->addItems(listValues(db, QStringLiteral("Liste_Bemerkungen"), QStringLiteral("Inhalt")));
-    m_combos[QStringLiteral("kom(5)")]->addItems(distinctLotValues(db, QStringLiteral("Vermessungsart")));
-    m_combos[QStringLiteral("kom(6)")]->addItems(distinctLotValues(db, QStringLiteral("Qualität")));
-    m_combos[QStringLiteral("kom(7)")]->addItems(QStringList{QString()} + listValues(db, QStringLiteral("Güteklassen"), QStringLiteral("Güteklasse")));
+    m_lotNr->addItems(lotNumbers(db, m_harvestId));
+    m_sorting->addItems(Sortings);
+    m_place->addItems(listValues(db, QStringLiteral("Liste_Lagerort"), QStringLiteral("Inhalt")));
+    m_buyer->addItems(listValues(db, QStringLiteral("Liste_Abnehmer"), QStringLiteral("Inhalt")));
+    m_remark->addItems(listValues(db, QStringLiteral("Liste_Bemerkungen"), QStringLiteral("Inhalt")));
+    m_measuring->addItems(distinctLotValues(db, QStringLiteral("Vermessungsart")));
+    m_quality->addItems(distinctLotValues(db, QStringLiteral("Qualität")));
+    m_newQuality->addItems(QStringList{QString()} + listValues(db, QStringLiteral("Güteklassen"), QStringLiteral("Güteklasse")));
     const QStringList species = listValues(db, QStringLiteral("Baumarten"), QStringLiteral("Baumart"));
-    for (const char* name : {"kom(8)", "kom(9)", "kom(10)"})
-        m_combos[QString::fromLatin1(name)]->addItems(QStringList{QString()} + species);
+    for (QComboBox* box : {m_newSpecies, m_fromSpecies, m_toSpecies})
+        box->addItems(QStringList{QString()} + species);
 }
 
 PriceSettings LotDialog::prices() const
 {
-    auto value = [this](int i) { return readNumber(m_edits[QString::fromLatin1(PriceFieldNames[i])]->text()); };
+    auto value = [this](int i) { return readNumber(m_priceFields[size_t(i)]->text()); };
     return {static_cast<qint16>(std::max(0, m_priceKinds->checkedId())), float(value(0)), float(value(1)), toShort(value(5)),
             float(value(2)), float(value(3)), toShort(value(4))};
 }
@@ -244,113 +242,106 @@ PriceSettings LotDialog::prices() const
 LotForm LotDialog::read() const
 {
     LotForm f;
-    auto e = [this](const char* n) { return m_edits[QString::fromLatin1(n)]->text(); };
-    auto c = [this](const char* n) { return m_combos[QString::fromLatin1(n)]->currentText(); };
-    f.losNr = c("kom(0)");
-    f.sortierung = c("kom(1)");
-    f.losBezeichnung = e("t(0)");
-    f.lagerort = c("kom(2)");
-    f.anfahrt = e("t(1)");
-    f.gpsB = e("t(2)");
-    f.gpsL = e("t(3)");
-    f.abnehmer = c("kom(3)");
-    f.bemerkung = c("kom(4)");
-    f.vermessungsart = c("kom(5)");
-    f.qualitaet = c("kom(6)");
-    f.fixlaenge = e("t(4)");
-    f.ueberlaenge = e("t(5)");
-    f.preisErhalten = e("t(6)");
+    f.losNr = m_lotNr->currentText();
+    f.sortierung = m_sorting->currentText();
+    f.losBezeichnung = m_name->text();
+    f.lagerort = m_place->currentText();
+    f.anfahrt = m_directions->text();
+    f.gpsB = m_gpsB->text();
+    f.gpsL = m_gpsL->text();
+    f.abnehmer = m_buyer->currentText();
+    f.bemerkung = m_remark->currentText();
+    f.vermessungsart = m_measuring->currentText();
+    f.qualitaet = m_quality->currentText();
+    f.fixlaenge = m_fixLength->text();
+    f.ueberlaenge = m_overLength->text();
+    f.preisErhalten = m_received->text();
     f.abgerechnet = m_settled->isChecked();
     f.prices = prices();
     QString* totals[] = {&f.anzahlStaemme, &f.efmOR, &f.efmJeStamm, &f.anzahlPfaehle,
                          &f.efmSchichtholz, &f.m3Schichtholz, &f.holzpreis, &f.preisBerechnet};
-    for (int i = 0; i < 8; ++i)
-        *totals[i] = m_edits[QStringLiteral("tsumme(%1)").arg(i)]->text();
+    for (size_t i = 0; i < m_totals.size(); ++i)
+        *totals[i] = m_totals[i]->text();
     f.reNr = m_reNr;
     return f;
 }
 
+void LotDialog::selectSorting(const QString& sorting)
+{
+    // A stored value outside the fixed list is shown as it is, never silently replaced.
+    if (m_sorting->findText(sorting) < 0) {
+        m_sorting->clear();
+        m_sorting->addItems(QStringList{sorting} + Sortings);
+    }
+    m_sorting->setCurrentIndex(m_sorting->findText(sorting));
+}
+
 void LotDialog::showForm(const LotForm& f)
 {
-    auto setEdit = [this](const char* n, const QString& v) { m_edits[QString::fromLatin1(n)]->setText(v); };
-    auto setCombo = [this](const char* n, const QString& v) {
-        QComboBox* box = m_combos[QString::fromLatin1(n)];
-        if (box->isEditable())
-            box->setEditText(v);
-        else
-            box->setCurrentIndex(std::max(0, box->findText(v)));
-    };
-    setCombo("kom(0)", f.losNr);
-    setCombo("kom(1)", f.sortierung);
-    setEdit("t(0)", f.losBezeichnung);
-    setCombo("kom(2)", f.lagerort);
-    setEdit("t(1)", f.anfahrt);
-    setEdit("t(2)", f.gpsB);
-    setEdit("t(3)", f.gpsL);
-    setCombo("kom(3)", f.abnehmer);
-    setCombo("kom(4)", f.bemerkung);
-    setCombo("kom(5)", f.vermessungsart);
-    setCombo("kom(6)", f.qualitaet);
-    setEdit("t(4)", f.fixlaenge);
-    setEdit("t(5)", f.ueberlaenge);
-    setEdit("t(6)", f.preisErhalten);
+    m_lotNr->setEditText(f.losNr);
+    selectSorting(f.sortierung);
+    m_name->setText(f.losBezeichnung);
+    m_place->setEditText(f.lagerort);
+    m_directions->setText(f.anfahrt);
+    m_gpsB->setText(f.gpsB);
+    m_gpsL->setText(f.gpsL);
+    m_buyer->setEditText(f.abnehmer);
+    m_remark->setEditText(f.bemerkung);
+    m_measuring->setEditText(f.vermessungsart);
+    m_quality->setEditText(f.qualitaet);
+    m_fixLength->setText(f.fixlaenge);
+    m_overLength->setText(f.ueberlaenge);
+    m_received->setText(f.preisErhalten);
     m_settled->setChecked(f.abgerechnet);
     if (QAbstractButton* b = m_priceKinds->button(f.prices.preisArt))
         b->setChecked(true);
     const QString values[] = {formatDecimal(f.prices.pauschalpreisEfm, 2), formatDecimal(f.prices.pauschalpreisG, 2),
                               formatDecimal(f.prices.kostenEinschlag, 2), formatDecimal(f.prices.kostenRuecken, 2),
                               QString::number(f.prices.erschwerniszuschlag), QString::number(f.prices.kaeferholzabschlag)};
-    for (int i = 0; i < 6; ++i)
-        m_edits[QString::fromLatin1(PriceFieldNames[i])]->setText(values[i]);
+    for (size_t i = 0; i < m_priceFields.size(); ++i)
+        m_priceFields[i]->setText(values[i]);
     const QString totals[] = {f.anzahlStaemme, f.efmOR, f.efmJeStamm, f.anzahlPfaehle,
                               f.efmSchichtholz, f.m3Schichtholz, f.holzpreis, f.preisBerechnet};
-    for (int i = 0; i < 8; ++i)
-        m_edits[QStringLiteral("tsumme(%1)").arg(i)]->setText(totals[i]);
+    for (size_t i = 0; i < m_totals.size(); ++i)
+        m_totals[i]->setText(totals[i]);
     m_reNr = f.reNr;
-    m_edits[QStringLiteral("tr(0)")]->setText(f.losNr);
+    m_rangeLot->setText(f.losNr);
 }
 
 void LotDialog::onOk()
 {
     const LotForm form = read();
-    try {
-        if (const auto refusal = checkLot(m_context.db, m_harvestId, form, !m_editedId)) {
-            m_context.prompter.inform(*refusal);
-            return;
-        }
-        saveLot(m_context.db, m_harvestId, form, m_editedId);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-        return;
-    }
-    accept();
+    const auto stored = runGuarded(m_context.prompter, [&] { return storeLot(m_context, m_harvestId, form, m_editedId); });
+    if (stored)
+        accept();
 }
 
 void LotDialog::onPlaceChosen(const QString& place)
 {
-    if (const auto details = placeDetails(m_context.db, place)) {
-        m_edits[QStringLiteral("t(1)")]->setText(details->anfahrt);
-        m_edits[QStringLiteral("t(3)")]->setText(details->gpsL);
-        m_edits[QStringLiteral("t(2)")]->setText(details->gpsB);
+    const auto details = runGuarded(m_context.prompter, [&] { return placeDetails(m_context.db, place); });
+    if (details) {
+        m_directions->setText(details->anfahrt);
+        m_gpsL->setText(details->gpsL);
+        m_gpsB->setText(details->gpsB);
     }
 }
 
 void LotDialog::onRecomputePrices()
 {
-    const double lot = readNumber(m_combos[QStringLiteral("kom(0)")]->currentText());
-    try {
+    const double lot = readNumber(m_lotNr->currentText());
+    const std::optional<qint32> lotNr = lot > 0 ? std::optional<qint32>(toLong(lot)) : std::nullopt;
+    const bool done = runGuarded(m_context.prompter, [&] {
         MasterDataLookup masterData(m_context.db);
-        const std::optional<qint32> lotNr = lot > 0 ? std::optional<qint32>(toLong(lot)) : std::nullopt;
-        if (recomputeLotPrices(m_context.db, masterData, m_harvestId, lotNr, prices(), m_context.prompter)) {
-            recomputeTotals(m_context.db, m_harvestId, lotNr);
-            if (m_editedId) {
-                const LotForm stored = loadLot(m_context.db, *m_editedId);
-                m_edits[QStringLiteral("tsumme(6)")]->setText(stored.holzpreis);
-                m_edits[QStringLiteral("tsumme(7)")]->setText(stored.preisBerechnet);
-            }
+        LotRecomputeRequest request;
+        request.prices = true;
+        request.priceSettings = prices();
+        return recomputeLot(m_context.db, masterData, m_harvestId, lotNr, request, m_context.prompter).has_value();
+    });
+    if (done && m_editedId) {
+        if (const auto stored = runGuarded(m_context.prompter, [&] { return loadLot(m_context.db, *m_editedId); })) {
+            m_totals[6]->setText(stored->holzpreis);
+            m_totals[7]->setText(stored->preisBerechnet);
         }
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
     }
 }
 
@@ -364,32 +355,26 @@ void LotDialog::onPriceDefaults()
 
 void LotDialog::updateChangesHeading()
 {
-    m_changesHeading->setText(QStringLiteral("Die folgenden Änderungen beziehen sich auf das Los ") + m_edits[QStringLiteral("tr(0)")]->text());
+    m_changesHeading->setText(QStringLiteral("Die folgenden Änderungen beziehen sich auf das Los ") + m_rangeLot->text());
 }
 
 void LotDialog::onRangeChange()
 {
-    const LogRange range{m_edits[QStringLiteral("tr(0)")]->text(), m_edits[QStringLiteral("tr(1)")]->text(),
-                         m_edits[QStringLiteral("tr(2)")]->text()};
-    try {
+    const LogRange range{m_rangeLot->text(), m_rangeFrom->text(), m_rangeTo->text()};
+    runGuarded(m_context.prompter, [&] {
         switch (m_changeKind->checkedId()) {
-        case 0: changeQualityOfRange(m_context, m_harvestId, range, m_combos[QStringLiteral("kom(7)")]->currentText()); break;
-        case 1: changeSpeciesOfRange(m_context, m_harvestId, range, m_combos[QStringLiteral("kom(8)")]->currentText()); break;
-        default: moveRangeToLot(m_context, m_harvestId, range, m_edits[QStringLiteral("tr(3)")]->text()); break;
+        case 0: return changeQualityOfRange(m_context, m_harvestId, range, m_newQuality->currentText());
+        case 1: return changeSpeciesOfRange(m_context, m_harvestId, range, m_newSpecies->currentText());
+        default: return moveRangeToLot(m_context, m_harvestId, range, m_targetLot->text());
         }
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    });
 }
 
 void LotDialog::onSpeciesChange()
 {
-    try {
-        changeSpeciesOfLot(m_context, m_harvestId, m_edits[QStringLiteral("tr(0)")]->text(),
-                           m_combos[QStringLiteral("kom(9)")]->currentText(), m_combos[QStringLiteral("kom(10)")]->currentText());
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    runGuarded(m_context.prompter, [&] {
+        return changeSpeciesOfLot(m_context, m_harvestId, m_rangeLot->text(), m_fromSpecies->currentText(), m_toSpecies->currentText());
+    });
 }
 
 } // namespace tarvik

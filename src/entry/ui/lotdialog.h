@@ -4,7 +4,7 @@
 #include "entry/lotentry.h"
 
 #include <QDialog>
-#include <QHash>
+#include <array>
 #include <optional>
 
 class QButtonGroup;
@@ -34,19 +34,42 @@ private:
     void onRangeChange();
     void onSpeciesChange();
     void updateChangesHeading();
-    QLineEdit* edit(const QString& name, int maxLength);
-    QComboBox* combo(const QString& name, int maxLength, bool editable = true);
+    void selectSorting(const QString& sorting);
 
     AppContext m_context;
     qint32 m_harvestId;
     std::optional<qint32> m_editedId;
-    QHash<QString, QLineEdit*> m_edits;
-    QHash<QString, QComboBox*> m_combos;
+    // Lot page
+    QComboBox* m_lotNr = nullptr;       // kom(0)
+    QComboBox* m_sorting = nullptr;     // kom(1)
+    QLineEdit* m_name = nullptr;        // t(0)
+    QComboBox* m_place = nullptr;       // kom(2)
+    QLineEdit* m_directions = nullptr;  // t(1)
+    QLineEdit* m_gpsB = nullptr;        // t(2)
+    QLineEdit* m_gpsL = nullptr;        // t(3)
+    QComboBox* m_buyer = nullptr;       // kom(3)
+    QComboBox* m_remark = nullptr;      // kom(4)
+    QComboBox* m_measuring = nullptr;   // kom(5)
+    QComboBox* m_quality = nullptr;     // kom(6)
+    QLineEdit* m_fixLength = nullptr;   // t(4)
+    QLineEdit* m_overLength = nullptr;  // t(5)
+    QLineEdit* m_received = nullptr;    // t(6)
+    QCheckBox* m_settled = nullptr;     // konabgerechnet
     QButtonGroup* m_priceKinds = nullptr;   // optipreis
+    std::array<QLineEdit*, 6> m_priceFields{}; // tp(0) ... tp(5)
     QButtonGroup* m_priceMemory = nullptr;  // remember / forget
-    QButtonGroup* m_changeKind = nullptr;   // quality / species / lot number
-    QCheckBox* m_settled = nullptr;         // konabgerechnet
+    std::array<QLineEdit*, 8> m_totals{};   // tsumme(0) ... tsumme(7)
+    // Changes page
     QLabel* m_changesHeading = nullptr;
+    QLineEdit* m_rangeLot = nullptr;    // tr(0)
+    QLineEdit* m_rangeFrom = nullptr;   // tr(1)
+    QLineEdit* m_rangeTo = nullptr;     // tr(2)
+    QLineEdit* m_targetLot = nullptr;   // tr(3)
+    QButtonGroup* m_changeKind = nullptr; // quality / species / lot number
+    QComboBox* m_newQuality = nullptr;  // kom(7)
+    QComboBox* m_newSpecies = nullptr;  // kom(8)
+    QComboBox* m_fromSpecies = nullptr; // kom(9)
+    QComboBox* m_toSpecies = nullptr;   // kom(10)
     QString m_reNr; // the invoice that billed the lot, kept as it is
 };
 

@@ -77,7 +77,7 @@ bool PoleDialog::storeEntry(std::optional<qint32> editedId)
 
 void PoleDialog::afterNext()
 {
-    if (m_context.settings.zahl[29] == 1) {
+    if (m_context.settings.zeroMeasuresAfterNext()) {
         field(0)->setText(QStringLiteral("0"));
         field(1)->setText(QStringLiteral("0"));
         selectClass(QString());

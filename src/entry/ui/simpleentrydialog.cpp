@@ -2,9 +2,10 @@
 
 #include "common/numbers.h"
 #include "common/text.h"
+#include "common/ui/guarded.h"
 #include "entry/harvestentry.h"
 #include "entry/lotentry.h"
-#include "store/sql.h"
+#include "store/gridquery.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -14,7 +15,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
-#include <QSqlQuery>
 #include <QSqlQueryModel>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -94,7 +94,7 @@ void SimpleEntryDialog::finish(std::optional<qint32> lotNr)
     help->setEnabled(false);
     for (QPushButton* b : {ok, next, cancel, help})
         b->setAutoDefault(false);
-    (m_context.settings.zahl[28] == 1 ? next : ok)->setDefault(true);
+    (m_context.settings.okNextIsDefault() ? next : ok)->setDefault(true);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(help);
     buttons->addStretch();
@@ -149,38 +149,29 @@ void SimpleEntryDialog::chooseLot()
     const double lot = readNumber(m_lot->currentText());
     if (lot > 0) {
         // The species of the lot's last row is the likely one for the next.
-        const QString species = readText(scalar(m_context.db, QStringLiteral("SELECT \"Baumart\" FROM %1 WHERE \"Kennung\" = ? AND \"Los_Nr\" = ? "
-                                                                             "ORDER BY \"ID\" DESC LIMIT 1").arg(quoted(m_setup.table)),
-                                                {m_harvestId, toLong(lot)}));
-        if (!species.isEmpty())
-            m_species->setEditText(species);
+        const auto species = runGuarded(m_context.prompter, [&] {
+            return lastValueOfLot(m_context.db, m_setup.table, QStringLiteral("Baumart"), m_harvestId, toLong(lot));
+        });
+        if (species && !species->isEmpty())
+            m_species->setEditText(*species);
     }
     refreshGrid();
 }
 
 void SimpleEntryDialog::refreshGrid()
 {
-    QSqlQuery query(m_context.db);
-    query.prepare(QStringLiteral("SELECT %1 FROM %2 WHERE \"Kennung\" = ? AND \"Los_Nr\" = ? ORDER BY \"ID\" DESC")
-                      .arg(m_setup.gridColumns, quoted(m_setup.table)));
-    query.addBindValue(m_harvestId);
-    query.addBindValue(toLong(readNumber(m_lot->currentText())));
-    query.exec();
-    m_rows->setQuery(std::move(query));
+    const bool shown = runGuarded(m_context.prompter, [this] {
+        m_rows->setQuery(lotRowsQuery(m_context.db, m_setup.table, m_setup.gridColumns, m_harvestId, toLong(readNumber(m_lot->currentText()))));
+    });
+    if (!shown)
+        m_rows->clear();
 }
 
 bool SimpleEntryDialog::store()
 {
-    bool stored = false;
-    try {
-        stored = storeEntry(m_editedId);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+    if (!runGuarded(m_context.prompter, [this] { return storeEntry(m_editedId); }))
         return false;
-    }
-    if (!stored)
-        return false;
-    if (m_context.settings.zahl[24] != 1)
+    if (m_context.settings.confirmationBeep())
         QApplication::beep();
     const QString lot = m_lot->currentText().trimmed();
     if (m_lot->findText(lot) < 0)

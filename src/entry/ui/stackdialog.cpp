@@ -106,7 +106,7 @@ bool StackDialog::storeEntry(std::optional<qint32> editedId)
 void StackDialog::afterNext()
 {
     proposeSection();
-    if (m_context.settings.zahl[29] == 1) {
+    if (m_context.settings.zeroMeasuresAfterNext()) {
         for (int i : {2, 3, 4})
             field(i)->setText(QStringLiteral("0,0"));
         field(5)->setText(QStringLiteral("0,000"));

@@ -203,7 +203,7 @@ PrintJob TextOutputWindow::job()
     PrintJob j;
     j.fontFamily = m_fonts->currentText().trimmed();
     j.settings = settings();
-    j.topMarginMm = std::clamp<int>(m_context.settings.zahl[59], 0, 80);
+    j.topMarginMm = std::clamp<int>(m_context.settings.printTopMarginMm(), 0, 80);
     if (m_printers->currentText() == pdfPrinterEntry())
         j.pdfPath = m_context.prompter.chooseSaveFile(QStringLiteral("Als PDF-Datei drucken"),
                                                       QDir(m_context.dataFolder).filePath(QStringLiteral("Daten.pdf")),

@@ -1,4 +1,4 @@
-#include "entry/ui/dateedit.h"
+#include "common/ui/dateedit.h"
 
 #include "common/sqldate.h"
 
