@@ -8,13 +8,16 @@
 namespace tarvik {
 
 inline constexpr char DatabaseFileName[] = "TARVIK3.db";
+// How long a statement waits for another program's write lock before it gives up.
+inline constexpr int DefaultBusyTimeoutMs = 10000;
 
 class Database {
 public:
-    // Opens the file, or creates it when it does not exist. Throws StoreError with a German
-    // message naming the file when it is not a database of this program or is damaged; such
-    // a file is left untouched.
-    static std::unique_ptr<Database> openOrCreate(const QString& path);
+    // Opens the file, or creates it when it does not exist. Before anything is written the
+    // file is checked: not a database of this program, damaged (quick check of its pages),
+    // locked by another program, or not writable each end in a StoreError with its own German
+    // message naming the file; such a file is left untouched.
+    static std::unique_ptr<Database> openOrCreate(const QString& path, int busyTimeoutMs = DefaultBusyTimeoutMs);
     ~Database();
 
     Database(const Database&) = delete;
@@ -28,7 +31,7 @@ public:
     const QString& path() const { return m_path; }
 
 private:
-    Database(const QString& path, bool created);
+    Database(const QString& path, bool created, int busyTimeoutMs);
     QString m_path;
     QString m_sharedName;
     QString m_listName;
