@@ -137,6 +137,18 @@ bench::Result startScenario(const QString& path, int runs)
     return r;
 }
 
+// The page check every opening runs: its share of the start.
+bench::Result quickCheckScenario(const QString& path, int runs)
+{
+    bench::Result r;
+    r.scenario = QStringLiteral("quick check of the file on opening");
+    auto db = Database::openOrCreate(path);
+    r.program = bench::measure(runs, [&] { execSql(db->shared(), QStringLiteral("PRAGMA quick_check")).next(); });
+    Raw raw(path);
+    r.raw = bench::measure(runs, [&] { raw.rows("PRAGMA quick_check"); });
+    return r;
+}
+
 bench::Result logStoreScenario(const QString& path, qint32 harvest, int harvestLogs, int runs)
 {
     bench::Result r;
@@ -276,6 +288,7 @@ int main(int argc, char* argv[])
 
     std::vector<bench::Result> results;
     results.push_back(startScenario(path, 20));
+    results.push_back(quickCheckScenario(path, 20));
     results.push_back(timberListScenario(path, large, 10));
     results.push_back(logStoreScenario(path, large, 10000, 1000));
     const long desktopKb = desktopPeakKb(parser.value(desktop), folder);
