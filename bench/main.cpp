@@ -3,7 +3,7 @@
 #include "generator.h"
 #include "measure.h"
 
-#include "app/main/harvestlist.h"
+#include "harvests/harvestlist.h"
 #include "common/consoleprompter.h"
 #include "common/germanlocale.h"
 #include "entry/logentry.h"

@@ -1,13 +1,14 @@
 #pragma once
-// tarvik-cli: the program's work without windows, for scripts, tests and benchmarks.
+// tarvik-cli: the program's work without windows, for scripts, tests and benchmarks. Each
+// command lives in its own file under cli/commands/.
+#include "cli/command.h"
+
 #include <QStringList>
 #include <cstdio>
 
 namespace tarvik::cli {
 
-enum ExitCode { Success = 0, Refused = 1, Usage = 2 };
-
-// Printing needs fonts: a command line with "drucken" runs under a QGuiApplication.
+// Whether the command line names a command that needs a QGuiApplication (printing).
 bool needsGui(const QStringList& args);
 
 // args without the program name. Results go to out, messages and questions to err.

@@ -5,8 +5,9 @@
 #include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QPainter>
-#include <QPrinter>
-#include <QPrinterInfo>
+#include <QLocale>
+#include <QPagedPaintDevice>
+#include <QPdfWriter>
 
 namespace tarvik {
 
@@ -17,43 +18,62 @@ QString resolveFixedFont(const QString& family)
     return QStringLiteral("Liberation Mono");
 }
 
-QStringList installedPrinters() { return QPrinterInfo::availablePrinterNames(); }
-
-QString defaultPrinter() { return QPrinterInfo::defaultPrinterName(); }
-
-PrintResult printLines(const QStringList& lines, const PrintJob& job)
+QString PrintResult::statusText() const
 {
-    QPrinter printer(QPrinter::HighResolution);
-    if (!job.pdfPath.isEmpty()) {
-        printer.setOutputFormat(QPrinter::PdfFormat);
-        printer.setOutputFileName(job.pdfPath);
-    } else {
-        printer.setPrinterName(job.printerName);
-    }
-    printer.setPageOrientation(job.settings.landscape ? QPageLayout::Landscape : QPageLayout::Portrait);
-    printer.setPageMargins(QMarginsF(15, 10 + job.topMarginMm, 10, 10), QPageLayout::Millimeter);
-    printer.setDocName(QStringLiteral("TARVIK"));
+    if (!ok || !fontReduced)
+        return {};
+    return QStringLiteral("Schrift für diesen Ausdruck auf %1 pt verkleinert, damit die breiteste Zeile auf die Seite passt.")
+        .arg(QLocale().toString(fontSize, 'g', 3));
+}
 
+namespace {
+
+QFont printFont(const PrintJob& job, double pointSize)
+{
     QFont font(resolveFixedFont(job.fontFamily));
     font.setStyleHint(QFont::TypeWriter);
-    font.setPointSize(job.settings.fontSize);
+    font.setPointSizeF(pointSize);
     font.setBold(job.settings.bold);
     font.setItalic(job.settings.italic);
+    return font;
+}
 
-    const QString prefix(job.settings.marginChars, u' ');
-    const QFontMetricsF metrics(font, &printer);
-    const QRectF page = printer.pageLayout().paintRectPixels(printer.resolution());
+qreal widestLine(const QStringList& lines, const QString& prefix, const QFontMetricsF& metrics)
+{
     qreal widest = 0;
     for (const QString& line : lines)
         if (line.trimmed() != u"#")
             widest = std::max(widest, metrics.horizontalAdvance(prefix + line));
-    if (widest > page.width())
-        return {false, 0, QStringLiteral("Die längste Zeile der Liste ist breiter als die Seite. Bitte wählen Sie das "
-                                         "Querformat, eine kleinere Schrift oder einen kleineren linken Rand.")};
+    return widest;
+}
+
+} // namespace
+
+PrintResult paintLines(QPagedPaintDevice& device, int resolution, const QStringList& lines, const PrintJob& job)
+{
+    device.setPageOrientation(job.settings.landscape ? QPageLayout::Landscape : QPageLayout::Portrait);
+    device.setPageMargins(QMarginsF(15, 10 + job.topMarginMm, 10, 10), QPageLayout::Millimeter);
+
+    const QString prefix(job.settings.marginChars, u' ');
+    const QRectF page = device.pageLayout().paintRectPixels(resolution);
+    // A user who presses print gets paper: the font shrinks for this printout until the widest
+    // line fits, but not below a size that can still be read.
+    double size = job.settings.fontSize;
+    QFont font = printFont(job, size);
+    while (widestLine(lines, prefix, QFontMetricsF(font, &device)) > page.width()) {
+        size -= 0.5;
+        if (size < SmallestPrintFontSize)
+            return {false, 0,
+                    QStringLiteral("Die längste Zeile der Liste ist selbst in der kleinsten Schrift (6 pt) breiter als "
+                                   "die Seite. Bitte wählen Sie das Querformat oder einen kleineren linken Rand."),
+                    0, false};
+        font = printFont(job, size);
+    }
+    const QFontMetricsF metrics(font, &device);
 
     QPainter painter;
-    if (!painter.begin(&printer))
-        return {false, 0, QStringLiteral("Der Drucker kann nicht angesprochen werden.")};
+    if (!painter.begin(&device))
+        return {false, 0, QStringLiteral("Der Drucker kann nicht angesprochen werden."), 0, false};
     painter.setFont(font);
     const qreal lineHeight = metrics.lineSpacing();
     const int linesPerPage = std::max(1, int(page.height() / lineHeight));
@@ -62,7 +82,7 @@ PrintResult printLines(const QStringList& lines, const PrintJob& job)
         // A marked page longer than the paper continues on further sheets.
         for (qsizetype start = 0; start < std::max<qsizetype>(marked.size(), 1); start += linesPerPage) {
             if (pages > 0)
-                printer.newPage();
+                device.newPage();
             ++pages;
             qreal y = metrics.ascent();
             for (qsizetype i = start; i < std::min<qsizetype>(marked.size(), start + linesPerPage); ++i) {
@@ -72,15 +92,25 @@ PrintResult printLines(const QStringList& lines, const PrintJob& job)
         }
     }
     painter.end();
-    return {true, pages, {}};
+    return {true, pages, {}, size, size < job.settings.fontSize};
 }
 
-PrintResult printFile(const QString& reportPath, const PrintJob& job)
+PrintResult printLinesToPdf(const QStringList& lines, const PrintJob& job)
+{
+    QPdfWriter writer(job.pdfPath);
+    writer.setResolution(1200);
+    writer.setTitle(QStringLiteral("TARVIK"));
+    writer.setCreator(QStringLiteral("TARVIK 3.0"));
+    writer.setPageSize(QPageSize(QPageSize::A4));
+    return paintLines(writer, writer.resolution(), lines, job);
+}
+
+PrintResult printFileToPdf(const QString& reportPath, const PrintJob& job)
 {
     const TextFileResult file = readTextFile(reportPath);
     if (!file.ok)
-        return {false, 0, file.error};
-    return printLines(file.lines, job);
+        return {false, 0, file.error, 0, false};
+    return printLinesToPdf(file.lines, job);
 }
 
 } // namespace tarvik

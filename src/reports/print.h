@@ -1,10 +1,14 @@
 #pragma once
-// Printing a report's lines on a printer or into a PDF file: fixed-pitch font, left margin in
-// characters, a new page at every "#" mark and when a page is full. A line never wraps.
+// Printing a report's lines onto pages: fixed-pitch font, left margin in characters, a new page
+// at every "#" mark and when a page is full. A line never wraps; a list too wide for the paper
+// is printed in a smaller font, down to 6 pt. Needs Qt Gui only: PDF files are written with
+// QPdfWriter, printers are reached through reports/printer.h.
 #include "reports/reportfile.h"
 
 #include <QString>
 #include <QStringList>
+
+class QPagedPaintDevice;
 
 namespace tarvik {
 
@@ -19,17 +23,23 @@ struct PrintJob {
 struct PrintResult {
     bool ok = false;
     int pages = 0;
-    QString message; // German, when not ok
+    QString message;        // German, when not ok
+    double fontSize = 0;    // the size the lines were printed in
+    bool fontReduced = false; // the widest line needed a smaller font than the chosen one
+    // "Schrift für diesen Ausdruck auf 9,5 pt verkleinert." or empty.
+    QString statusText() const;
 };
+
+inline constexpr double SmallestPrintFontSize = 6.0;
 
 // "Courier New" where it is installed; Liberation Mono, which has its metrics, elsewhere.
 QString resolveFixedFont(const QString& family);
 
-// Needs a QGuiApplication. Refuses (without printing) when the longest line does not fit.
-PrintResult printLines(const QStringList& lines, const PrintJob& job);
-PrintResult printFile(const QString& reportPath, const PrintJob& job);
+// Lays the job's page settings onto the device and paints the lines; needs a QGuiApplication.
+PrintResult paintLines(QPagedPaintDevice& device, int resolution, const QStringList& lines, const PrintJob& job);
 
-QStringList installedPrinters();
-QString defaultPrinter();
+// Into job.pdfPath.
+PrintResult printLinesToPdf(const QStringList& lines, const PrintJob& job);
+PrintResult printFileToPdf(const QString& reportPath, const PrintJob& job);
 
 } // namespace tarvik

@@ -1,7 +1,7 @@
 // AF_Tarvik, headless: menus, the list and its statistics, deleting, column widths, exit.
 #include "app/main/mainwindow.h"
 #include "app/main/exitchores.h"
-#include "app/main/harvestlist.h"
+#include "harvests/harvestlist.h"
 #include "entry/harvestentry.h"
 #include "store/sql.h"
 #include "support/records.h"

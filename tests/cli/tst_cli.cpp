@@ -5,7 +5,9 @@
 #include "support/records.h"
 #include "support/tempdatafolder.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <cstdio>
 
 using namespace tarvik;
@@ -49,20 +51,33 @@ private slots:
         QTest::addColumn<int>("code");
         QTest::newRow("help") << QStringList{"--help"} << 0;
         QTest::newRow("no command") << QStringList{} << 2;
-        QTest::newRow("unknown command") << QStringList{"--daten", "/tmp/x", "tanzen"} << 2;
+        QTest::newRow("unknown command") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "tanzen"} << 2;
         QTest::newRow("unknown option") << QStringList{"--schnell", "init"} << 2;
         QTest::newRow("yes and no") << QStringList{"--ja", "--nein", "init"} << 2;
         QTest::newRow("missing folder") << QStringList{"--daten"} << 2;
-        QTest::newRow("init with argument") << QStringList{"--daten", "/tmp/tarvik-cli-test", "init", "x"} << 2;
+        QTest::newRow("init with argument") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "init", "x"} << 2;
+        QTest::newRow("empty folder name") << QStringList{"--daten", "", "init"} << 2;
+        QTest::newRow("empty folder name with =") << QStringList{"--daten=", "hiebe"} << 2;
+        QTest::newRow("blank folder name") << QStringList{"--daten", "  ", "hiebe"} << 2;
+        QTest::newRow("unknown command option") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "holzliste", "5", "--schnell"} << 2;
+        QTest::newRow("option without value") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "holzliste", "5", "--datei"} << 2;
+        QTest::newRow("timber list without number") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "holzliste"} << 2;
+        QTest::newRow("recompute with bad bark") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "neuberechnen", "1", "1", "--rinde", "X"} << 2;
+        QTest::newRow("print without pdf") << QStringList{"drucken", "Daten.txt"} << 2;
     }
     void usage()
     {
         QFETCH(QStringList, args);
         QFETCH(int, code);
+        QDir(QStringLiteral("/tmp/tarvik-cli-usage")).removeRecursively();
         const Output o = runCli(args);
         QCOMPARE(o.code, code);
-        if (code == 2)
+        if (code == 2) {
             QVERIFY(o.err.contains(QStringLiteral("Aufruf: tarvik-cli")));
+            QVERIFY2(!o.err.contains(QStringLiteral("Unknown")) && !o.err.contains(QStringLiteral("Missing")), qPrintable(o.err));
+            // Usage errors stop before any data folder is touched.
+            QVERIFY(!QFileInfo::exists(QStringLiteral("/tmp/tarvik-cli-usage")));
+        }
         else
             QVERIFY(o.out.contains(QStringLiteral("init")));
     }

@@ -6,6 +6,7 @@
 #include "support/tempdatafolder.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QProcess>
 
 using namespace tarvik;
@@ -81,7 +82,7 @@ private slots:
 
         PrintJob job;
         job.pdfPath = m_dir.filePath(QStringLiteral("liste.pdf"));
-        const PrintResult result = printFile(file, job);
+        const PrintResult result = printFileToPdf(file, job);
         QVERIFY2(result.ok, qPrintable(result.message));
         QCOMPARE(pdfPages(job.pdfPath), result.pages);
         const QString first = pageTextRaw(job.pdfPath);
@@ -105,7 +106,7 @@ private slots:
         PrintJob job;
         job.pdfPath = m_dir.filePath(QStringLiteral("rand.pdf"));
         job.settings.marginChars = 5;
-        QVERIFY(printFile(file, job).ok);
+        QVERIFY(printFileToPdf(file, job).ok);
         // Five blanks before every line; the second keeps its own one besides.
         const QString text = pageTextRaw(job.pdfPath);
         const qsizetype a = text.indexOf(u'A') - text.lastIndexOf(u'\n', text.indexOf(u'A')) - 1;
@@ -114,23 +115,51 @@ private slots:
         PrintJob plain = job;
         plain.settings.marginChars = 0;
         plain.pdfPath = m_dir.filePath(QStringLiteral("ohne.pdf"));
-        QVERIFY(printFile(file, plain).ok);
+        QVERIFY(printFileToPdf(file, plain).ok);
         const QString without = pageTextRaw(plain.pdfPath);
         QCOMPARE(a - (without.indexOf(u'A') - without.lastIndexOf(u'\n', without.indexOf(u'A')) - 1), 5);
     }
 
-    void aLineTooWideIsRefusedNotWrapped()
+    void aWideListShrinksTheFontNotTheLines_data()
     {
+        QTest::addColumn<int>("width");
+        QTest::addColumn<int>("chosenSize");
+        QTest::addColumn<bool>("landscape");
+        QTest::addColumn<bool>("printed");
+        QTest::addColumn<bool>("reduced");
+        // The timber list's 78 characters at 12 pt are wider than A4 portrait.
+        QTest::newRow("timber list at 12 pt") << 78 << 12 << false << true << true;
+        QTest::newRow("timber list at 10 pt") << 78 << 10 << false << true << false;
+        QTest::newRow("130 characters portrait") << 130 << 10 << false << true << true;
+        QTest::newRow("130 characters landscape at 8 pt") << 130 << 8 << true << true << false;
+        QTest::newRow("needs less than 6 pt") << 300 << 10 << false << false << false;
+    }
+    void aWideListShrinksTheFontNotTheLines()
+    {
+        QFETCH(int, width);
+        QFETCH(int, chosenSize);
+        QFETCH(bool, landscape);
+        QFETCH(bool, printed);
+        QFETCH(bool, reduced);
         const QString file = m_dir.filePath(QStringLiteral("breit.txt"));
-        QVERIFY(writeTextFile(file, {QString(130, u'X')}).ok);
+        const QString line = QString(width - 1, u'X') + u'E';
+        QVERIFY(writeTextFile(file, {line}).ok);
         PrintJob job;
-        job.pdfPath = m_dir.filePath(QStringLiteral("breit.pdf"));
-        const PrintResult portrait = printFile(file, job);
-        QVERIFY(!portrait.ok);
-        QVERIFY(portrait.message.contains(QStringLiteral("Querformat")));
-        job.settings.landscape = true;
-        job.settings.fontSize = 8;
-        QVERIFY(printFile(file, job).ok);
+        job.pdfPath = m_dir.filePath(QStringLiteral("breit-%1.pdf").arg(QTest::currentDataTag()).replace(u' ', u'_'));
+        job.settings.fontSize = chosenSize;
+        job.settings.landscape = landscape;
+        const PrintResult result = printFileToPdf(file, job);
+        QCOMPARE(result.ok, printed);
+        QCOMPARE(result.fontReduced, reduced);
+        if (!printed) {
+            QVERIFY(result.message.contains(QStringLiteral("Querformat")));
+            QVERIFY(!QFileInfo::exists(job.pdfPath) || pdfPages(job.pdfPath) == 0);
+            return;
+        }
+        // The whole line stands on the page, unwrapped, its last character included.
+        QVERIFY(result.fontSize >= SmallestPrintFontSize && result.fontSize <= chosenSize);
+        QCOMPARE(pageTextRaw(job.pdfPath).remove(QRegularExpression(QStringLiteral("\\s"))), line);
+        QCOMPARE(result.statusText().isEmpty(), !reduced);
     }
 
     void reportFileHelpers()

@@ -1,6 +1,6 @@
 #include "app/main/harvestlistmodel.h"
 
-#include "app/main/harvestlist.h"
+#include "harvests/harvestlist.h"
 #include "common/text.h"
 
 #include <QBrush>

@@ -1,7 +1,7 @@
 #include "app/main/mainwindow.h"
 
 #include "app/main/exitchores.h"
-#include "app/main/harvestlist.h"
+#include "harvests/harvestlist.h"
 #include "app/main/harvestlistmodel.h"
 #include "common/prompter.h"
 #include "entry/ui/harvestdialog.h"

@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 #include "common/textfile.h"
+#include "reports/printer.h"
 
 #include <QApplication>
 #include <QDir>
@@ -114,6 +115,10 @@ void TextOutputWindow::build()
     for (QPushButton* b : {printText, printFile, save, editor, help})
         side->addWidget(b);
     side->addWidget(new QLabel(QStringLiteral("# = Seitenumbruch")));
+    m_printStatus = new QLabel;
+    m_printStatus->setObjectName(QStringLiteral("druckstatus"));
+    m_printStatus->setWordWrap(true);
+    side->addWidget(m_printStatus);
     side->addStretch();
     side->addWidget(close);
     auto* layout = new QHBoxLayout(this);
@@ -216,6 +221,7 @@ void TextOutputWindow::print(const QStringList& lines)
     QApplication::setOverrideCursor(Qt::WaitCursor);
     const PrintResult result = printLines(lines, j);
     QApplication::restoreOverrideCursor();
+    m_printStatus->setText(result.statusText());
     if (!result.ok)
         m_context.prompter.inform(result.message, Prompter::Icon::Warning);
 }

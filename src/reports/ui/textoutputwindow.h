@@ -8,6 +8,7 @@
 class QButtonGroup;
 class QCheckBox;
 class QComboBox;
+class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 
@@ -44,6 +45,7 @@ private:
     QLineEdit* m_margin = nullptr;     // tz
     QComboBox* m_printers = nullptr;   // komdrucker
     QComboBox* m_fonts = nullptr;      // kom
+    QLabel* m_printStatus = nullptr;   // says when a printout needed a smaller font
     QCheckBox* m_bold = nullptr;       // kon(0)
     QCheckBox* m_italic = nullptr;     // kon(1)
     QButtonGroup* m_orientation = nullptr; // druckformat(0) landscape, (1) portrait

@@ -1,4 +1,4 @@
-#include "app/main/harvestlist.h"
+#include "harvests/harvestlist.h"
 
 #include "common/numbers.h"
 #include "common/sqldate.h"

@@ -1,0 +1,27 @@
+#include "cli/commands/all.h"
+
+namespace tarvik::cli {
+
+const std::vector<std::unique_ptr<Command>>& allCommands()
+{
+    static const std::vector<std::unique_ptr<Command>> all = [] {
+        std::vector<std::unique_ptr<Command>> list;
+        list.push_back(makeInitCommand());
+        list.push_back(makeHiebeCommand());
+        list.push_back(makeHolzlisteCommand());
+        list.push_back(makeDruckenCommand());
+        list.push_back(makeNeuberechnenCommand());
+        return list;
+    }();
+    return all;
+}
+
+const Command* findCommand(const QString& name)
+{
+    for (const auto& command : allCommands())
+        if (command->name() == name)
+            return command.get();
+    return nullptr;
+}
+
+} // namespace tarvik::cli

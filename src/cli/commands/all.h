@@ -1,0 +1,19 @@
+#pragma once
+// Every command of tarvik-cli, in the order the usage text lists them.
+#include "cli/command.h"
+
+#include <memory>
+#include <vector>
+
+namespace tarvik::cli {
+
+std::unique_ptr<Command> makeInitCommand();
+std::unique_ptr<Command> makeHiebeCommand();
+std::unique_ptr<Command> makeHolzlisteCommand();
+std::unique_ptr<Command> makeDruckenCommand();
+std::unique_ptr<Command> makeNeuberechnenCommand();
+
+const std::vector<std::unique_ptr<Command>>& allCommands();
+const Command* findCommand(const QString& name);
+
+} // namespace tarvik::cli
