@@ -152,7 +152,8 @@ private slots:
             auto db = Database::openOrCreate(root.databasePath());
             const qint32 id = test::addHarvest(db->shared(), 7);
             execSql(db->shared(), QStringLiteral("UPDATE Hiebe SET Waldname = ?, Hiebfläche = 1.5, Hiebdatum_von = '2026-03-01', "
-                                                 "Stämme_Efm = 12.3456, Bemerkung = 'zwei\tTeile' WHERE ID = ?"),
+                                                 "Stämme_Efm = 12.3456, Bemerkung = 'zwei\tTeile', "
+                                                 "Harvester = 'vor' || char(0) || 'nach' || char(13, 10) || 'Ende' WHERE ID = ?"),
                     {QStringLiteral("O'Briens Wald"), id});
         }
         const Output o = runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("hiebe")});
@@ -168,6 +169,9 @@ private slots:
         QCOMPARE(cells[8], QStringLiteral("01.03.2026"));
         QCOMPARE(cells[11], QStringLiteral("12,346"));
         QCOMPARE(cells[24], QStringLiteral("zwei Teile"));
+        QCOMPARE(cells[25], QStringLiteral("vor nach Ende")); // a NUL does not cut the row short
+        QCOMPARE(cells[26], QString::number(scalar(Database::openOrCreate(root.databasePath())->shared(),
+                                                   QStringLiteral("SELECT ID FROM Hiebe")).toInt()));
     }
 
     void recomputeRefusals_data()
