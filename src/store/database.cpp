@@ -130,7 +130,22 @@ void checkWritable(const QString& path)
 }
 
 // A read-only look before anything is written: our tables, and a quick check of every page.
-void checkContent(const QString& path, int busyTimeoutMs)
+// The statements that check the pages: all of them, or for a large file every table but the
+// bulky row tables (their checks would cost most of a second at a million logs).
+QStringList pageChecks(QSqlQuery& q, const QString& path, qint64 fullCheckBytes)
+{
+    if (QFileInfo(path).size() <= fullCheckBytes)
+        return {QStringLiteral("PRAGMA quick_check")};
+    QStringList checks;
+    if (!q.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite_%' "
+                               "AND name NOT IN ('Stämme', 'Pfähle', 'Schichtholz')")))
+        return {QStringLiteral("PRAGMA quick_check")};
+    while (q.next())
+        checks << QStringLiteral("PRAGMA quick_check(%1)").arg(quoted(q.value(0).toString()));
+    return checks;
+}
+
+void checkContent(const QString& path, int busyTimeoutMs, qint64 fullCheckBytes)
 {
     const QString name = newConnectionName("check");
     std::optional<StoreError> problem;
@@ -147,13 +162,18 @@ void checkContent(const QString& path, int busyTimeoutMs)
                           : openingError(path, q.lastError());
         } else if (!q.next() || q.value(0).toInt() != 4) {
             problem = StoreError(notOurs(path, QStringLiteral("die Tabellen der Holzliste fehlen")), StoreProblem::Damaged);
-        } else if (!q.exec(QStringLiteral("PRAGMA quick_check"))) {
-            problem = openingError(path, q.lastError());
         } else {
             QStringList findings;
-            while (q.next())
-                findings << q.value(0).toString();
-            if (findings != QStringList{QStringLiteral("ok")})
+            for (const QString& check : pageChecks(q, path, fullCheckBytes)) {
+                if (!q.exec(check)) {
+                    problem = openingError(path, q.lastError());
+                    break;
+                }
+                while (q.next())
+                    if (const QString finding = q.value(0).toString(); finding != u"ok")
+                        findings << finding;
+            }
+            if (!problem && !findings.isEmpty())
                 problem = StoreError(damaged(path, QStringLiteral("die Prüfung beim Öffnen hat %1 Fehler im Inhalt gefunden.")
                                                        .arg(findings.size())),
                                      StoreProblem::Damaged, findings.join(u'\n'));
@@ -228,7 +248,7 @@ void createDatabaseFile(const QString& path)
     }
 }
 
-std::unique_ptr<Database> Database::openOrCreate(const QString& path, int busyTimeoutMs)
+std::unique_ptr<Database> Database::openOrCreate(const QString& path, const OpenOptions& options)
 {
     bool created = false;
     if (!QFileInfo::exists(path)) {
@@ -237,9 +257,9 @@ std::unique_ptr<Database> Database::openOrCreate(const QString& path, int busyTi
     } else {
         checkHeader(path);
         checkWritable(path);
-        checkContent(path, busyTimeoutMs);
+        checkContent(path, options.busyTimeoutMs, options.fullPageCheckBytes);
     }
-    std::unique_ptr<Database> db(new Database(path, created, busyTimeoutMs));
+    std::unique_ptr<Database> db(new Database(path, created, options.busyTimeoutMs));
     QSqlDatabase shared = db->shared();
     openHandle(shared, path);
     QSqlDatabase list = db->listHandle();

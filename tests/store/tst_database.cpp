@@ -258,7 +258,9 @@ private slots:
             execSql(holder, QStringLiteral("BEGIN EXCLUSIVE"));
             execSql(holder, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (1)"));
             try {
-                Database::openOrCreate(folder.databasePath(), 200);
+                OpenOptions quick;
+                quick.busyTimeoutMs = 200;
+                Database::openOrCreate(folder.databasePath(), quick);
                 QFAIL("a locked file was opened");
             } catch (const StoreError& e) {
                 QCOMPARE(e.problem(), StoreProblem::Locked);
@@ -276,9 +278,19 @@ private slots:
     }
 
     // Broken pages inside a table: the header and the table list are fine, only a check of
-    // the pages finds them. The file is named and left as it was.
+    // the pages finds them. The file is named and left as it was. A large file has its small
+    // tables checked, the harvests among them.
+    void damagedPagesAreFoundOnOpening_data()
+    {
+        QTest::addColumn<qint64>("fullCheckBytes");
+        QTest::newRow("every page") << OpenOptions().fullPageCheckBytes;
+        QTest::newRow("large file") << qint64(0);
+    }
     void damagedPagesAreFoundOnOpening()
     {
+        QFETCH(qint64, fullCheckBytes);
+        OpenOptions options;
+        options.fullPageCheckBytes = fullCheckBytes;
         test::TempDataFolder folder;
         int rootPage = 0;
         int pageSize = 0;
@@ -299,7 +311,7 @@ private slots:
         writeAll(folder.databasePath(), bytes);
 
         try {
-            Database::openOrCreate(folder.databasePath());
+            Database::openOrCreate(folder.databasePath(), options);
             QFAIL("a damaged file was opened");
         } catch (const StoreError& e) {
             QCOMPARE(e.problem(), StoreProblem::Damaged);
