@@ -10,6 +10,7 @@ packages=(
   libsqlite3-dev sqlite3
   fonts-liberation2
   poppler-utils
+  mdbtools-dev mdbtools
   ccache
 )
 

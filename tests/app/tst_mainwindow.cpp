@@ -62,7 +62,9 @@ private slots:
         }
         QCOMPARE(w.findChildren<QMenu*>().size(), 7); // six menus and the list's pop-up
         QCOMPARE(w.findChild<QPushButton*>(QStringLiteral("abwaerts(1)"))->text(), QStringLiteral("Nächster Hieb"));
-        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_rechnung"))->isEnabled());
+        QVERIFY(w.findChild<QPushButton*>(QStringLiteral("bt_rechnung"))->isEnabled());
+        QVERIFY(w.findChild<QAction*>(QStringLiteral("E_Eingaberechnungen"))->isEnabled());
+        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_rechnunglisten"))->isEnabled());
     }
 
     void emptyListShowsZeros()

@@ -43,6 +43,7 @@ private:
     void openLogs();
     void openPoles();
     void openStacks();
+    void openInvoices();
     void printHarvest();
     void showTimberList();
     void buildTimberList(qint32 harvestId);
@@ -50,6 +51,11 @@ private:
     void moveCurrent(int step);
     void toggleInfoWidth();
     void openSettings();
+    void openLotMap();
+    void compactDatabaseFile();
+    void takeOverVersion2();
+    void releaseDatabase();
+    void endAfterMaintenance(bool keepSettingsFile);
     bool requireMarkedHarvest();
     void saveColumnWidths() const;
     void restoreColumnWidths();
@@ -66,6 +72,8 @@ private:
     bool m_activatedOnce = false;
     bool m_refill = true;
     bool m_infoWide = false;
+    bool m_endingAfterMaintenance = false;
+    bool m_keepSettingsFile = false;
 };
 
 } // namespace tarvik

@@ -9,8 +9,11 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeInitCommand());
         list.push_back(makeHiebeCommand());
         list.push_back(makeHolzlisteCommand());
+        list.push_back(makeRechnungCommand());
         list.push_back(makeDruckenCommand());
         list.push_back(makeNeuberechnenCommand());
+        list.push_back(makeKomprimierenCommand());
+        list.push_back(makeUebernahmeCommand());
         return list;
     }();
     return all;

@@ -10,8 +10,11 @@ namespace tarvik::cli {
 std::unique_ptr<Command> makeInitCommand();
 std::unique_ptr<Command> makeHiebeCommand();
 std::unique_ptr<Command> makeHolzlisteCommand();
+std::unique_ptr<Command> makeRechnungCommand();
 std::unique_ptr<Command> makeDruckenCommand();
 std::unique_ptr<Command> makeNeuberechnenCommand();
+std::unique_ptr<Command> makeKomprimierenCommand();
+std::unique_ptr<Command> makeUebernahmeCommand();
 
 const std::vector<std::unique_ptr<Command>>& allCommands();
 const Command* findCommand(const QString& name);

@@ -5,6 +5,7 @@
 #include "entry/ui/lotdialog.h"
 #include "entry/ui/poledialog.h"
 #include "entry/ui/stackdialog.h"
+#include "invoices/ui/invoicedialog.h"
 #include "store/sql.h"
 
 #include <QButtonGroup>
@@ -139,11 +140,8 @@ void HubDialog::refresh()
 void HubDialog::updateButtons()
 {
     const HubList l = list();
-    // The invoice window comes with the invoices; until then invoices are listed, paid and
-    // deleted here.
-    const bool windowExists = l != HubList::Rechnungen;
-    m_new->setEnabled(windowExists);
-    m_change->setEnabled(windowExists);
+    m_new->setEnabled(true);
+    m_change->setEnabled(true);
     m_copy->setEnabled(l == HubList::Staemme || l == HubList::Pfaehle || l == HubList::Schichtholz);
     m_paid->setEnabled(l == HubList::Rechnungen);
     m_openOnly->setEnabled(l == HubList::Rechnungen);
@@ -172,6 +170,18 @@ void HubDialog::openWindow(std::optional<qint32> id)
     } else if (list() == HubList::Schichtholz) {
         StackDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
         dialog.exec();
+    } else if (list() == HubList::Rechnungen) {
+        // "Ändern" shows the listed invoices one by one; the list follows the one shown last.
+        QList<qint32> invoices;
+        for (int row = 0; row < m_model->rowCount(); ++row)
+            invoices << m_model->record(row).value(m_model->columnCount() - 1).toInt();
+        InvoiceDialog dialog(m_context, id ? InvoiceDialog::Mode::Aendern : InvoiceDialog::Mode::Neu, invoices,
+                             m_grid->currentIndex().row(), this);
+        dialog.exec();
+        refresh();
+        if (id && dialog.hubRow() >= 0)
+            m_grid->selectRow(dialog.hubRow());
+        return;
     }
     refresh();
 }

@@ -1,0 +1,381 @@
+#include "invoices/invoice.h"
+
+#include "common/numbers.h"
+#include "common/sqldate.h"
+#include "common/text.h"
+#include "common/textfile.h"
+#include "reports/columns.h"
+#include "store/sql.h"
+#include "store/totals.h"
+
+#include <QDir>
+#include <QRegularExpression>
+#include <QSet>
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+namespace tarvik {
+namespace {
+
+using namespace columns;
+
+constexpr int LineWidth = 61;
+
+QString field(const QSqlRecord& r, const char* name) { return readText(r.value(QString::fromUtf8(name))); }
+float floatField(const QSqlRecord& r, const char* name) { return float(readNumber(r.value(QString::fromUtf8(name)))); }
+
+QString money(double value) { return formatDecimal(value, 2); }
+
+// A label on the left, the amount flush with the right edge of the lot tables.
+QString amountLine(const QString& label, double value)
+{
+    return label.leftJustified(LineWidth - 15, u' ') + right(money(value), 15);
+}
+
+QString percentText(float value) { return formatDecimal(value, 2) + QStringLiteral(" %"); }
+
+StoredInvoice storedFrom(const QSqlRecord& r)
+{
+    StoredInvoice s;
+    s.buyer = field(r, "Abnehmer");
+    s.name = field(r, "Vor_Nachname");
+    s.street = field(r, "Strasse");
+    s.town = field(r, "Wohnort");
+    s.customerInfo = field(r, "Kundeninfo");
+    s.date = germanDateFromSql(r.value(QStringLiteral("Datum")));
+    s.text = r.value(QStringLiteral("Inhalt")).toString();
+    s.number = toLong(readNumber(r.value(QStringLiteral("ReNr"))));
+    s.levy = floatField(r, "CMA_Abgabe_Proz");
+    s.vat = floatField(r, "MwSt_Proz");
+    s.discount = floatField(r, "Skonto_Proz");
+    s.amount = readNumber(r.value(QStringLiteral("Betrag")));
+    return s;
+}
+
+std::optional<StoredInvoice> firstInvoice(QSqlQuery q)
+{
+    if (!q.next())
+        return std::nullopt;
+    return storedFrom(q.record());
+}
+
+void logBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
+{
+    const QVariant harvest = lot.value(QStringLiteral("Kennung"));
+    const QVariant lotNr = lot.value(QStringLiteral("Los_Nr"));
+    block.lines << QStringLiteral("Stammholz  Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung");
+    block.lines << QStringLiteral("BAUMART               GÜTE KLASSE ANZ  EFM_OR  PR/EFM    PREIS");
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT COUNT(*), Baumart, Güteklasse, Stärkeklasse, sum(Efm_oR), sum(Preis_berechnet) "
+                                             "FROM Stämme WHERE Kennung = ? AND Los_Nr = ? "
+                                             "GROUP BY Baumart, Güteklasse, Stärkeklasse ORDER BY Baumart, Güteklasse, Stärkeklasse"),
+                          {harvest, lotNr});
+    while (q.next()) {
+        const double efm = readNumber(q.value(4));
+        const float price = float(readNumber(q.value(5)));
+        const QString perEfm = efm != 0 ? money(price / efm) : QStringLiteral("0,00");
+        block.lines << left(text(q.value(1)), 21) + u' ' + left(text(q.value(2)), 4) + u' ' + left(text(q.value(3)), 6) +
+                           right(text(q.value(0)), 4) + right(formatDecimal(efm, 3), 8) + right(perEfm, 8) + right(money(price), 9);
+        block.amount += price;
+    }
+}
+
+void poleBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
+{
+    block.lines << QStringLiteral("Pfähle  Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung");
+    block.lines << QStringLiteral("BAUMART               ANZAHL  LÄNGE  KLASSE  PR/STÜCK    PREIS");
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT Baumart, Anzahl, Länge_m, Stärkeklasse, Preis_je_Stück, Preis_berechnet FROM Pfähle "
+                                             "WHERE Kennung = ? AND Los_Nr = ? ORDER BY Stärkeklasse ASC, Anzahl DESC, ID"),
+                          {lot.value(QStringLiteral("Kennung")), lot.value(QStringLiteral("Los_Nr"))});
+    while (q.next()) {
+        const float price = float(readNumber(q.value(5)));
+        block.lines << left(text(q.value(0)), 21) + u' ' + right(text(q.value(1)), 6) + right(decimals(q.value(2), 2), 7) +
+                           QStringLiteral("  ") + left(text(q.value(3)), 6) + right(decimals(q.value(4), 2), 10) + right(money(price), 9);
+        block.amount += price;
+    }
+}
+
+void stackBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
+{
+    block.lines << QStringLiteral("Schichtholz  Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung");
+    block.lines << QStringLiteral("BAUMART               SEK-NR  KLASSE    STER  PR/STER    PREIS");
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT Baumart, Sektions_Nr, Stärkeklasse, m3, Preis_je_Ster, Preis_berechnet FROM Schichtholz "
+                                             "WHERE Kennung = ? AND Los_Nr = ? ORDER BY Stärkeklasse ASC, m3 DESC, ID"),
+                          {lot.value(QStringLiteral("Kennung")), lot.value(QStringLiteral("Los_Nr"))});
+    while (q.next()) {
+        const float price = float(readNumber(q.value(5)));
+        block.lines << left(text(q.value(0)), 21) + u' ' + right(text(q.value(1)), 6) + QStringLiteral("  ") + left(text(q.value(2)), 6) +
+                           right(decimals(q.value(3), 2), 8) + right(decimals(q.value(4), 2), 9) + right(money(price), 9);
+        block.amount += price;
+    }
+}
+
+} // namespace
+
+InvoiceCaptions InvoiceCaptions::from(const Einstellungen& settings)
+{
+    InvoiceCaptions c;
+    QString* wording[] = {&c.customer, &c.date, &c.number};
+    for (int i = 0; i < 3; ++i) {
+        const QString chosen = settings.text[size_t(FirstCaptionSlot + i)].trimmed();
+        if (!chosen.isEmpty())
+            *wording[i] = chosen;
+    }
+    return c;
+}
+
+float invoicePercent(const QString& text) { return std::max(0.0f, float(readNumber(text))); }
+
+InvoiceAmount invoiceAmount(float net, float levyPercent, float vatPercent, float discountPercent)
+{
+    InvoiceAmount a;
+    a.net = net;
+    if (levyPercent > 0)
+        a.levy = levyPercent * net / 100;
+    // The VAT is taken from the net before the levy.
+    if (vatPercent > 0)
+        a.vat = vatPercent * net / 100;
+    a.gross = net - a.levy + a.vat;
+    if (discountPercent > 0)
+        a.discount = discountPercent * a.gross / 100;
+    a.total = a.gross - a.discount;
+    return a;
+}
+
+qint32 proposedInvoiceNumber(const QSqlDatabase& db, const QDate& today)
+{
+    const QVariant highest = scalar(db, QStringLiteral("SELECT ReNr FROM Rechnungen WHERE ReNr > 0 ORDER BY ReNr DESC LIMIT 1"));
+    if (highest.isValid())
+        return toLong(readNumber(highest) + 1);
+    return today.year() * 10000 + 1;
+}
+
+std::optional<BuyerDetails> buyerDetails(const QSqlDatabase& db, const QString& buyer)
+{
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT * FROM Rechnungen WHERE Abnehmer = ? ORDER BY Datum DESC, ID DESC LIMIT 1"), {buyer});
+    if (!q.next())
+        return std::nullopt;
+    const QSqlRecord r = q.record();
+    return BuyerDetails{field(r, "Vor_Nachname"), field(r, "Strasse"), field(r, "Wohnort"), field(r, "Kundeninfo"),
+                        floatField(r, "CMA_Abgabe_Proz"), floatField(r, "MwSt_Proz"), floatField(r, "Skonto_Proz")};
+}
+
+QList<OpenLot> openLots(const QSqlDatabase& db)
+{
+    QList<OpenLot> lots;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT Hieb_Nr, Los_Nr, ReNr, Los_Bezeichnung, Sortierung, Abgerechnet, Abnehmer, Preis_Art, "
+                                             "Hiebe.ID, Lose.ID FROM Hiebe, Lose WHERE Kennung = Hiebe.ID AND (ReNr < 1 OR ReNr IS NULL) "
+                                             "ORDER BY Hieb_Nr, Los_Nr, Lose.ID"));
+    while (q.next())
+        lots << OpenLot{text(q.value(0)), text(q.value(1)), text(q.value(2)), text(q.value(3)), text(q.value(4)),
+                        text(q.value(5)), text(q.value(6)), text(q.value(7)), q.value(8).toInt(), q.value(9).toInt()};
+    return lots;
+}
+
+QStringList invoiceBuyers(const QSqlDatabase& db)
+{
+    QStringList buyers;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT DISTINCT Abnehmer FROM Rechnungen ORDER BY Abnehmer"));
+    while (q.next())
+        if (!readText(q.value(0)).isEmpty())
+            buyers << readText(q.value(0));
+    return buyers;
+}
+
+QList<qint32> invoiceNumbers(const QSqlDatabase& db)
+{
+    QList<qint32> numbers;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT DISTINCT ReNr FROM Rechnungen ORDER BY ReNr DESC"));
+    while (q.next())
+        numbers << q.value(0).toInt();
+    return numbers;
+}
+
+std::optional<StoredInvoice> loadInvoice(const QSqlDatabase& db, qint32 number)
+{
+    return firstInvoice(execSql(db, QStringLiteral("SELECT * FROM Rechnungen WHERE ReNr = ? ORDER BY ID LIMIT 1"), {number}));
+}
+
+std::optional<StoredInvoice> loadInvoiceById(const QSqlDatabase& db, qint32 id)
+{
+    return firstInvoice(execSql(db, QStringLiteral("SELECT * FROM Rechnungen WHERE ID = ?"), {id}));
+}
+
+LotBlock lotBlock(const QSqlDatabase& db, qint32 lotId)
+{
+    LotBlock block;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT * FROM Lose WHERE ID = ?"), {lotId});
+    if (!q.next())
+        return block;
+    const QSqlRecord lot = q.record();
+    const QString sorting = field(lot, "Sortierung");
+    if (sorting == u"Stämme" && toLong(readNumber(lot.value(QStringLiteral("Preis_Art")))) == 3) {
+        block.lines << QStringLiteral("Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung") +
+                           QStringLiteral("   Efm(oR): ") + decimals(lot.value(QStringLiteral("Efm_oR")), 3);
+        block.lines << QStringLiteral("Dieses Los wird per vereinbartem Pauschalpreis abgerechnet.");
+        block.amount = floatField(lot, "Pauschalpreis_G");
+        block.lines << amountLine(QStringLiteral("Pauschalpreis:"), block.amount);
+    } else if (sorting == u"Stämme") {
+        logBlock(db, lot, block);
+    } else if (sorting == u"Pfähle") {
+        poleBlock(db, lot, block);
+    } else if (sorting == u"Schichtholz") {
+        stackBlock(db, lot, block);
+    } else {
+        block.lines << QStringLiteral("Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung");
+    }
+    return block;
+}
+
+QString amountCaption(double amount) { return QStringLiteral("Rechnungsbetrag: ") + money(amount); }
+
+InvoicePreview invoicePreview(const QSqlDatabase& db, const InvoiceInput& input, const InvoiceCaptions& captions)
+{
+    InvoicePreview preview;
+    QStringList blocks;
+    float net = 0;
+    bool anyLot = false;
+    for (qint32 id : input.lotIds) {
+        const LotBlock block = lotBlock(db, id);
+        if (block.lines.isEmpty())
+            continue;
+        anyLot = true;
+        blocks << QString() << block.lines;
+        net += block.amount;
+    }
+    const float levyPercent = invoicePercent(input.levy);
+    const float vatPercent = invoicePercent(input.vat);
+    const float discountPercent = invoicePercent(input.discount);
+    preview.amount = invoiceAmount(net, levyPercent, vatPercent, discountPercent);
+    if (!anyLot)
+        return preview;
+
+    QStringList lines;
+    for (const QString& line : input.sender)
+        if (!line.trimmed().isEmpty())
+            lines << line.trimmed();
+    lines << QString();
+    for (const QString& line : {input.name, input.street, input.town})
+        if (!line.trimmed().isEmpty())
+            lines << line.trimmed();
+    lines << QString();
+    const int labelWidth = std::max({captions.customer.size(), captions.date.size(), captions.number.size()}) + 2;
+    if (!input.customerInfo.trimmed().isEmpty())
+        lines << (captions.customer + u':').leftJustified(labelWidth, u' ') + input.customerInfo.trimmed();
+    lines << (captions.date + u':').leftJustified(labelWidth, u' ') + input.date.trimmed();
+    lines << (captions.number + u':').leftJustified(labelWidth, u' ') + input.number.trimmed();
+    lines << QString() << QStringLiteral("RECHNUNG") << QStringLiteral("========");
+    lines << blocks;
+
+    const InvoiceAmount& a = preview.amount;
+    lines << QString() << QString(LineWidth, u'-');
+    lines << amountLine(QStringLiteral("Summe netto:"), a.net);
+    lines << amountLine(QStringLiteral("CMA-Abgabe  - ") + percentText(levyPercent), a.levy);
+    lines << amountLine(QStringLiteral("Umsatzsteuer  + ") + percentText(vatPercent), a.vat);
+    if (discountPercent > 0) {
+        lines << amountLine(QStringLiteral("Bruttobetrag:"), a.gross);
+        lines << amountLine(QStringLiteral("Skonto  - ") + percentText(discountPercent), a.discount);
+    }
+    lines << QString(LineWidth, u'=');
+    lines << amountLine(QStringLiteral("Rechnungsbetrag:"), a.total);
+    if (discountPercent > 0 && !input.discountNote.trimmed().isEmpty())
+        lines << QString() << input.discountNote.trimmed();
+    if (!input.closing.trimmed().isEmpty())
+        lines << QString() << input.closing.trimmed();
+    preview.text = lines.join(u'\n');
+    return preview;
+}
+
+QStringList invoiceRefusals(const QSqlDatabase& db, const InvoiceInput& input, const QString& previewText)
+{
+    QStringList reasons;
+    if (input.name.trimmed().isEmpty() && input.street.trimmed().isEmpty() && input.town.trimmed().isEmpty())
+        reasons << QStringLiteral("...Bei der Anschrift (Name, Straße, Wohnort) mindestens in einem Feld etwas eingetragen werden muss.");
+    if (!parseGermanDate(input.date.trimmed()).isValid())
+        reasons << QStringLiteral("...das Datum nicht korrekt ist.");
+    const double number = readNumber(input.number);
+    if (!(number > 0))
+        reasons << QStringLiteral("...die Rechnungsnummer größer 0 sein muss.");
+    else if (scalar(db, QStringLiteral("SELECT ReNr FROM Rechnungen WHERE ReNr = ?"), {toLong(number)}).isValid())
+        reasons << QStringLiteral("...die Rechnungsnummer bereits vergeben ist.");
+    if (previewText.trimmed().isEmpty())
+        reasons << QStringLiteral("...mindestens ein Los für die Rechnung ausgewählt werden muss.");
+    return reasons;
+}
+
+std::optional<qint32> storeInvoice(const AppContext& context, const InvoiceInput& input)
+{
+    const InvoicePreview preview = invoicePreview(context.db, input, InvoiceCaptions::from(context.settings));
+    const QStringList reasons = invoiceRefusals(context.db, input, preview.text);
+    if (!reasons.isEmpty()) {
+        context.prompter.inform(QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n") + reasons.join(u'\n'));
+        return std::nullopt;
+    }
+    const qint32 number = toLong(readNumber(input.number));
+    const QString buyer = input.buyer.trimmed();
+    {
+        TransactionGuard guard(context.db);
+        execSql(context.db,
+                QStringLiteral("INSERT INTO Rechnungen(Abnehmer, Vor_Nachname, Strasse, Wohnort, Kundeninfo, ReNr, CMA_Abgabe_Proz, "
+                               "MwSt_Proz, Skonto_Proz, Datum, Inhalt, Betrag) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                {buyer, input.name.trimmed(), input.street.trimmed(), input.town.trimmed(), input.customerInfo.trimmed(), number,
+                 double(invoicePercent(input.levy)), double(invoicePercent(input.vat)), double(invoicePercent(input.discount)),
+                 sqlDateValue(input.date.trimmed()), preview.text, currencyValue(preview.amount.total)});
+        QSet<qint32> harvests;
+        for (qint32 id : input.lotIds) {
+            const QVariant harvest = scalar(context.db, QStringLiteral("SELECT Kennung FROM Lose WHERE ID = ?"), {id});
+            if (!harvest.isValid())
+                continue; // removed meanwhile: nothing to mark
+            if (buyer.isEmpty())
+                execSql(context.db, QStringLiteral("UPDATE Lose SET ReNr = ? WHERE ID = ?"), {number, id});
+            else
+                execSql(context.db, QStringLiteral("UPDATE Lose SET ReNr = ?, Abnehmer = ? WHERE ID = ?"), {number, buyer, id});
+            harvests.insert(harvest.toInt());
+        }
+        for (qint32 harvest : std::as_const(harvests))
+            recomputeSaleState(context.db, harvest);
+        guard.commit();
+    }
+    // Only a stored invoice carries its texts over to the next one.
+    const TextFileResult written = writeTextFile(QDir(context.dataFolder).filePath(QString::fromUtf8(RememberedInvoiceFile)), rememberedLines(input));
+    if (!written.ok)
+        context.prompter.inform(written.error, Prompter::Icon::Warning);
+    return number;
+}
+
+QStringList rememberedLines(const InvoiceInput& input)
+{
+    QStringList lines{input.levy, input.vat, input.discount};
+    for (const QString& line : input.sender)
+        lines << line;
+    lines << input.discountNote << input.closing;
+    // One field per line: a line break typed into a field must not shift the others.
+    for (QString& line : lines)
+        line.replace(QRegularExpression(QStringLiteral("[\r\n]+")), QStringLiteral(" "));
+    return lines;
+}
+
+bool loadRemembered(const QString& dataFolder, InvoiceInput& input)
+{
+    const TextFileResult read = readTextFile(QDir(dataFolder).filePath(QString::fromUtf8(RememberedInvoiceFile)));
+    if (!read.ok)
+        return false;
+    const QStringList& l = read.lines;
+    input.levy = l.value(0);
+    input.vat = l.value(1);
+    input.discount = l.value(2);
+    for (int i = 0; i < 6; ++i)
+        input.sender[size_t(i)] = l.value(3 + i);
+    input.discountNote = l.value(9);
+    input.closing = l.value(10);
+    return true;
+}
+
+QStringList invoiceLines(const QString& text)
+{
+    QStringList lines = text.split(QRegularExpression(QStringLiteral("\r\n|\n|\r")));
+    while (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast();
+    return lines;
+}
+
+} // namespace tarvik

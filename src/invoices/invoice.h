@@ -1,0 +1,118 @@
+#pragma once
+// An invoice to one buyer for one or more lots: the proposed number, the buyer's last details,
+// the amount with levy, VAT and cash discount, the invoice text, the checks and the store.
+#include "store/context.h"
+
+#include <QDate>
+#include <QList>
+#include <QStringList>
+#include <array>
+#include <optional>
+
+namespace tarvik {
+
+inline constexpr char RememberedInvoiceFile[] = "Rechnungsinhalte.tk3";
+
+// What the window holds, as typed.
+struct InvoiceInput {
+    QString buyer;        // kom(0)
+    QString name;         // t(0)
+    QString street;       // t(1)
+    QString town;         // t(2)
+    QString customerInfo; // t(12)
+    QString number;       // tz(0)
+    QString levy;         // tz(1), per cent
+    QString vat;          // tz(2), per cent
+    QString discount;     // tz(3), per cent
+    QString date;         // tdat(0), "dd.mm.yyyy"
+    std::array<QString, 6> sender; // t(4) ... t(9)
+    QString discountNote; // t(10)
+    QString closing;      // t(11)
+    QList<qint32> lotIds; // the chosen lots' Lose.ID in the order of the lot list
+};
+
+// The captions that the user may reword; empty slots keep the usual wording.
+struct InvoiceCaptions {
+    QString customer = QStringLiteral("Kunden-Nr.");
+    QString date = QStringLiteral("Rechnungsdatum");
+    QString number = QStringLiteral("Rechnungsnummer");
+    static InvoiceCaptions from(const Einstellungen& settings);
+};
+inline constexpr int FirstCaptionSlot = 15; // Einst_Text 15 ... 17
+
+// The amount in single precision, in the order the invoice shows it. No step rounds.
+struct InvoiceAmount {
+    float net = 0;
+    float levy = 0;
+    float vat = 0;
+    float gross = 0;
+    float discount = 0;
+    float total = 0; // the invoice's Betrag
+};
+// A percentage that is negative, empty or not a number counts as 0.
+float invoicePercent(const QString& text);
+InvoiceAmount invoiceAmount(float net, float levyPercent, float vatPercent, float discountPercent);
+
+// The year of today followed by 0001 while there is no invoice, else the highest number + 1.
+qint32 proposedInvoiceNumber(const QSqlDatabase& db, const QDate& today);
+
+// From the buyer's latest invoice.
+struct BuyerDetails {
+    QString name, street, town, customerInfo;
+    float levy = 0, vat = 0, discount = 0;
+};
+std::optional<BuyerDetails> buyerDetails(const QSqlDatabase& db, const QString& buyer);
+
+// A lot that has no invoice yet, as the lot list shows it.
+struct OpenLot {
+    QString hiebNr, losNr, reNr, designation, sorting, settled, buyer, priceKind;
+    qint32 harvestId = 0;
+    qint32 lotId = 0;
+};
+QList<OpenLot> openLots(const QSqlDatabase& db);
+QStringList invoiceBuyers(const QSqlDatabase& db);
+QList<qint32> invoiceNumbers(const QSqlDatabase& db); // highest first
+
+// A stored invoice, as the window shows it.
+struct StoredInvoice {
+    QString buyer, name, street, town, customerInfo, date, text;
+    qint32 number = 0;
+    float levy = 0, vat = 0, discount = 0;
+    double amount = 0;
+};
+std::optional<StoredInvoice> loadInvoice(const QSqlDatabase& db, qint32 number);
+std::optional<StoredInvoice> loadInvoiceById(const QSqlDatabase& db, qint32 id);
+
+// One lot's block of the invoice text and its amount. A lot that does not exist gives nothing.
+struct LotBlock {
+    QStringList lines;
+    float amount = 0;
+};
+LotBlock lotBlock(const QSqlDatabase& db, qint32 lotId);
+
+// The whole text: sender, buyer, invoice data, the lots' blocks and the amount lines. Empty
+// when no lot is chosen. The amount is returned beside it.
+struct InvoicePreview {
+    QString text;
+    InvoiceAmount amount;
+};
+InvoicePreview invoicePreview(const QSqlDatabase& db, const InvoiceInput& input, const InvoiceCaptions& captions);
+// "Rechnungsbetrag:" with the amount, as the window shows it under the preview.
+QString amountCaption(double amount);
+
+// The reasons a store is refused, in their order; empty when it may go ahead.
+QStringList invoiceRefusals(const QSqlDatabase& db, const InvoiceInput& input, const QString& previewText);
+
+// Stores the invoice and marks its lots, in one transaction; the remembered texts are written
+// after the commit. Refusals are shown through the prompter. Returns the stored number.
+std::optional<qint32> storeInvoice(const AppContext& context, const InvoiceInput& input);
+
+// The eleven remembered lines: tz(1) ... tz(3), t(4) ... t(11).
+QStringList rememberedLines(const InvoiceInput& input);
+// Fills the remembered fields of input from the data folder's file; false when there is none.
+bool loadRemembered(const QString& dataFolder, InvoiceInput& input);
+
+// A stored invoice's text as lines, for printing and the command line.
+QStringList invoiceLines(const QString& text);
+
+} // namespace tarvik

@@ -1,0 +1,315 @@
+// Invoices: number proposal, amount, the text of each lot kind against golden files, the checks
+// with their exact reasons, and the store as one transaction.
+// Set TARVIK_UPDATE_GOLDEN=1 to write the golden files anew after a deliberate change.
+#include "common/numbers.h"
+#include "common/textfile.h"
+#include "invoices/invoice.h"
+#include "invoices/invoicedata.h"
+#include "settings/settings.h"
+#include "support/tempdatafolder.h"
+
+#include <QFile>
+
+using namespace tarvik;
+
+namespace {
+
+InvoiceInput typedInput(QList<qint32> lots)
+{
+    InvoiceInput in;
+    in.buyer = QStringLiteral("Sägewerk O'Neill \"Nord\"");
+    in.name = QStringLiteral("Jörg O'Neill");
+    in.street = QStringLiteral("Am Bühl 3");
+    in.town = QStringLiteral("88662 Überlingen");
+    in.customerInfo = QStringLiteral("K-4711");
+    in.number = QStringLiteral("20260001");
+    in.levy = QStringLiteral("2");
+    in.vat = QStringLiteral("10,7");
+    in.discount = QStringLiteral("0");
+    in.date = QStringLiteral("15.11.2026");
+    in.sender = {QStringLiteral("Forstbetrieb Anna Müller"), QStringLiteral("Waldweg 1"), QStringLiteral("78333 Stockach"),
+                 QString(), QStringLiteral("Tel. 07771 1234"), QString()};
+    in.discountNote = QStringLiteral("2% Skonto bis 21 Tage");
+    in.closing = QStringLiteral("Bank: Sparkasse, IBAN DE00 1234");
+    in.lotIds = std::move(lots);
+    return in;
+}
+
+struct Fixture {
+    test::TempDataFolder folder;
+    std::unique_ptr<Database> database = folder.openDatabase();
+    QSqlDatabase db = database->shared();
+    Einstellungen settings;
+    test::ScriptedPrompter prompter;
+    FixedClock clock{QDate(2026, 11, 15)};
+    AppContext context{db, settings, folder.path(), prompter, clock};
+    test::InvoiceLots lots = test::invoiceLots(db);
+};
+
+void compareWithGolden(const QStringList& lines, const QString& name)
+{
+    const QString golden = QStringLiteral(TARVIK_TEST_DATA "/") + name;
+    if (qEnvironmentVariableIsSet("TARVIK_UPDATE_GOLDEN")) {
+        QVERIFY(writeTextFile(golden, lines).ok);
+        return;
+    }
+    const TextFileResult want = readTextFile(golden);
+    QVERIFY2(want.ok, qPrintable(golden));
+    for (int i = 0; i < std::max(want.lines.size(), lines.size()); ++i)
+        if (want.lines.value(i) != lines.value(i))
+            QFAIL(qPrintable(QStringLiteral("%1, first difference in line %2:\n- %3\n+ %4")
+                                 .arg(name).arg(i + 1).arg(want.lines.value(i), lines.value(i))));
+}
+
+QString lotField(const QSqlDatabase& db, qint32 lotId, const char* column)
+{
+    return scalar(db, QStringLiteral("SELECT %1 FROM Lose WHERE ID = ?").arg(QString::fromUtf8(column)), {lotId}).toString();
+}
+
+} // namespace
+
+class TestInvoice : public QObject {
+    Q_OBJECT
+
+private slots:
+    void proposedNumber_data()
+    {
+        QTest::addColumn<QList<qint32>>("stored");
+        QTest::addColumn<QDate>("today");
+        QTest::addColumn<qint32>("proposal");
+        QTest::newRow("empty table seeds with the year") << QList<qint32>{} << QDate(2026, 11, 15) << 20260001;
+        QTest::newRow("highest plus one") << QList<qint32>{20260003, 20260007, 20260005} << QDate(2026, 11, 15) << 20260008;
+        QTest::newRow("runs on into the next year") << QList<qint32>{20260007} << QDate(2027, 1, 10) << 20260008;
+        QTest::newRow("numbers 0 do not count") << QList<qint32>{0, -4} << QDate(2027, 1, 10) << 20270001;
+    }
+    void proposedNumber()
+    {
+        QFETCH(QList<qint32>, stored);
+        QFETCH(QDate, today);
+        QFETCH(qint32, proposal);
+        test::TempDataFolder folder;
+        auto db = folder.openDatabase();
+        for (qint32 n : stored)
+            execSql(db->shared(), QStringLiteral("INSERT INTO Rechnungen(ReNr, Abnehmer) VALUES (?, 'X')"), {n});
+        QCOMPARE(proposedInvoiceNumber(db->shared(), today), proposal);
+    }
+
+    void amount_data()
+    {
+        QTest::addColumn<float>("net");
+        QTest::addColumn<QString>("levy");
+        QTest::addColumn<QString>("vat");
+        QTest::addColumn<QString>("discount");
+        QTest::addColumn<QString>("levyAmount");
+        QTest::addColumn<QString>("vatAmount");
+        QTest::addColumn<QString>("total");
+        QTest::newRow("VAT on the net before the levy") << 1000.0f << "2" << "10,7" << "0" << "20,00" << "107,00" << "1087,00";
+        QTest::newRow("negative levy counts as 0") << 1000.0f << "-2" << "10,7" << "" << "0,00" << "107,00" << "1107,00";
+        QTest::newRow("negative VAT counts as 0") << 1000.0f << "2" << "-19" << "" << "20,00" << "0,00" << "980,00";
+        QTest::newRow("empty and junk count as 0") << 500.0f << "" << "abc" << "" << "0,00" << "0,00" << "500,00";
+        // 1087.00 gross, 2 % of it off.
+        QTest::newRow("discount on the gross") << 1000.0f << "2" << "10,7" << "2" << "20,00" << "107,00" << "1065,26";
+        QTest::newRow("negative discount counts as 0") << 1000.0f << "0" << "19" << "-3" << "0,00" << "190,00" << "1190,00";
+    }
+    void amount()
+    {
+        QFETCH(float, net);
+        QFETCH(QString, levy);
+        QFETCH(QString, vat);
+        QFETCH(QString, discount);
+        const InvoiceAmount a = invoiceAmount(net, invoicePercent(levy), invoicePercent(vat), invoicePercent(discount));
+        QTEST(formatDecimal(a.levy, 2), "levyAmount");
+        QTEST(formatDecimal(a.vat, 2), "vatAmount");
+        QTEST(formatDecimal(a.total, 2), "total");
+        QCOMPARE(a.gross, a.net - a.levy + a.vat);
+    }
+
+    void lotText_data()
+    {
+        QTest::addColumn<int>("lot");
+        QTest::addColumn<QString>("golden");
+        QTest::addColumn<QString>("net");
+        QTest::newRow("log lot, one line per group") << 1 << "rechnung_stammholz.txt" << "377,45";
+        QTest::newRow("log lot at a flat price") << 2 << "rechnung_pauschal.txt" << "1250,50";
+        QTest::newRow("pole lot") << 3 << "rechnung_pfaehle.txt" << "111,50";
+        QTest::newRow("stacked-wood lot") << 4 << "rechnung_schichtholz.txt" << "462,50";
+    }
+    void lotText()
+    {
+        QFETCH(int, lot);
+        QFETCH(QString, golden);
+        Fixture f;
+        const qint32 ids[] = {0, f.lots.logLot, f.lots.flatLot, f.lots.poleLot, f.lots.stackLot};
+        const InvoicePreview preview = invoicePreview(f.db, typedInput({ids[lot]}), InvoiceCaptions{});
+        QTEST(formatDecimal(preview.amount.net, 2), "net");
+        compareWithGolden(invoiceLines(preview.text), golden);
+    }
+
+    void wholeInvoiceWithDiscountAndOwnCaptions()
+    {
+        Fixture f;
+        f.settings.text[15] = QStringLiteral("Ihre Kundennummer");
+        f.settings.text[17] = QStringLiteral("Beleg-Nr.");
+        InvoiceInput in = typedInput({f.lots.stackLot, f.lots.logLot, f.lots.poleLot});
+        in.discount = QStringLiteral("3");
+        const InvoicePreview preview = invoicePreview(f.db, in, InvoiceCaptions::from(f.settings));
+        QCOMPARE(formatDecimal(preview.amount.net, 2), QStringLiteral("951,45"));
+        compareWithGolden(invoiceLines(preview.text), QStringLiteral("rechnung_skonto.txt"));
+    }
+
+    void noLotNoText()
+    {
+        Fixture f;
+        QVERIFY(invoicePreview(f.db, typedInput({}), InvoiceCaptions{}).text.isEmpty());
+        QVERIFY(invoicePreview(f.db, typedInput({999999}), InvoiceCaptions{}).text.isEmpty());
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<QString>("date");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("number exists") << "20269999" << "15.11.2026" << "...die Rechnungsnummer bereits vergeben ist.";
+        QTest::newRow("number 0") << "0" << "15.11.2026" << "...die Rechnungsnummer größer 0 sein muss.";
+        QTest::newRow("number negative") << "-5" << "15.11.2026" << "...die Rechnungsnummer größer 0 sein muss.";
+        QTest::newRow("number not a number") << "abc" << "15.11.2026" << "...die Rechnungsnummer größer 0 sein muss.";
+        QTest::newRow("date that does not exist") << "20260001" << "31.02.2026" << "...das Datum nicht korrekt ist.";
+        QTest::newRow("date empty") << "20260001" << "" << "...das Datum nicht korrekt ist.";
+    }
+    void refusals()
+    {
+        QFETCH(QString, number);
+        QFETCH(QString, date);
+        QFETCH(QString, reason);
+        Fixture f;
+        execSql(f.db, QStringLiteral("INSERT INTO Rechnungen(ReNr, Abnehmer) VALUES (20269999, 'X')"));
+        InvoiceInput in = typedInput({f.lots.logLot});
+        in.number = number;
+        in.date = date;
+        QVERIFY(!storeInvoice(f.context, in));
+        QCOMPARE(f.prompter.messages(), QStringList{QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n") + reason});
+        QCOMPARE(scalar(f.db, QStringLiteral("SELECT count(*) FROM Rechnungen")).toInt(), 1);
+        QCOMPARE(lotField(f.db, f.lots.logLot, "ReNr"), QStringLiteral("0"));
+        QVERIFY(!QFile::exists(f.folder.filePath(QString::fromUtf8(RememberedInvoiceFile))));
+    }
+
+    void allReasonsAtOnceInTheirOrder()
+    {
+        Fixture f;
+        InvoiceInput in = typedInput({});
+        in.name = in.street = in.town = QStringLiteral("   ");
+        in.date = QStringLiteral("32.13.2026");
+        in.number = QString();
+        QVERIFY(!storeInvoice(f.context, in));
+        QCOMPARE(f.prompter.messages().value(0),
+                 QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n"
+                                "...Bei der Anschrift (Name, Straße, Wohnort) mindestens in einem Feld etwas eingetragen werden muss.\n"
+                                "...das Datum nicht korrekt ist.\n"
+                                "...die Rechnungsnummer größer 0 sein muss.\n"
+                                "...mindestens ein Los für die Rechnung ausgewählt werden muss."));
+    }
+
+    void storeWritesInvoiceLotsAndRememberedTexts()
+    {
+        Fixture f;
+        const qint32 vanished = f.lots.flatLot;
+        InvoiceInput in = typedInput({f.lots.logLot, vanished, f.lots.poleLot});
+        const InvoicePreview preview = invoicePreview(f.db, in, InvoiceCaptions{});
+        execSql(f.db, QStringLiteral("DELETE FROM Lose WHERE ID = ?"), {vanished}); // removed after it was chosen
+        QCOMPARE(storeInvoice(f.context, in), std::optional<qint32>(20260001));
+        QVERIFY(f.prompter.messages().isEmpty());
+
+        QSqlQuery q = execSql(f.db, QStringLiteral("SELECT Abnehmer, Vor_Nachname, Strasse, Wohnort, Kundeninfo, ReNr, CMA_Abgabe_Proz, "
+                                                   "MwSt_Proz, Skonto_Proz, Datum, Inhalt, Betrag FROM Rechnungen"));
+        QVERIFY(q.next());
+        QCOMPARE(q.value(0).toString(), in.buyer);
+        QCOMPARE(q.value(1).toString(), in.name);
+        QCOMPARE(q.value(2).toString(), in.street);
+        QCOMPARE(q.value(3).toString(), in.town);
+        QCOMPARE(q.value(4).toString(), in.customerInfo);
+        QCOMPARE(q.value(5).toInt(), 20260001);
+        QCOMPARE(q.value(6).toFloat(), 2.0f);
+        QCOMPARE(q.value(7).toFloat(), 10.7f);
+        QCOMPARE(q.value(8).toFloat(), 0.0f);
+        QCOMPARE(q.value(9).toString(), QStringLiteral("2026-11-15"));
+        QCOMPARE(q.value(10).toString(), invoicePreview(f.db, in, InvoiceCaptions{}).text); // without the vanished lot
+        QVERIFY(q.value(10).toString() != preview.text);
+        // Net 377.45 + 111.50 = 488.95; levy 9.779, VAT 52.31765: 531.48865.
+        QCOMPARE(formatDecimal(q.value(11).toDouble(), 2), QStringLiteral("531,49"));
+        QVERIFY(!q.next());
+
+        for (qint32 lot : {f.lots.logLot, f.lots.poleLot}) {
+            QCOMPARE(lotField(f.db, lot, "ReNr"), QStringLiteral("20260001"));
+            QCOMPARE(lotField(f.db, lot, "Abnehmer"), in.buyer);
+            QCOMPARE(lotField(f.db, lot, "Abgerechnet"), QStringLiteral("N"));
+        }
+        QCOMPARE(lotField(f.db, f.lots.stackLot, "ReNr"), QStringLiteral("0"));
+        QCOMPARE(openLots(f.db).size(), 1);
+        QCOMPARE(openLots(f.db).value(0).lotId, f.lots.stackLot);
+
+        QFile remembered(f.folder.filePath(QString::fromUtf8(RememberedInvoiceFile)));
+        QVERIFY(remembered.open(QIODevice::ReadOnly));
+        QCOMPARE(remembered.readAll(), encodeCp1252(QStringLiteral("2\r\n10,7\r\n0\r\nForstbetrieb Anna Müller\r\nWaldweg 1\r\n"
+                                                                   "78333 Stockach\r\n\r\nTel. 07771 1234\r\n\r\n"
+                                                                   "2% Skonto bis 21 Tage\r\nBank: Sparkasse, IBAN DE00 1234\r\n")));
+        InvoiceInput next;
+        QVERIFY(loadRemembered(f.folder.path(), next));
+        QCOMPARE(rememberedLines(next), rememberedLines(in));
+
+        // The same number again is refused.
+        in.lotIds = {f.lots.stackLot};
+        QVERIFY(!storeInvoice(f.context, in));
+        QVERIFY(f.prompter.messages().value(0).endsWith(QStringLiteral("...die Rechnungsnummer bereits vergeben ist.")));
+    }
+
+    void withoutBuyerTheLotsKeepTheirBuyer()
+    {
+        Fixture f;
+        execSql(f.db, QStringLiteral("UPDATE Lose SET Abnehmer = 'Holz Meier' WHERE ID = ?"), {f.lots.poleLot});
+        InvoiceInput in = typedInput({f.lots.poleLot});
+        in.buyer = QStringLiteral("  ");
+        QVERIFY(storeInvoice(f.context, in));
+        QCOMPARE(lotField(f.db, f.lots.poleLot, "Abnehmer"), QStringLiteral("Holz Meier"));
+        QCOMPARE(lotField(f.db, f.lots.poleLot, "ReNr"), QStringLiteral("20260001"));
+    }
+
+    void failureHalfWayLeavesNothing()
+    {
+        Fixture f;
+        // The second lot's update fails, as a full disk would make it.
+        execSql(f.db, QStringLiteral("CREATE TRIGGER fail_second BEFORE UPDATE ON Lose WHEN OLD.ID = %1 "
+                                     "BEGIN SELECT RAISE(ABORT, 'disk full'); END").arg(f.lots.poleLot));
+        InvoiceInput in = typedInput({f.lots.logLot, f.lots.poleLot});
+        QVERIFY_THROWS_EXCEPTION(StoreError, storeInvoice(f.context, in));
+        QCOMPARE(scalar(f.db, QStringLiteral("SELECT count(*) FROM Rechnungen")).toInt(), 0);
+        QCOMPARE(lotField(f.db, f.lots.logLot, "ReNr"), QStringLiteral("0"));
+        QCOMPARE(lotField(f.db, f.lots.logLot, "Abnehmer"), QString());
+        QVERIFY(!QFile::exists(f.folder.filePath(QString::fromUtf8(RememberedInvoiceFile))));
+        QCOMPARE(openLots(f.db).size(), 4);
+    }
+
+    void buyerDetailsFromTheLatestInvoice()
+    {
+        Fixture f;
+        execSql(f.db, QStringLiteral("INSERT INTO Rechnungen(Abnehmer, Vor_Nachname, Strasse, Wohnort, Kundeninfo, ReNr, CMA_Abgabe_Proz, "
+                                     "MwSt_Proz, Skonto_Proz, Datum) VALUES "
+                                     "('O''Neill', 'alt', 'alte Straße', 'Ort', 'K1', 1, 1, 7, 0, '2025-05-01'), "
+                                     "('O''Neill', 'Jörg O''Neill', 'Am Bühl 3', 'Überlingen', 'K2', 2, 2, 10.7, 3, '2026-02-01'), "
+                                     "('Meier', 'Meier', '', '', '', 3, 0, 0, 0, '2026-03-01')"));
+        const auto d = buyerDetails(f.db, QStringLiteral("O'Neill"));
+        QVERIFY(d);
+        QCOMPARE(d->name, QStringLiteral("Jörg O'Neill"));
+        QCOMPARE(d->street, QStringLiteral("Am Bühl 3"));
+        QCOMPARE(d->customerInfo, QStringLiteral("K2"));
+        QCOMPARE(d->vat, 10.7f);
+        QCOMPARE(d->discount, 3.0f);
+        QVERIFY(!buyerDetails(f.db, QStringLiteral("Niemand")));
+        QCOMPARE(invoiceBuyers(f.db), (QStringList{QStringLiteral("Meier"), QStringLiteral("O'Neill")}));
+        QCOMPARE(invoiceNumbers(f.db), (QList<qint32>{3, 2, 1}));
+        QCOMPARE(loadInvoice(f.db, 2)->town, QStringLiteral("Überlingen"));
+        QCOMPARE(loadInvoice(f.db, 2)->date, QStringLiteral("01.02.2026"));
+    }
+};
+
+TARVIK_TEST_CORE_MAIN(TestInvoice)
+#include "tst_invoice.moc"

@@ -1,0 +1,323 @@
+// EF_Eingabe_Rechnungen through its controls: choosing lots of two kinds and storing, a refused
+// store with every reason, the buyer's details, stepping through the hub's invoices, captions,
+// and printing an invoice into a PDF read back with poppler's pdftotext.
+#include "common/textfile.h"
+#include "entry/ui/hubdialog.h"
+#include "invoices/invoicedata.h"
+#include "invoices/ui/invoicedialog.h"
+#include "reports/ui/textoutputwindow.h"
+#include "support/tempdatafolder.h"
+#include "support/widgets.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QTableView>
+#include <QTableWidget>
+#include <QTimer>
+
+using namespace tarvik;
+using test::child;
+
+namespace {
+// Key clicks carry only Latin-1 keys; umlauts arrive as an edit would deliver them.
+void typeInto(QLineEdit* edit, const QString& text)
+{
+    edit->setText(text);
+    emit edit->textEdited(text);
+}
+} // namespace
+
+class TestInvoiceDialog : public QObject {
+    Q_OBJECT
+    test::TempDataFolder m_folder;
+    std::unique_ptr<Database> m_db;
+    Einstellungen m_settings;
+    FixedClock m_clock{QDate(2026, 11, 15)};
+    test::ScriptedPrompter m_prompter;
+    test::InvoiceLots m_lots;
+
+    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
+    QSqlDatabase db() const { return m_db->shared(); }
+    QString lotValue(qint32 lot, const char* column) const
+    {
+        return scalar(db(), QStringLiteral("SELECT %1 FROM Lose WHERE ID = ?").arg(QString::fromUtf8(column)), {lot}).toString();
+    }
+    static int rowOfLot(QTableWidget* li, qint32 lotId)
+    {
+        for (int r = 0; r < li->rowCount(); ++r)
+            if (li->item(r, 0)->data(Qt::UserRole).toInt() == lotId)
+                return r;
+        return -1;
+    }
+    static void mark(QTableWidget* li, qint32 lotId)
+    {
+        const int row = rowOfLot(li, lotId);
+        QVERIFY(row >= 0);
+        li->selectionModel()->select(li->model()->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    }
+    static void typeAddress(QDialog& d)
+    {
+        child<QComboBox>(d, "kom(0)")->setEditText(QStringLiteral("Sägewerk O'Neill \"Nord\""));
+        typeInto(child<QLineEdit>(d, "t(0)"), QStringLiteral("Jörg O'Neill"));
+        typeInto(child<QLineEdit>(d, "t(1)"), QStringLiteral("Am Bühl 3"));
+        typeInto(child<QLineEdit>(d, "t(2)"), QStringLiteral("88662 Überlingen"));
+    }
+    qint32 storeThroughCore(const QString& number, const QString& buyer, qint32 lot)
+    {
+        InvoiceInput in;
+        in.buyer = buyer;
+        in.name = buyer;
+        in.number = number;
+        in.date = QStringLiteral("01.10.2026");
+        in.vat = QStringLiteral("19");
+        in.lotIds = {lot};
+        const AppContext ctx = context();
+        storeInvoice(ctx, in);
+        return scalar(db(), QStringLiteral("SELECT ID FROM Rechnungen WHERE ReNr = ?"), {number.toInt()}).toInt();
+    }
+
+private slots:
+    void init()
+    {
+        m_db.reset();
+        QFile::remove(m_folder.databasePath());
+        QFile::remove(m_folder.filePath(QString::fromUtf8(RememberedInvoiceFile)));
+        m_db = m_folder.openDatabase();
+        m_settings = Einstellungen{};
+        m_prompter.clear();
+        m_lots = test::invoiceLots(db());
+    }
+
+    void twoLotsOfDifferentKindsAreStored()
+    {
+        QVERIFY(writeTextFile(m_folder.filePath(QString::fromUtf8(RememberedInvoiceFile)),
+                              {QStringLiteral("2"), QStringLiteral("10,7"), QStringLiteral("0"), QStringLiteral("Forstbetrieb Müller"),
+                               QString(), QString(), QString(), QString(), QString(), QStringLiteral("Skontohinweis"),
+                               QStringLiteral("IBAN DE00")}).ok);
+        InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
+        d.show();
+        QCOMPARE(d.objectName(), QStringLiteral("EF_Eingabe_Rechnungen"));
+        QCOMPARE(d.windowTitle(), QStringLiteral("Rechnungen eingeben/ändern"));
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("20260001"));
+        QCOMPARE(child<QLineEdit>(d, "tz(2)")->text(), QStringLiteral("10,7"));
+        QCOMPARE(child<QLineEdit>(d, "t(4)")->text(), QStringLiteral("Forstbetrieb Müller"));
+        QCOMPARE(child<QLineEdit>(d, "tdat(0)")->text(), QStringLiteral("15.11.2026"));
+        auto* li = child<QTableWidget>(d, "li");
+        QCOMPARE(li->rowCount(), 4);
+        QVERIFY(child<QPlainTextEdit>(d, "t(3)")->toPlainText().isEmpty());
+
+        typeAddress(d);
+        mark(li, m_lots.stackLot);
+        mark(li, m_lots.logLot);
+        const QString preview = child<QPlainTextEdit>(d, "t(3)")->toPlainText();
+        QVERIFY(preview.indexOf(QStringLiteral("Stammholz  Los: 1")) < preview.indexOf(QStringLiteral("Schichtholz  Los: 4")));
+        // 377.45 + 462.50 = 839.95; - 16.799 + 89.87465 = 913.02565
+        QCOMPARE(child<QLabel>(d, "bezbetrag")->text(), QStringLiteral("Rechnungsbetrag: 913,03"));
+        typeInto(child<QLineEdit>(d, "tz(1)"), QStringLiteral("-2"));
+        QCOMPARE(child<QLabel>(d, "bezbetrag")->text(), QStringLiteral("Rechnungsbetrag: 929,82"));
+        typeInto(child<QLineEdit>(d, "tz(1)"), QStringLiteral("2"));
+
+        child<QPushButton>(d, "ok(0)")->click();
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'\n')));
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT count(*) FROM Rechnungen")).toInt(), 1);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Vor_Nachname FROM Rechnungen WHERE ReNr = 20260001")).toString(),
+                 QStringLiteral("Jörg O'Neill"));
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Inhalt FROM Rechnungen WHERE ReNr = 20260001")).toString(), preview);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Betrag FROM Rechnungen WHERE ReNr = 20260001")).toDouble(), 913.0256);
+        for (qint32 lot : {m_lots.logLot, m_lots.stackLot}) {
+            QCOMPARE(lotValue(lot, "ReNr"), QStringLiteral("20260001"));
+            QCOMPARE(lotValue(lot, "Abnehmer"), QStringLiteral("Sägewerk O'Neill \"Nord\""));
+        }
+        QCOMPARE(lotValue(m_lots.poleLot, "Abnehmer"), QString());
+        QCOMPARE(readTextFile(m_folder.filePath(QString::fromUtf8(RememberedInvoiceFile))).lines.size(), 11);
+        QCOMPARE(readTextFile(m_folder.filePath(QString::fromUtf8(RememberedInvoiceFile))).lines.value(1), QStringLiteral("10,7"));
+        // The invoiced lots leave the list; the next number is proposed.
+        QCOMPARE(li->rowCount(), 2);
+        QCOMPARE(rowOfLot(li, m_lots.logLot), -1);
+        QCOMPARE(rowOfLot(li, m_lots.stackLot), -1);
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("20260002"));
+        QCOMPARE(child<QComboBox>(d, "kom(1)")->findText(QStringLiteral("20260001")), 0);
+        QCOMPARE(child<QComboBox>(d, "kom(0)")->findText(QStringLiteral("Sägewerk O'Neill \"Nord\"")), 0);
+        QVERIFY(d.stored());
+    }
+
+    void refusedStoreShowsEveryReasonAndKeepsTheInput()
+    {
+        InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
+        d.show();
+        typeInto(child<QLineEdit>(d, "tdat(0)"), QStringLiteral("31.02.2026"));
+        typeInto(child<QLineEdit>(d, "tz(0)"), QStringLiteral("abc"));
+        typeInto(child<QLineEdit>(d, "tz(2)"), QStringLiteral("19"));
+        child<QPushButton>(d, "ok(0)")->click();
+        QCOMPARE(m_prompter.messages(),
+                 QStringList{QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n"
+                                            "...Bei der Anschrift (Name, Straße, Wohnort) mindestens in einem Feld etwas eingetragen werden muss.\n"
+                                            "...das Datum nicht korrekt ist.\n"
+                                            "...die Rechnungsnummer größer 0 sein muss.\n"
+                                            "...mindestens ein Los für die Rechnung ausgewählt werden muss.")});
+        QCOMPARE(child<QLineEdit>(d, "tdat(0)")->text(), QStringLiteral("31.02.2026"));
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("abc"));
+        QCOMPARE(child<QLineEdit>(d, "tz(2)")->text(), QStringLiteral("19"));
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT count(*) FROM Rechnungen")).toInt(), 0);
+        QVERIFY(!QFile::exists(m_folder.filePath(QString::fromUtf8(RememberedInvoiceFile))));
+        QVERIFY(!d.stored());
+    }
+
+    void choosingABuyerFillsHisLastDetails()
+    {
+        storeThroughCore(QStringLiteral("100"), QStringLiteral("Holz O'Brien"), m_lots.poleLot);
+        InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
+        d.show();
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("101"));
+        auto* buyer = child<QComboBox>(d, "kom(0)");
+        buyer->setCurrentIndex(buyer->findText(QStringLiteral("Holz O'Brien")));
+        emit buyer->activated(buyer->currentIndex());
+        QCOMPARE(child<QLineEdit>(d, "t(0)")->text(), QStringLiteral("Holz O'Brien"));
+        QCOMPARE(child<QLineEdit>(d, "tz(2)")->text(), QStringLiteral("19,00"));
+        QCOMPARE(child<QLineEdit>(d, "tz(1)")->text(), QStringLiteral("0,00"));
+
+        // A stored invoice is shown by its number.
+        auto* numbers = child<QComboBox>(d, "kom(1)");
+        numbers->setCurrentIndex(numbers->findText(QStringLiteral("100")));
+        emit numbers->activated(numbers->currentIndex());
+        QCOMPARE(child<QLineEdit>(d, "tdat(0)")->text(), QStringLiteral("01.10.2026"));
+        QVERIFY(child<QPlainTextEdit>(d, "t(3)")->toPlainText().contains(QStringLiteral("Pfähle  Los: 3")));
+        QCOMPARE(child<QLabel>(d, "bezbetrag")->text(), QStringLiteral("Rechnungsbetrag: 132,69"));
+    }
+
+    void changeModeStepsThroughTheHubListAndWritesNothing()
+    {
+        const QList<qint32> hub{storeThroughCore(QStringLiteral("11"), QStringLiteral("A"), m_lots.logLot),
+                                storeThroughCore(QStringLiteral("12"), QStringLiteral("B"), m_lots.poleLot),
+                                storeThroughCore(QStringLiteral("13"), QStringLiteral("C"), m_lots.stackLot)};
+        const QString before = scalar(db(), QStringLiteral("SELECT group_concat(ReNr || Abnehmer || Betrag) FROM Rechnungen")).toString();
+        InvoiceDialog d(context(), InvoiceDialog::Mode::Aendern, hub, 1);
+        d.show();
+        auto* number = child<QLineEdit>(d, "tz(0)");
+        QCOMPARE(number->text(), QStringLiteral("12"));
+        QVERIFY(!child<QPushButton>(d, "ok(0)")->isEnabled());
+        QVERIFY(number->isReadOnly());
+        const std::pair<const char*, const char*> steps[] = {{"ok(2)", "13"}, {"ok(2)", "11"}, {"ok(1)", "13"}, {"ok(1)", "12"},
+                                                             {"ok(1)", "11"}, {"ok(1)", "13"}};
+        for (const auto& [button, expected] : steps) {
+            child<QPushButton>(d, button)->click();
+            QCOMPARE(number->text(), QString::fromUtf8(expected));
+        }
+        QCOMPARE(d.hubRow(), 2);
+        QCOMPARE(child<QLineEdit>(d, "t(0)")->text(), QStringLiteral("C"));
+        QVERIFY(child<QPlainTextEdit>(d, "t(3)")->toPlainText().contains(QStringLiteral("Schichtholz  Los: 4")));
+        child<QPushButton>(d, "ok(0)")->click();
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT group_concat(ReNr || Abnehmer || Betrag) FROM Rechnungen")).toString(), before);
+        QVERIFY(!d.stored());
+    }
+
+    void captionsAreReworded()
+    {
+        InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
+        d.show();
+        typeAddress(d);
+        mark(child<QTableWidget>(d, "li"), m_lots.poleLot);
+        auto* caption = child<QPushButton>(d, "roCommand1(2)");
+        QCOMPARE(caption->text(), QStringLiteral("Rechnungsnummer"));
+        m_prompter.answerText(QStringLiteral("Beleg-Nr."));
+        caption->click();
+        QCOMPARE(m_prompter.questions().value(0), QStringLiteral("Bitte geben Sie eine neue Bezeichnung für Rechnungsnummer ein."));
+        QCOMPARE(caption->text(), QStringLiteral("Beleg-Nr."));
+        QCOMPARE(m_settings.text[17], QStringLiteral("Beleg-Nr."));
+        QVERIFY(child<QPlainTextEdit>(d, "t(3)")->toPlainText().contains(QStringLiteral("Beleg-Nr.:")));
+        m_prompter.answerCancel();
+        child<QPushButton>(d, "roCommand1(0)")->click();
+        QCOMPARE(m_settings.text[15], QString());
+    }
+
+    void printedIntoAPdf()
+    {
+        InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
+        d.show();
+        typeAddress(d);
+        mark(child<QTableWidget>(d, "li"), m_lots.flatLot);
+        typeInto(child<QLineEdit>(d, "tz(1)"), QStringLiteral("2"));
+        typeInto(child<QLineEdit>(d, "tz(2)"), QStringLiteral("10,7"));
+        const QString pdf = m_folder.filePath(QStringLiteral("rechnung.pdf"));
+        bool printed = false;
+        QTimer::singleShot(0, this, [&] {
+            auto* window = qobject_cast<TextOutputWindow*>(QApplication::activeModalWidget());
+            QVERIFY(window);
+            child<QComboBox>(*window, "komdrucker")->setCurrentText(TextOutputWindow::pdfPrinterEntry());
+            m_prompter.answerText(pdf);
+            child<QPushButton>(*window, "dateidrucken")->click();
+            printed = true;
+            child<QPushButton>(*window, "abbv")->click();
+        });
+        child<QPushButton>(d, "comdrucken")->click();
+        QVERIFY(printed);
+        QProcess text;
+        text.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), pdf, QStringLiteral("-")});
+        QVERIFY(text.waitForFinished(30000));
+        QCOMPARE(text.exitCode(), 0);
+        const QString out = QString::fromUtf8(text.readAllStandardOutput());
+        QVERIFY2(out.contains(QStringLiteral("Dieses Los wird per vereinbartem Pauschalpreis abgerechnet.")), qPrintable(out));
+        QVERIFY(out.contains(QStringLiteral("Jörg O'Neill")));
+        QVERIFY(QRegularExpression(QStringLiteral("Rechnungsbetrag: +1359,29")).match(out).hasMatch());
+    }
+
+    void openedFromTheHubsInvoiceList()
+    {
+        const qint32 first = storeThroughCore(QStringLiteral("21"), QStringLiteral("A"), m_lots.logLot);
+        storeThroughCore(QStringLiteral("22"), QStringLiteral("B"), m_lots.poleLot);
+        HubDialog hub(context(), m_lots.harvestId, HubList::Rechnungen);
+        hub.show();
+        auto* grid = child<QTableView>(hub, "gridli");
+        QCOMPARE(grid->model()->rowCount(), 2);
+
+        // "Neu": an empty invoice with the next number; the hub lists the stored one afterwards.
+        QString seen;
+        QTimer::singleShot(0, this, [&] {
+            auto* w = QApplication::activeModalWidget();
+            QVERIFY(w && w->objectName() == u"EF_Eingabe_Rechnungen");
+            seen = child<QLineEdit>(*w, "tz(0)")->text();
+            typeInto(child<QLineEdit>(*w, "t(0)"), QStringLiteral("Neu"));
+            auto* li = child<QTableWidget>(*w, "li");
+            li->selectRow(0);
+            child<QPushButton>(*w, "ok(0)")->click();
+            child<QPushButton>(*w, "abbrechen")->click();
+        });
+        child<QPushButton>(hub, "neu")->click();
+        QCOMPARE(seen, QStringLiteral("23"));
+        QCOMPARE(grid->model()->rowCount(), 3);
+
+        // "Ändern" on the first row; stepping back wraps to the last, and the hub follows.
+        grid->selectRow(0);
+        QCOMPARE(grid->model()->index(0, 5).data().toInt(), 21);
+        QStringList shown;
+        QTimer::singleShot(0, this, [&] {
+            auto* w = QApplication::activeModalWidget();
+            QVERIFY(w);
+            shown << child<QLineEdit>(*w, "tz(0)")->text();
+            child<QPushButton>(*w, "ok(1)")->click();
+            shown << child<QLineEdit>(*w, "tz(0)")->text();
+            child<QPushButton>(*w, "abbrechen")->click();
+        });
+        child<QPushButton>(hub, "ändern")->click();
+        QCOMPARE(shown, (QStringList{QStringLiteral("21"), QStringLiteral("23")}));
+        QCOMPARE(grid->currentIndex().row(), 2);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT ReNr FROM Rechnungen WHERE ID = ?"), {first}).toInt(), 21);
+    }
+
+    void printingWithoutLotsIsRefused()
+    {
+        InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
+        d.show();
+        child<QPushButton>(d, "comdrucken")->click();
+        QCOMPARE(m_prompter.messages(),
+                 QStringList{QStringLiteral("Die Liste kann nicht erstellt werden, weil noch kein Los für die Rechnung ausgewählt ist.")});
+    }
+};
+
+TARVIK_TEST_MAIN(TestInvoiceDialog)
+#include "tst_invoicedialog.moc"

@@ -1,0 +1,143 @@
+// The takeover's Jet reader against public sample files, compared with mdbtools' own export.
+#include "maintenance/jetconvert.h"
+#include "support/tempdatafolder.h"
+
+#include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QtTest>
+
+using namespace tarvik;
+
+namespace {
+
+QString fixture(const QString& name) { return QStringLiteral(TARVIK_TEST_DATA "/jet/") + name; }
+
+QString run(const QString& program, const QStringList& args)
+{
+    QProcess p;
+    // mdbtools' tools read nothing under a locale the machine lacks; the test compares in C.
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    p.setProcessEnvironment(env);
+    p.start(program, args);
+    p.waitForFinished(60000);
+    return QString::fromUtf8(p.readAllStandardOutput());
+}
+
+// Row count of a table as mdbtools' own counting tool reads it.
+qint64 countedRows(const QString& mdb, const QString& table)
+{
+    return run(QStringLiteral("mdb-count"), {mdb, table}).trimmed().toLongLong();
+}
+
+struct Opened {
+    QString name;
+    QSqlDatabase db;
+    explicit Opened(const QString& path) : name(QStringLiteral("jettest")), db(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name))
+    {
+        db.setDatabaseName(path);
+        db.open();
+    }
+    ~Opened()
+    {
+        db.close();
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(name);
+    }
+    QVariant value(const QString& sql)
+    {
+        QSqlQuery q(db);
+        q.exec(sql);
+        return q.next() ? q.value(0) : QVariant(QStringLiteral("<keine Zeile>"));
+    }
+};
+
+} // namespace
+
+class TestJetConvert : public QObject {
+    Q_OBJECT
+    test::TempDataFolder m_dir;
+
+private slots:
+    void everyTableWithItsRows_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::newRow("Jet 3 Northwind") << QStringLiteral("nwind.mdb");
+        QTest::newRow("Jet 4 dates") << QStringLiteral("DateTestDatabase.mdb");
+    }
+    void everyTableWithItsRows()
+    {
+        QFETCH(QString, file);
+        const QString target = m_dir.filePath(file + QStringLiteral(".db"));
+        const JetConversion result = convertJetToSqlite(fixture(file), target);
+        QVERIFY2(result.ok, qPrintable(result.message));
+        const QStringList expected = run(QStringLiteral("mdb-tables"), {QStringLiteral("-1"), fixture(file)}).split(u'\n', Qt::SkipEmptyParts);
+        QStringList converted;
+        for (const JetTableReport& t : result.tables)
+            converted << t.name;
+        QCOMPARE(converted, expected);
+        Opened db(target);
+        for (const JetTableReport& t : result.tables) {
+            QCOMPARE(db.value(QStringLiteral("SELECT count(*) FROM \"%1\"").arg(t.name)).toLongLong(), t.rows);
+            QCOMPARE(t.rows, countedRows(fixture(file), t.name));
+        }
+        QVERIFY(!QFileInfo::exists(target + QStringLiteral(".entsteht")));
+    }
+
+    void valuesUmlautsDatesAndNulls()
+    {
+        const QString target = m_dir.filePath(QStringLiteral("nwind-werte.db"));
+        QVERIFY(convertJetToSqlite(fixture(QStringLiteral("nwind.mdb")), target).ok);
+        Opened db(target);
+        // The table with an umlaut in its name arrives under that name.
+        QVERIFY(db.value(QStringLiteral("SELECT count(*) FROM \"Umsätze\"")).toInt() > 0);
+        // Text, money and dates of one order, as mdb-export gives them.
+        const QString csv = run(QStringLiteral("mdb-export"), {QStringLiteral("-D"), QStringLiteral("%Y-%m-%d"), QStringLiteral("-T"), QStringLiteral("%Y-%m-%d"), fixture(QStringLiteral("nwind.mdb")), QStringLiteral("Orders")});
+        const QStringList header = csv.section(u'\n', 0, 0).split(u',');
+        const QString first = csv.section(u'\n', 1, 1);
+        const QString orderId = first.section(u',', 0, 0);
+        const QString orderDate = first.section(u',', header.indexOf(QStringLiteral("OrderDate")), header.indexOf(QStringLiteral("OrderDate"))).remove(u'"');
+        QCOMPARE(db.value(QStringLiteral("SELECT OrderDate FROM Orders WHERE OrderID = %1").arg(orderId)).toString(), orderDate);
+        QCOMPARE(db.value(QStringLiteral("SELECT typeof(Freight) FROM Orders WHERE OrderID = %1").arg(orderId)).toString(), QStringLiteral("real"));
+        // Empty fields stay NULL, not empty text.
+        const int nullRegions = db.value(QStringLiteral("SELECT count(*) FROM Orders WHERE ShipRegion IS NULL")).toInt();
+        QCOMPARE(db.value(QStringLiteral("SELECT count(*) FROM Orders WHERE ShipRegion = ''")).toInt(), 0);
+        QVERIFY(nullRegions > 0);
+        // Non-ASCII text of the code page comes through as Unicode.
+        QVERIFY(db.value(QStringLiteral("SELECT count(*) FROM Customers WHERE CompanyName GLOB '*[äöüßéñ]*'")).toInt() > 0);
+    }
+
+    void badFilesAreRefusedAndNothingIsWritten_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("reason");
+        QFile nwind(fixture(QStringLiteral("nwind.mdb")));
+        QVERIFY(nwind.open(QIODevice::ReadOnly));
+        const QByteArray whole = nwind.readAll();
+        QByteArray ace = whole.left(4096 * 4);
+        ace.replace(4, 15, "Standard ACE DB");
+        QTest::newRow("text file") << QByteArray("Hieb;Los\r\n1;2\r\n") << QStringLiteral("keine Datenbank von TARVIK 2.0");
+        QTest::newRow("empty") << QByteArray() << QStringLiteral("keine Datenbank von TARVIK 2.0");
+        QTest::newRow("cut off mid-page") << whole.left(whole.size() / 2 + 100) << QStringLiteral("unvollständig");
+        QTest::newRow("Access 2007") << ace << QStringLiteral("ab Version 2007");
+    }
+    void badFilesAreRefusedAndNothingIsWritten()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, reason);
+        const QString mdb = m_dir.filePath(QStringLiteral("tarvik2.mdb"));
+        QFile file(mdb);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(content);
+        file.close();
+        const QString target = m_dir.filePath(QStringLiteral("ziel.db"));
+        const JetConversion result = convertJetToSqlite(mdb, target);
+        QVERIFY(!result.ok);
+        QVERIFY2(result.message.contains(reason), qPrintable(result.message));
+        QVERIFY(!QFileInfo::exists(target));
+    }
+};
+
+TARVIK_TEST_CORE_MAIN(TestJetConvert)
+#include "tst_jetconvert.moc"
