@@ -47,7 +47,7 @@ QString locked(const QString& path)
 {
     return QStringLiteral("Die Datenbank \"%1\" ist gerade durch ein anderes Programm gesperrt (zum Beispiel ein "
                           "zweites TARVIK, ein Datenbankwerkzeug oder eine laufende Datensicherung).\n"
-                          "Die Datei ist deshalb nicht beschädigt: spielen Sie keine Datensicherung zurück. Bitte beenden "
+                          "Die Datei ist nicht beschädigt, nur gerade in Gebrauch: spielen Sie keine Datensicherung zurück. Bitte beenden "
                           "Sie das andere Programm und starten Sie TARVIK dann noch einmal.")
         .arg(native(path));
 }
