@@ -8,10 +8,12 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
   qt6-translations-l10n
   libsqlite3-dev sqlite3
+  libzip-dev zlib1g-dev zip unzip
   fonts-liberation2
   poppler-utils
   mdbtools-dev mdbtools
   ccache
+  qt6-serialport-dev libzip-dev unzip
 )
 
 missing=()
