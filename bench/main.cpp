@@ -140,6 +140,18 @@ bench::Result startScenario(const QString& path, int runs)
     return r;
 }
 
+// The page check of the whole file, which opening runs on files up to 64 MiB.
+bench::Result quickCheckScenario(const QString& path, int runs)
+{
+    bench::Result r;
+    r.scenario = QStringLiteral("page check of the whole file (on opening up to 64 MiB)");
+    auto db = Database::openOrCreate(path);
+    r.program = bench::measure(runs, [&] { execSql(db->shared(), QStringLiteral("PRAGMA quick_check")).next(); });
+    Raw raw(path);
+    r.raw = bench::measure(runs, [&] { raw.rows("PRAGMA quick_check"); });
+    return r;
+}
+
 bench::Result logStoreScenario(const QString& path, qint32 harvest, int harvestLogs, int runs)
 {
     bench::Result r;
@@ -279,6 +291,7 @@ int main(int argc, char* argv[])
 
     std::vector<bench::Result> results;
     results.push_back(startScenario(path, 20));
+    results.push_back(quickCheckScenario(path, 20));
     results.push_back(timberListScenario(path, large, 10));
     results.push_back(logStoreScenario(path, large, 10000, 1000));
     for (bench::Result& r : bench::listScenarios(path, 5, 3))

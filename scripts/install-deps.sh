@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   cmake ninja-build g++ make pkg-config
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
+  qt6-translations-l10n
   libsqlite3-dev sqlite3
   libzip-dev zlib1g-dev zip unzip
   fonts-liberation2

@@ -14,6 +14,7 @@ int main(int argc, char* argv[])
     QApplication::setApplicationName(QStringLiteral("TARVIK"));
     QApplication::setApplicationVersion(QStringLiteral("3.0.28"));
     tarvik::useGermanLocale();
+    tarvik::installGermanQtTranslations();
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("TARVIK 3.0 - Die Holzliste"));

@@ -5,17 +5,21 @@
 
 namespace tarvik::cli {
 
-void Io::print(const QString& text) const
+namespace {
+
+// Written by length: a NUL inside a value must not end the line early.
+void writeLine(std::FILE* f, const QString& text)
 {
-    std::fputs(text.toUtf8().constData(), out);
-    std::fputc('\n', out);
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), f);
+    std::fputc('\n', f);
 }
 
-void Io::printError(const QString& text) const
-{
-    std::fputs(text.toUtf8().constData(), err);
-    std::fputc('\n', err);
-}
+} // namespace
+
+void Io::print(const QString& text) const { writeLine(out, text); }
+
+void Io::printError(const QString& text) const { writeLine(err, text); }
 
 int CommandContext::usageError(const QString& reason) const
 {

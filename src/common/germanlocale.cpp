@@ -2,11 +2,32 @@
 
 #include "common/prompter.h"
 
+#include <QCoreApplication>
 #include <QDate>
+#include <QDir>
+#include <QLibraryInfo>
+#include <QTranslator>
 
 namespace tarvik {
 
 void useGermanLocale() { QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); }
+
+bool installGermanQtTranslations()
+{
+    auto* app = QCoreApplication::instance();
+    if (!app)
+        return false;
+    const QStringList folders{QLibraryInfo::path(QLibraryInfo::TranslationsPath),
+                              QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("translations"))};
+    for (const QString& folder : folders) {
+        auto* translator = new QTranslator(app); // lives as long as the application
+        if (translator->load(QLocale(QLocale::German, QLocale::Germany), QStringLiteral("qtbase"), QStringLiteral("_"), folder) &&
+            QCoreApplication::installTranslator(translator))
+            return true;
+        delete translator;
+    }
+    return false;
+}
 
 std::optional<QString> regionalSettingsProblem(const QLocale& locale)
 {

@@ -2,6 +2,8 @@
 
 #include <QFile>
 #include <QSaveFile>
+#include <QStringDecoder>
+#include <algorithm>
 
 namespace tarvik {
 namespace {
@@ -18,6 +20,8 @@ char encodeChar(char16_t c)
 {
     if (c < 0x80 || (c >= 0xA0 && c <= 0xFF))
         return static_cast<char>(c);
+    if (c < 0xA0 && HighTable[c - 0x80] == 0)
+        return static_cast<char>(c); // an unassigned byte read in goes out as it came
     for (int i = 0; i < 32; ++i)
         if (HighTable[i] == c && c != 0)
             return static_cast<char>(0x80 + i);
@@ -49,6 +53,22 @@ QString decodeCp1252(const QByteArray& bytes)
     return out;
 }
 
+QString decodeTextFile(const QByteArray& bytes)
+{
+    QByteArrayView view(bytes);
+    const bool bom = view.startsWith("\xEF\xBB\xBF");
+    if (bom)
+        view = view.sliced(3);
+    const bool beyondAscii = std::any_of(view.begin(), view.end(), [](char b) { return (static_cast<unsigned char>(b) & 0x80) != 0; });
+    if (bom || beyondAscii) {
+        QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        QString text = utf8(view);
+        if (!utf8.hasError())
+            return text;
+    }
+    return decodeCp1252(bytes);
+}
+
 TextFileResult writeTextFileRaw(const QString& path, const QString& text)
 {
     QString normalised = text;
@@ -67,12 +87,33 @@ TextFileResult writeTextFileRaw(const QString& path, const QString& text)
     return {true, {}, {}};
 }
 
-TextFileResult writeTextFile(const QString& path, const QStringList& lines)
+namespace {
+
+QString joinedLines(const QStringList& lines)
 {
     QString text;
     for (const QString& line : lines)
         text += line + QLatin1String("\r\n");
-    return writeTextFileRaw(path, text);
+    return text;
+}
+
+} // namespace
+
+TextFileResult writeTextFile(const QString& path, const QStringList& lines) { return writeTextFileRaw(path, joinedLines(lines)); }
+
+TextFileResult writeTextFileIfChanged(const QString& path, const QStringList& lines, bool* written)
+{
+    if (written)
+        *written = false;
+    const QString text = joinedLines(lines);
+    QFile existing(path);
+    if (existing.open(QIODevice::ReadOnly) && existing.size() == text.size() && existing.readAll() == encodeCp1252(text))
+        return {true, {}, {}};
+    existing.close();
+    TextFileResult result = writeTextFileRaw(path, text);
+    if (written)
+        *written = result.ok;
+    return result;
 }
 
 TextFileResult readTextFile(const QString& path)
@@ -84,7 +125,7 @@ TextFileResult readTextFile(const QString& path)
         return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht gelesen werden: %2")
                                .arg(path, file.errorString())};
     }
-    QString text = decodeCp1252(file.readAll());
+    QString text = decodeTextFile(file.readAll());
     text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
     QStringList lines = text.split(u'\n');
     if (!lines.isEmpty() && lines.last().isEmpty())

@@ -7,8 +7,14 @@
 
 namespace tarvik {
 
-QByteArray encodeCp1252(const QString& text); // characters outside the code page become '?'
+// Every byte round-trips: the five positions Windows-1252 leaves unassigned (0x81, 0x8D,
+// 0x8F, 0x90, 0x9D) read as U+0081 ... and are written back as the same byte. Characters
+// outside the code page become '?'.
+QByteArray encodeCp1252(const QString& text);
 QString decodeCp1252(const QByteArray& bytes);
+// A file's text: UTF-8 when the bytes are valid UTF-8 and hold at least one character beyond
+// ASCII (an editor saved it so), else Windows-1252. A UTF-8 byte order mark is dropped.
+QString decodeTextFile(const QByteArray& bytes);
 
 struct TextFileResult {
     bool ok = false;
@@ -18,6 +24,9 @@ struct TextFileResult {
 
 // Each line is written followed by CR LF.
 TextFileResult writeTextFile(const QString& path, const QStringList& lines);
+// The same, but a file that already holds exactly these bytes is left alone (written is then
+// false): a file read and saved unchanged keeps its date and is never at risk.
+TextFileResult writeTextFileIfChanged(const QString& path, const QStringList& lines, bool* written = nullptr);
 // Text as it stands: line breaks inside it are normalised to CR LF.
 TextFileResult writeTextFileRaw(const QString& path, const QString& text);
 // Lines split at CR LF or LF; a missing file is ok == false with an error text.

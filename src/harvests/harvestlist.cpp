@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 #include "common/sqldate.h"
+#include "common/text.h"
 #include "store/sql.h"
 
 #include <QHash>
@@ -90,9 +91,7 @@ QStringList harvestListLines(const QSqlDatabase& db)
     while (q.next()) {
         QStringList cells;
         for (int i = 0; i < harvestListColumns().size(); ++i) {
-            QString cell = harvestListCell(harvestListColumns()[i], q.value(i));
-            cell.replace(u'\t', u' ').replace(u'\r', u' ').replace(u'\n', u' ');
-            cells << cell;
+            cells << singleLine(harvestListCell(harvestListColumns()[i], q.value(i)));
         }
         lines << cells.join(u'\t');
     }

@@ -5,9 +5,9 @@
 
 namespace tarvik::columns {
 
-QString right(const QString& t, int n) { return t.trimmed().left(n).rightJustified(n, u' '); }
+QString right(const QString& t, int n) { return singleLine(t).trimmed().left(n).rightJustified(n, u' '); }
 
-QString left(const QString& t, int n) { return t.trimmed().left(n).leftJustified(n, u' '); }
+QString left(const QString& t, int n) { return singleLine(t).trimmed().left(n).leftJustified(n, u' '); }
 
 QString decimals(const QVariant& value, int k) { return formatDecimal(readNumber(value), k); }
 
@@ -17,7 +17,7 @@ QString text(const QVariant& value)
         return {};
     if (value.typeId() == QMetaType::Double)
         return numberText(value.toDouble());
-    return readText(value);
+    return singleLine(readText(value)); // a line break in a remark must not break the report's line
 }
 
 } // namespace tarvik::columns

@@ -4,6 +4,7 @@
 #include "common/textfile.h"
 
 #include <QStringList>
+#include <cmath>
 
 namespace tarvik {
 namespace {
@@ -20,7 +21,7 @@ float parseDezimal(const QString& line)
 {
     bool ok = false;
     const float v = line.trimmed().toFloat(&ok);
-    return ok ? v : 0.0f;
+    return ok && std::isfinite(v) ? v : 0.0f; // "nan" or "inf" is a garbled line, not a factor
 }
 
 } // namespace
@@ -31,6 +32,10 @@ void Einstellungen::repair()
         text[10] = QStringLiteral(" | ");
     if (zahl[17] < 3)
         zahl[17] = 14;
+    // A factor that is no number (set in memory from a garbled source) counts as missing.
+    for (float& f : dezimal)
+        if (!std::isfinite(f))
+            f = 0.0f;
     if (dezimal[0] == 0.0f)
         dezimal[0] = 0.7f;
     if (dezimal[1] == 0.0f)
@@ -81,7 +86,9 @@ bool EinstellungenSpeichern(const Einstellungen& settings, const QString& path, 
         line.replace(u'\r', u' ').replace(u'\n', u' '); // one value, one line
         lines << line;
     }
-    const TextFileResult result = writeTextFile(path, lines);
+    // Unchanged settings leave the file alone; a change replaces it whole (temporary file, then
+    // rename), so a crash leaves the old or the new file.
+    const TextFileResult result = writeTextFileIfChanged(path, lines);
     if (!result.ok && error)
         *error = result.error;
     return result.ok;

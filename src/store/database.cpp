@@ -11,6 +11,8 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlError>
+#include <QTemporaryFile>
+#include <optional>
 #include <QtEndian>
 
 namespace tarvik {
@@ -23,20 +25,67 @@ QString newConnectionName(const char* role)
     return QStringLiteral("tarvik-%1-%2").arg(QLatin1String(role)).arg(connectionCounter.fetchAndAddRelaxed(1));
 }
 
+QString native(const QString& path) { return QDir::toNativeSeparators(path); }
+
 QString notOurs(const QString& path, const QString& reason)
 {
     return QStringLiteral("Die Datei \"%1\" ist keine Datenbank von TARVIK 3.0 oder sie ist beschädigt (%2).\n"
-                          "Die Datei bleibt unverändert. Bitte spielen Sie eine Datensicherung zurück "
-                          "oder benennen Sie die Datei um; TARVIK wird jetzt beendet.")
-        .arg(QDir::toNativeSeparators(path), reason);
+                          "Die Datei bleibt unverändert. Bitte benennen Sie die Datei um, damit sie erhalten bleibt, "
+                          "und spielen Sie dann eine Datensicherung zurück; TARVIK wird jetzt beendet.")
+        .arg(native(path), reason);
 }
 
-QSqlDatabase addConnection(const QString& name, const QString& path, const QString& options = {})
+QString damaged(const QString& path, const QString& reason)
+{
+    return QStringLiteral("Die Datenbank \"%1\" ist beschädigt: %2\n"
+                          "Die Datei bleibt unverändert. Bitte benennen Sie die Datei um, damit sie erhalten bleibt, "
+                          "und spielen Sie dann die letzte Datensicherung zurück; TARVIK wird jetzt beendet.")
+        .arg(native(path), reason);
+}
+
+QString locked(const QString& path)
+{
+    return QStringLiteral("Die Datenbank \"%1\" ist gerade durch ein anderes Programm gesperrt (zum Beispiel ein "
+                          "zweites TARVIK, ein Datenbankwerkzeug oder eine laufende Datensicherung).\n"
+                          "Die Datei ist nicht beschädigt, nur gerade in Gebrauch: spielen Sie keine Datensicherung zurück. Bitte beenden "
+                          "Sie das andere Programm und starten Sie TARVIK dann noch einmal.")
+        .arg(native(path));
+}
+
+QString readOnly(const QString& path, const QString& what)
+{
+    return QStringLiteral("%1 ist schreibgeschützt: TARVIK könnte darin nichts speichern.\n"
+                          "Bitte heben Sie den Schreibschutz auf (Eigenschaften der Datei bzw. des Ordners) oder kopieren "
+                          "Sie den Datenordner auf einen beschreibbaren Datenträger; TARVIK wird jetzt beendet.\n"
+                          "Datenbank: %2")
+        .arg(what, native(path));
+}
+
+// The message for an engine error met while opening or checking the file.
+StoreError openingError(const QString& path, const QSqlError& error)
+{
+    const StoreProblem problem = problemOf(error);
+    const QString detail = QStringLiteral("%1 (%2)").arg(error.text(), error.nativeErrorCode());
+    switch (problem) {
+    case StoreProblem::Locked:
+        return StoreError(locked(path), problem, detail);
+    case StoreProblem::Damaged:
+        return StoreError(damaged(path, QStringLiteral("die Datenbank meldet eine fehlerhafte Seite.")), problem, detail);
+    case StoreProblem::ReadOnly:
+        return StoreError(readOnly(path, QStringLiteral("Die Datenbank")), problem, detail);
+    default:
+        return StoreError(QStringLiteral("Die Datenbank \"%1\" kann nicht geöffnet werden. %2")
+                              .arg(native(path), germanReason(error)),
+                          problem, detail);
+    }
+}
+
+QSqlDatabase addConnection(const QString& name, const QString& path, int busyTimeoutMs, const QString& options = {})
 {
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
     db.setDatabaseName(path);
-    db.setConnectOptions(options.isEmpty() ? QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000")
-                                           : options + QStringLiteral(";QSQLITE_BUSY_TIMEOUT=10000"));
+    const QString timeout = QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(busyTimeoutMs);
+    db.setConnectOptions(options.isEmpty() ? timeout : options + u';' + timeout);
     return db;
 }
 
@@ -45,11 +94,12 @@ void checkHeader(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        throw StoreError(QStringLiteral("Die Datenbank \"%1\" kann nicht geöffnet werden: %2")
-                             .arg(QDir::toNativeSeparators(path), file.errorString()));
+        throw StoreError(QStringLiteral("Die Datenbank \"%1\" kann nicht gelesen werden. %2")
+                             .arg(native(path), germanReason(StoreProblem::CannotOpen)),
+                         StoreProblem::CannotOpen, file.errorString());
     const QByteArray header = file.read(100);
     if (header.size() < 100 || !header.startsWith(QByteArrayLiteral("SQLite format 3\0")))
-        throw StoreError(notOurs(path, QStringLiteral("unbekanntes Dateiformat")));
+        throw StoreError(notOurs(path, QStringLiteral("unbekanntes Dateiformat")), StoreProblem::Damaged);
     const auto* bytes = reinterpret_cast<const uchar*>(header.constData());
     quint32 pageSize = qFromBigEndian<quint16>(bytes + 16);
     if (pageSize == 1)
@@ -60,40 +110,95 @@ void checkHeader(const QString& path)
     const bool sizeInHeaderValid = pages > 0 && changeCounter == validFor;
     const bool hasWal = QFileInfo::exists(path + QStringLiteral("-wal"));
     if (sizeInHeaderValid && !hasWal && quint64(file.size()) < quint64(pages) * pageSize)
-        throw StoreError(notOurs(path, QStringLiteral("die Datei ist unvollständig")));
+        throw StoreError(damaged(path, QStringLiteral("die Datei ist unvollständig.")), StoreProblem::Damaged);
 }
 
-// A read-only look at the tables before anything is written.
-void checkTables(const QString& path)
+// A file that opens but cannot be written would fail at the first store with nothing saved:
+// tell it now. Both the file and its folder must take writes (the write-ahead log lives
+// beside the file).
+void checkWritable(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite)) // opens without changing a byte
+        throw StoreError(readOnly(path, QStringLiteral("Die Datenbank")), StoreProblem::ReadOnly, file.errorString());
+    file.close();
+    const QString folder = QFileInfo(path).absolutePath();
+    QTemporaryFile probe(QDir(folder).filePath(QStringLiteral(".tarvik-schreibprobe-XXXXXX")));
+    if (!probe.open())
+        throw StoreError(readOnly(path, QStringLiteral("Der Ordner \"%1\" der Datenbank").arg(native(folder))),
+                         StoreProblem::ReadOnly, probe.errorString());
+}
+
+// A read-only look before anything is written: our tables, and a quick check of every page.
+// The statements that check the pages: all of them, or for a large file every table but the
+// bulky row tables (their checks would cost most of a second at a million logs).
+QStringList pageChecks(QSqlQuery& q, const QString& path, qint64 fullCheckBytes)
+{
+    if (QFileInfo(path).size() <= fullCheckBytes)
+        return {QStringLiteral("PRAGMA quick_check")};
+    QStringList checks;
+    if (!q.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite_%' "
+                               "AND name NOT IN ('Stämme', 'Pfähle', 'Schichtholz')")))
+        return {QStringLiteral("PRAGMA quick_check")};
+    while (q.next())
+        checks << QStringLiteral("PRAGMA quick_check(%1)").arg(quoted(q.value(0).toString()));
+    return checks;
+}
+
+void checkContent(const QString& path, int busyTimeoutMs, qint64 fullCheckBytes)
 {
     const QString name = newConnectionName("check");
-    QString problem;
+    std::optional<StoreError> problem;
     {
-        QSqlDatabase db = addConnection(name, path, QStringLiteral("QSQLITE_OPEN_READONLY"));
+        QSqlDatabase db = addConnection(name, path, busyTimeoutMs, QStringLiteral("QSQLITE_OPEN_READONLY"));
+        QSqlQuery q(db);
         if (!db.open()) {
-            problem = db.lastError().text();
+            problem = openingError(path, db.lastError());
+        } else if (!q.exec(QStringLiteral("SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name IN "
+                                            "('Hiebe', 'Lose', 'Stämme', 'Baumarten')"))) {
+            problem = problemOf(q.lastError()) == StoreProblem::Other
+                          ? StoreError(notOurs(path, QStringLiteral("das Inhaltsverzeichnis ist nicht lesbar")),
+                                       StoreProblem::Damaged, q.lastError().text())
+                          : openingError(path, q.lastError());
+        } else if (!q.next() || q.value(0).toInt() != 4) {
+            problem = StoreError(notOurs(path, QStringLiteral("die Tabellen der Holzliste fehlen")), StoreProblem::Damaged);
         } else {
-            QSqlQuery q(db);
-            if (!q.exec(QStringLiteral("SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name IN "
-                                       "('Hiebe', 'Lose', 'Stämme', 'Baumarten')")))
-                problem = q.lastError().text();
-            else if (!q.next() || q.value(0).toInt() != 4)
-                problem = QStringLiteral("die Tabellen der Holzliste fehlen");
+            QStringList findings;
+            for (const QString& check : pageChecks(q, path, fullCheckBytes)) {
+                if (!q.exec(check)) {
+                    problem = openingError(path, q.lastError());
+                    break;
+                }
+                while (q.next())
+                    if (const QString finding = q.value(0).toString(); finding != u"ok")
+                        findings << finding;
+            }
+            if (!problem && !findings.isEmpty())
+                problem = StoreError(damaged(path, QStringLiteral("die Prüfung beim Öffnen hat %1 Fehler im Inhalt gefunden.")
+                                                       .arg(findings.size())),
+                                     StoreProblem::Damaged, findings.join(u'\n'));
         }
+        q = QSqlQuery();
+        db.close();
     }
     QSqlDatabase::removeDatabase(name);
-    if (!problem.isEmpty())
-        throw StoreError(notOurs(path, problem));
+    if (problem)
+        throw *problem;
 }
 
 void openHandle(QSqlDatabase& db, const QString& path)
 {
     if (!db.open())
-        throw StoreError(QStringLiteral("Die Datenbank \"%1\" kann nicht geöffnet werden: %2")
-                             .arg(QDir::toNativeSeparators(path), db.lastError().text()));
-    // Typed data must survive a power cut: write-ahead log, synced on every commit.
-    execSql(db, QStringLiteral("PRAGMA journal_mode = WAL"));
-    execSql(db, QStringLiteral("PRAGMA synchronous = FULL"));
+        throw openingError(path, db.lastError());
+    try {
+        // Typed data must survive a power cut: write-ahead log, synced on every commit.
+        execSql(db, QStringLiteral("PRAGMA journal_mode = WAL"));
+        execSql(db, QStringLiteral("PRAGMA synchronous = FULL"));
+    } catch (const StoreError& e) {
+        if (e.problem() == StoreProblem::Locked)
+            throw StoreError(locked(path), e.problem(), e.detail());
+        throw;
+    }
 }
 
 } // namespace
@@ -114,10 +219,11 @@ void createDatabaseFile(const QString& path)
     const QString name = newConnectionName("create");
     try {
         {
-            QSqlDatabase db = addConnection(name, temporary);
+            QSqlDatabase db = addConnection(name, temporary, DefaultBusyTimeoutMs);
             if (!db.open())
-                throw StoreError(QStringLiteral("Die Datenbank \"%1\" kann nicht angelegt werden: %2")
-                                     .arg(QDir::toNativeSeparators(path), db.lastError().text()));
+                throw StoreError(QStringLiteral("Die Datenbank \"%1\" kann nicht angelegt werden. %2")
+                                     .arg(native(path), germanReason(db.lastError())),
+                                 problemOf(db.lastError()), db.lastError().text());
             {
                 TransactionGuard guard(db);
                 for (const schema::Table& t : schema::tables())
@@ -137,11 +243,12 @@ void createDatabaseFile(const QString& path)
     }
     if (!QFile::rename(temporary, path)) {
         QFile::remove(temporary);
-        throw StoreError(QStringLiteral("Die Datenbank \"%1\" kann nicht angelegt werden.").arg(QDir::toNativeSeparators(path)));
+        throw StoreError(QStringLiteral("Die Datenbank \"%1\" kann nicht angelegt werden: der Ordner nimmt keine neue "
+                                        "Datei auf.").arg(native(path)), StoreProblem::ReadOnly);
     }
 }
 
-std::unique_ptr<Database> Database::openOrCreate(const QString& path)
+std::unique_ptr<Database> Database::openOrCreate(const QString& path, const OpenOptions& options)
 {
     bool created = false;
     if (!QFileInfo::exists(path)) {
@@ -149,9 +256,10 @@ std::unique_ptr<Database> Database::openOrCreate(const QString& path)
         created = true;
     } else {
         checkHeader(path);
-        checkTables(path);
+        checkWritable(path);
+        checkContent(path, options.busyTimeoutMs, options.fullPageCheckBytes);
     }
-    std::unique_ptr<Database> db(new Database(path, created));
+    std::unique_ptr<Database> db(new Database(path, created, options.busyTimeoutMs));
     QSqlDatabase shared = db->shared();
     openHandle(shared, path);
     QSqlDatabase list = db->listHandle();
@@ -160,11 +268,11 @@ std::unique_ptr<Database> Database::openOrCreate(const QString& path)
     return db;
 }
 
-Database::Database(const QString& path, bool created)
+Database::Database(const QString& path, bool created, int busyTimeoutMs)
     : m_path(path), m_sharedName(newConnectionName("shared")), m_listName(newConnectionName("list")), m_created(created)
 {
-    addConnection(m_sharedName, path);
-    addConnection(m_listName, path);
+    addConnection(m_sharedName, path, busyTimeoutMs);
+    addConnection(m_listName, path, busyTimeoutMs);
 }
 
 Database::~Database()

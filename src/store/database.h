@@ -8,13 +8,24 @@
 namespace tarvik {
 
 inline constexpr char DatabaseFileName[] = "TARVIK3.db";
+// How long a statement waits for another program's write lock before it gives up.
+inline constexpr int DefaultBusyTimeoutMs = 10000;
+
+struct OpenOptions {
+    int busyTimeoutMs = DefaultBusyTimeoutMs;
+    // Up to this size every page is checked on opening (about 2.5 ms per MiB). A larger file
+    // has its small tables checked; the log, pole and section tables, which make up its bulk,
+    // are not, and damage in them is reported as damage when a statement meets it.
+    qint64 fullPageCheckBytes = 64LL * 1024 * 1024;
+};
 
 class Database {
 public:
-    // Opens the file, or creates it when it does not exist. Throws StoreError with a German
-    // message naming the file when it is not a database of this program or is damaged; such
-    // a file is left untouched.
-    static std::unique_ptr<Database> openOrCreate(const QString& path);
+    // Opens the file, or creates it when it does not exist. Before anything is written the
+    // file is checked: not a database of this program, damaged (quick check of its pages),
+    // locked by another program, or not writable each end in a StoreError with its own German
+    // message naming the file; such a file is left untouched.
+    static std::unique_ptr<Database> openOrCreate(const QString& path, const OpenOptions& options = {});
     ~Database();
 
     Database(const Database&) = delete;
@@ -28,7 +39,7 @@ public:
     const QString& path() const { return m_path; }
 
 private:
-    Database(const QString& path, bool created);
+    Database(const QString& path, bool created, int busyTimeoutMs);
     QString m_path;
     QString m_sharedName;
     QString m_listName;

@@ -170,34 +170,48 @@ QList<BarkRange> defaultBarkRanges(const QString& species)
     return groups.value(species);
 }
 
+bool insertDefaultRows(const QSqlDatabase& db, const QString& table)
+{
+    if (table == u"Stärkeklassen_Stämme") {
+        insertRows(db, table, {QStringLiteral("Klasse"), QStringLiteral("Durchm_oR_von"), QStringLiteral("Durchm_oR_bis")},
+                   {{"L0", 0, 9}, {"L1a", 10, 14}, {"L1b", 15, 19}, {"L2a", 20, 24}, {"L2b", 25, 29},
+                    {"L3a", 30, 34}, {"L3b", 35, 39}, {"L4", 40, 49}, {"L5", 50, 59}, {"L6", 60, 999}});
+    } else if (table == u"Stärkeklassen_Stämme_Heilbronn") {
+        insertRows(db, table, {QStringLiteral("Klasse"), QStringLiteral("Zopfdurchmesser_cm"), QStringLiteral("Länge_m")},
+                   {{"H1", 10, 8}, {"H2", 12, 10}, {"H3", 14, 14}, {"H4", 17, 16}, {"H5", 22, 18}, {"H6", 30, 18}});
+    } else if (table == u"Stärkeklassen_Pfähle") {
+        // The pole classes overlap on purpose: a general class beside its finer sub-classes.
+        insertRows(db, table,
+                   {QStringLiteral("Klasse"), QStringLiteral("Durchm_oR_von"), QStringLiteral("Durchm_oR_bis"),
+                    QStringLiteral("Mindestlänge_von_m"), QStringLiteral("Mindestlänge_bis_m"),
+                    QStringLiteral("Schätzpreis_je_St")},
+                   {{"P1", 0, 6, 1, 99, 0}, {"P2", 7, 13, 1, 99, 0}, {"P2.1", 7, 9, 7, 99, 0},
+                    {"P2.11", 7, 9, 7, 9, 0}, {"P2.12", 7, 9, 10, 99, 0}, {"P2.2", 10, 11, 10, 99, 0},
+                    {"P2.3", 12, 13, 10, 99, 0}, {"P2.31", 12, 13, 10, 12, 0}, {"P2.32", 12, 13, 13, 15, 0},
+                    {"P2.33", 12, 13, 16, 99, 0}, {"P3", 14, 99, 16, 99, 0}});
+    } else if (table == u"Stärkeklassen_Schichtholz") {
+        insertRows(db, table,
+                   {QStringLiteral("Klasse"), QStringLiteral("Durchm_von"), QStringLiteral("Durchm_bis"),
+                    QStringLiteral("Schätzpreis_je_m3")},
+                   {{"S1", 3, 6, 0}, {"S2", 7, 13, 0}, {"S2.1", 7, 9, 0}, {"S2.2", 10, 13, 0},
+                    {"S3", 14, 99, 0}, {"S3.1", 14, 19, 0}, {"S3.2", 20, 99, 0}});
+    } else if (table == u"Güteklassen") {
+        QList<QVariantList> qualities;
+        for (const QString& q : schema::defaultQualityClasses())
+            qualities << QVariantList{q};
+        insertRows(db, table, {QStringLiteral("Güteklasse")}, qualities);
+    } else {
+        return false;
+    }
+    return true;
+}
+
 void insertDefaultMasterData(const QSqlDatabase& db)
 {
     const QStringList logClasses = schema::defaultLogClasses();
-
-    insertRows(db, QStringLiteral("Stärkeklassen_Stämme"),
-               {QStringLiteral("Klasse"), QStringLiteral("Durchm_oR_von"), QStringLiteral("Durchm_oR_bis")},
-               {{"L0", 0, 9}, {"L1a", 10, 14}, {"L1b", 15, 19}, {"L2a", 20, 24}, {"L2b", 25, 29},
-                {"L3a", 30, 34}, {"L3b", 35, 39}, {"L4", 40, 49}, {"L5", 50, 59}, {"L6", 60, 999}});
-
-    insertRows(db, QStringLiteral("Stärkeklassen_Stämme_Heilbronn"),
-               {QStringLiteral("Klasse"), QStringLiteral("Zopfdurchmesser_cm"), QStringLiteral("Länge_m")},
-               {{"H1", 10, 8}, {"H2", 12, 10}, {"H3", 14, 14}, {"H4", 17, 16}, {"H5", 22, 18}, {"H6", 30, 18}});
-
-    // The pole classes overlap on purpose: a general class beside its finer sub-classes.
-    insertRows(db, QStringLiteral("Stärkeklassen_Pfähle"),
-               {QStringLiteral("Klasse"), QStringLiteral("Durchm_oR_von"), QStringLiteral("Durchm_oR_bis"),
-                QStringLiteral("Mindestlänge_von_m"), QStringLiteral("Mindestlänge_bis_m"),
-                QStringLiteral("Schätzpreis_je_St")},
-               {{"P1", 0, 6, 1, 99, 0}, {"P2", 7, 13, 1, 99, 0}, {"P2.1", 7, 9, 7, 99, 0},
-                {"P2.11", 7, 9, 7, 9, 0}, {"P2.12", 7, 9, 10, 99, 0}, {"P2.2", 10, 11, 10, 99, 0},
-                {"P2.3", 12, 13, 10, 99, 0}, {"P2.31", 12, 13, 10, 12, 0}, {"P2.32", 12, 13, 13, 15, 0},
-                {"P2.33", 12, 13, 16, 99, 0}, {"P3", 14, 99, 16, 99, 0}});
-
-    insertRows(db, QStringLiteral("Stärkeklassen_Schichtholz"),
-               {QStringLiteral("Klasse"), QStringLiteral("Durchm_von"), QStringLiteral("Durchm_bis"),
-                QStringLiteral("Schätzpreis_je_m3")},
-               {{"S1", 3, 6, 0}, {"S2", 7, 13, 0}, {"S2.1", 7, 9, 0}, {"S2.2", 10, 13, 0},
-                {"S3", 14, 99, 0}, {"S3.1", 14, 19, 0}, {"S3.2", 20, 99, 0}});
+    for (const char* table : {"Stärkeklassen_Stämme", "Stärkeklassen_Stämme_Heilbronn", "Stärkeklassen_Pfähle",
+                              "Stärkeklassen_Schichtholz"})
+        insertDefaultRows(db, QString::fromUtf8(table));
 
     insertPerSpecies(db, QStringLiteral("Baumarten"), {QStringLiteral("Baumart"), QStringLiteral("Laubwald")}, {},
                      [](const Species& s) {
@@ -222,10 +236,7 @@ void insertDefaultMasterData(const QSqlDatabase& db)
                 QStringLiteral("Abzug_cm")},
                ranges);
 
-    QList<QVariantList> qualities;
-    for (const QString& q : schema::defaultQualityClasses())
-        qualities << QVariantList{q};
-    insertRows(db, QStringLiteral("Güteklassen"), {QStringLiteral("Güteklasse")}, qualities);
+    insertDefaultRows(db, QStringLiteral("Güteklassen"));
 
     insertPerSpecies(db, QStringLiteral("Messbeträge"), {QStringLiteral("Baumart")}, sk, [](const Species& s) {
         const QString name = QString::fromUtf8(s.name);

@@ -15,6 +15,9 @@ struct BarkRange {
 // Inserts every default row in the order a new file receives them. Runs inside the
 // caller's transaction.
 void insertDefaultMasterData(const QSqlDatabase& db);
+// The default rows of one class table (the log, Heilbronn, pole and stacked-wood classes and
+// the quality classes); false for any other table.
+bool insertDefaultRows(const QSqlDatabase& db, const QString& table);
 
 // The default `Rindenabzug2` ranges of a species' group; empty for a species outside the five
 // groups (it gets no default rows).

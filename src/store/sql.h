@@ -1,6 +1,6 @@
 #pragma once
 // Small helpers around Qt Sql: prepare once, bind values, and turn a failure into one
-// German message that says what failed.
+// German message that says what went wrong in words a user can act on.
 #include "common/storeerror.h"
 
 #include <QSqlDatabase>
@@ -9,7 +9,16 @@
 #include <QVariant>
 #include <QVariantList>
 
+class QSqlError;
+
 namespace tarvik {
+
+// The kind of an engine error, from its result code.
+StoreProblem problemOf(const QSqlError& error);
+// One German sentence for an engine error; the engine's English never reaches a user.
+QString germanReason(const QSqlError& error);
+// The same for a problem kind alone.
+QString germanReason(StoreProblem problem);
 
 // Runs a statement with its bound values; throws StoreError on failure.
 QSqlQuery execSql(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {});
@@ -25,8 +34,13 @@ QString quoted(const QString& identifier);
 // Class names become column names ("SK_L2a"): only letters, digits and '_' may reach SQL.
 bool isSafeIdentifier(const QString& name);
 
-// A scoped transaction: rolls back unless commit() was called. Guards nest (savepoints), so
-// an operation that is one transaction on its own can also be part of a larger one.
+// True while the connection is inside a transaction.
+bool inTransaction(const QSqlDatabase& db);
+
+// A scoped write transaction: rolls back unless commit() was called. The outermost guard
+// takes the write lock at once (BEGIN IMMEDIATE), so a second writer waits for it instead of
+// failing half-way; guards inside it are savepoints, so an operation that is one transaction
+// on its own can also be part of a larger one.
 class TransactionGuard {
 public:
     explicit TransactionGuard(QSqlDatabase db);
@@ -37,7 +51,7 @@ public:
 
 private:
     QSqlDatabase m_db;
-    QString m_name;
+    QString m_name; // the savepoint; empty for the outermost guard
     bool m_done = false;
 };
 

@@ -91,7 +91,11 @@ UpgradeReport firstActivation(Session& session, Prompter& prompter)
     const QSqlDatabase db = session.database->shared();
     if (!scalar(db, QStringLiteral("SELECT 1 FROM \"Hiebe\" LIMIT 1")).isValid())
         prompter.inform(firstStepsNote());
-    return upgradeDatabase(db, prompter);
+    const UpgradeReport report = upgradeDatabase(db, prompter);
+    if (report.layoutChanged())
+        prompter.inform((QStringList{QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht:")} + report.changes)
+                            .join(u'\n'));
+    return report;
 }
 
 } // namespace tarvik

@@ -5,7 +5,10 @@
 #include "store/schema.h"
 #include "store/sql.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QSqlQuery>
+#include <functional>
 
 namespace tarvik {
 namespace {
@@ -34,48 +37,125 @@ constexpr AddedColumn LotColumnsOfVersion3[] = {
     {"Stämme", "Käferholz", "0"},
 };
 
+// Columns older files lack whose existing rows get a value of their own.
+constexpr AddedColumn OtherAddedColumns[] = {
+    {"Hiebe", "Harvester", "''"},
+    {"Tagespreise", "Güte", "'B'"},
+    {"Lose", "ReNr", "0"},
+    {"Rechnungen", "Kundeninfo", "''"},
+};
+
+// The value existing rows receive in an added column: the given one, else empty or 0.
+QString initialValue(const QString& table, const schema::Column& column)
+{
+    auto find = [&](const auto& list) -> const char* {
+        for (const AddedColumn& a : list)
+            if (table == QString::fromUtf8(a.table) && column.name == QString::fromUtf8(a.column))
+                return a.initialValue;
+        return nullptr;
+    };
+    if (const char* v = find(LotColumnsOfVersion3))
+        return QString::fromUtf8(v);
+    if (const char* v = find(OtherAddedColumns))
+        return QString::fromUtf8(v);
+    switch (column.type) {
+    case ColumnType::Text:
+    case ColumnType::Memo:
+        return QStringLiteral("''");
+    case ColumnType::DateTime:
+    case ColumnType::Counter:
+        return {};
+    default:
+        return QStringLiteral("0");
+    }
+}
+
+// The per-class columns follow the file's own class tables; they are not checked here.
+bool isClassColumn(const QString& table, const QString& column)
+{
+    static const QStringList classTables{QStringLiteral("Rindenabzug"), QStringLiteral("Messbeträge"),
+                                         QStringLiteral("Tagespreise"), QStringLiteral("Messzahlen")};
+    return classTables.contains(table) &&
+           (column.startsWith(QLatin1String("SK_")) || column.startsWith(QLatin1String("GK_")));
+}
+
+QString columnTitle(const QString& table, const QString& column) { return table + u'.' + column; }
+
 // Adds the column with the type the current layout gives it; false when it was there.
+bool addColumnIfMissing(const QSqlDatabase& db, const QString& table, const schema::Column& column)
+{
+    if (schema::hasColumn(db, table, column.name))
+        return false;
+    if (column.type == ColumnType::Counter)
+        throw StoreError(QStringLiteral("Die Zählerspalte %1 fehlt; sie kann nicht nachträglich angelegt werden.")
+                             .arg(columnTitle(table, column.name)));
+    schema::addColumn(db, table, column);
+    const QString value = initialValue(table, column);
+    if (!value.isEmpty())
+        execSql(db, QStringLiteral("UPDATE %1 SET %2 = %3").arg(quoted(table), quoted(column.name), value));
+    return true;
+}
+
 bool addColumnIfMissing(const QSqlDatabase& db, const AddedColumn& added)
 {
     const QString table = QString::fromUtf8(added.table);
-    const QString column = QString::fromUtf8(added.column);
-    if (schema::hasColumn(db, table, column))
-        return false;
-    schema::addColumn(db, table, *schema::table(table).column(column));
-    execSql(db, QStringLiteral("UPDATE %1 SET %2 = %3")
-                    .arg(quoted(table), quoted(column), QString::fromUtf8(added.initialValue)));
-    return true;
+    return addColumnIfMissing(db, table, *schema::table(table).column(QString::fromUtf8(added.column)));
 }
 
-bool addColumnStep(const QSqlDatabase& db, const AddedColumn& added, UpgradeReport& report)
+// One step of the upgrade in its own transaction. A step that fails is rolled back and
+// reported in German with what it was about; the steps after it still run.
+void runStep(const QSqlDatabase& db, UpgradeReport& report, const QString& title,
+             const std::function<QString(const QSqlDatabase&)>& step)
 {
-    TransactionGuard guard(db);
-    if (!addColumnIfMissing(db, added))
-        return false;
-    guard.commit();
-    report.changes << QStringLiteral("Spalte %1.%2 ergänzt").arg(QString::fromUtf8(added.table),
-                                                               QString::fromUtf8(added.column));
-    return true;
+    try {
+        TransactionGuard guard(db);
+        const QString change = step(db);
+        guard.commit();
+        if (!change.isEmpty())
+            report.changes << change;
+    } catch (const StoreError& e) {
+        report.failures << QStringLiteral("Der Schritt \"%1\" ist nicht gelungen: %2").arg(title, e.message());
+    }
 }
 
-bool createTableStep(const QSqlDatabase& db, const QString& table, UpgradeReport& report)
+void addColumnStep(const QSqlDatabase& db, const QString& table, const schema::Column& column, UpgradeReport& report)
 {
-    TransactionGuard guard(db);
-    if (schema::hasTable(db, table))
-        return false;
-    schema::createTableWithIndexes(db, schema::table(table));
-    guard.commit();
-    report.changes << QStringLiteral("Tabelle %1 angelegt").arg(table);
-    return true;
+    runStep(db, report, QStringLiteral("Spalte %1 ergänzen").arg(columnTitle(table, column.name)),
+            [&](const QSqlDatabase& d) {
+                return addColumnIfMissing(d, table, column)
+                           ? QStringLiteral("Spalte %1 ergänzt").arg(columnTitle(table, column.name))
+                           : QString();
+            });
 }
+
+void addColumnStep(const QSqlDatabase& db, const AddedColumn& added, UpgradeReport& report)
+{
+    const QString table = QString::fromUtf8(added.table);
+    addColumnStep(db, table, *schema::table(table).column(QString::fromUtf8(added.column)), report);
+}
+
+void createTableStep(const QSqlDatabase& db, const QString& table, UpgradeReport& report)
+{
+    runStep(db, report, QStringLiteral("Tabelle %1 anlegen").arg(table), [&](const QSqlDatabase& d) {
+        if (schema::hasTable(d, table))
+            return QString();
+        schema::createTableWithIndexes(d, schema::table(table));
+        if (insertDefaultRows(d, table))
+            return QStringLiteral("Tabelle %1 mit den Standardwerten angelegt").arg(table);
+        return QStringLiteral("Tabelle %1 angelegt").arg(table);
+    });
+}
+
+QString indexExistsSql() { return QStringLiteral("SELECT 1 FROM sqlite_master WHERE type = 'index' AND name = ?"); }
+
+bool indexExists(const QSqlDatabase& db, const QString& name) { return scalar(db, indexExistsSql(), {name}).isValid(); }
 
 // A file without day prices comes from the previous major version: the day-price table is
 // built with one column per log class the file has, and the lot and log columns are added.
-void importVersion2(const QSqlDatabase& db, UpgradeReport& report)
+QString importVersion2(const QSqlDatabase& db, UpgradeReport& report)
 {
-    TransactionGuard guard(db);
     if (schema::hasTable(db, QStringLiteral("Tagespreise")))
-        return;
+        return {};
 
     QStringList classes;
     QSqlQuery classQuery = execSql(db, QStringLiteral("SELECT \"Klasse\" FROM \"Stärkeklassen_Stämme\" ORDER BY \"Klasse\""));
@@ -102,16 +182,14 @@ void importVersion2(const QSqlDatabase& db, UpgradeReport& report)
 
     for (const AddedColumn& added : LotColumnsOfVersion3)
         addColumnIfMissing(db, added);
-    guard.commit();
 
     report.importedFromVersion2 = true;
-    report.changes << QStringLiteral("Datenbank aus TARVIK 2.0 übernommen (Tagespreise, Los- und Stammspalten)");
+    return QStringLiteral("Datenbank aus TARVIK 2.0 übernommen (Tagespreise, Los- und Stammspalten)");
 }
 
 // Default bark ranges for every species of the five groups that has none.
-void addDefaultBarkRanges(const QSqlDatabase& db, UpgradeReport& report)
+QString addDefaultBarkRanges(const QSqlDatabase& db, UpgradeReport& report)
 {
-    TransactionGuard guard(db);
     QSqlQuery species = execSql(db, QStringLiteral("SELECT \"Baumart\" FROM \"Baumarten\" ORDER BY \"Baumart\""));
     QSqlQuery exists = prepareSql(db, QStringLiteral("SELECT 1 FROM \"Rindenabzug2\" WHERE \"Baumart\" = ? LIMIT 1"));
     QSqlQuery insert = prepareSql(db, QStringLiteral("INSERT INTO \"Rindenabzug2\"(\"Baumart\", \"Stärke_von\", "
@@ -134,31 +212,26 @@ void addDefaultBarkRanges(const QSqlDatabase& db, UpgradeReport& report)
         }
         speciesAdded << name;
     }
-    guard.commit();
-    if (added > 0) {
-        report.barkRangesAdded = added;
-        report.changes << QStringLiteral("%1 Rindenabzüge für %2 Baumarten ergänzt").arg(added).arg(speciesAdded.size());
-    }
+    if (added == 0)
+        return {};
+    report.barkRangesAdded = added;
+    return QStringLiteral("%1 Rindenabzüge für %2 Baumarten ergänzt").arg(added).arg(speciesAdded.size());
 }
 
 // Files brought up by the steps above lack indexes on columns they gained; add them.
-void ensureIndexes(const QSqlDatabase& db, UpgradeReport& report)
+QString ensureIndexes(const QSqlDatabase& db)
 {
-    TransactionGuard guard(db);
     int created = 0;
     for (const schema::Table& t : schema::tables()) {
         for (const schema::Index& index : t.indexes) {
-            const QString name = schema::indexName(t.name, index.name);
-            if (scalar(db, QStringLiteral("SELECT 1 FROM sqlite_master WHERE type = 'index' AND name = ?"), {name}).isValid())
-                continue;
-            if (!schema::hasColumn(db, t.name, index.column))
+            if (indexExists(db, schema::indexName(t.name, index.name)) || !schema::hasColumn(db, t.name, index.column))
                 continue;
             execSql(db, schema::createIndexSql(t.name, index));
             ++created;
         }
     }
     for (const schema::OwnIndex& index : schema::ownIndexes()) {
-        if (scalar(db, QStringLiteral("SELECT 1 FROM sqlite_master WHERE type = 'index' AND name = ?"), {index.name}).isValid())
+        if (indexExists(db, index.name))
             continue;
         bool columnsThere = true;
         for (const QString& c : index.columns)
@@ -168,35 +241,116 @@ void ensureIndexes(const QSqlDatabase& db, UpgradeReport& report)
         execSql(db, schema::createOwnIndexSql(index));
         ++created;
     }
-    guard.commit();
-    if (created > 0)
-        report.changes << QStringLiteral("%1 Indizes ergänzt").arg(created);
+    return created > 0 ? QStringLiteral("%1 Indizes ergänzt").arg(created) : QString();
+}
+
+// Keeps the file as it is now beside it, through the engine so that a write-ahead log is
+// folded in and the copy is consistent.
+QString keepCopy(const QSqlDatabase& db, const QDate& today)
+{
+    const QString target = backupPathBeforeUpgrade(db.databaseName(), today);
+    execSql(db, QStringLiteral("VACUUM INTO ?"), {target});
+    return target;
 }
 
 } // namespace
 
-bool ensureHarvesterColumn(const QSqlDatabase& db)
+bool ensureHarvesterColumn(const QSqlDatabase& db, const QDate& today)
 {
-    UpgradeReport ignored;
-    return addColumnStep(db, {"Hiebe", "Harvester", "''"}, ignored);
+    if (schema::hasColumn(db, QStringLiteral("Hiebe"), QStringLiteral("Harvester")))
+        return false;
+    UpgradeReport report;
+    keepCopy(db, today); // a file that old gets more from the upgrade; this copy is the one untouched
+    addColumnStep(db, {"Hiebe", "Harvester", "''"}, report);
+    if (!report.failures.isEmpty())
+        throw StoreError(report.failures.first());
+    return !report.changes.isEmpty();
 }
 
-UpgradeReport upgradeDatabase(const QSqlDatabase& db, Prompter& prompter)
+bool layoutIsCurrent(const QSqlDatabase& db)
+{
+    for (const schema::Table& t : schema::tables()) {
+        if (!schema::hasTable(db, t.name))
+            return false;
+        const QStringList present = schema::columnNames(db, t.name);
+        for (const schema::Column& c : t.columns)
+            if (!isClassColumn(t.name, c.name) && !present.contains(c.name, Qt::CaseInsensitive))
+                return false;
+        for (const schema::Index& index : t.indexes)
+            if (!indexExists(db, schema::indexName(t.name, index.name)))
+                return false;
+    }
+    for (const schema::OwnIndex& index : schema::ownIndexes())
+        if (!indexExists(db, index.name))
+            return false;
+    return true;
+}
+
+QString backupPathBeforeUpgrade(const QString& databasePath, const QDate& today)
+{
+    const QFileInfo file(databasePath);
+    const QString stem = QStringLiteral("%1.vor-Aktualisierung-%2").arg(file.completeBaseName(), today.toString(QStringLiteral("yyyy-MM-dd")));
+    const QDir folder = file.absoluteDir();
+    QString candidate = folder.filePath(stem + QStringLiteral(".db"));
+    for (int n = 2; QFileInfo::exists(candidate); ++n)
+        candidate = folder.filePath(QStringLiteral("%1-%2.db").arg(stem).arg(n));
+    return candidate;
+}
+
+UpgradeReport upgradeDatabase(const QSqlDatabase& db, Prompter& prompter, const QDate& today)
 {
     UpgradeReport report;
-    createTableStep(db, QStringLiteral("Rindenabzug2"), report);
+    auto warnFailures = [&] {
+        if (!report.failures.isEmpty())
+            prompter.inform((QStringList{QStringLiteral("Die Datenbank konnte nicht vollständig auf den aktuellen "
+                                                        "Stand gebracht werden:")} +
+                             report.failures)
+                                .join(u'\n'),
+                            Prompter::Icon::Warning);
+    };
 
-    importVersion2(db, report);
-    if (report.importedFromVersion2)
-        prompter.inform(joinLines({QStringLiteral("Zur Information:"),
-                                   QStringLiteral("Die Datenbank stammte aus TARVIK 2.0 und wurde soeben nun nach TARVIK 3.0 importiert.")}));
+    if (!layoutIsCurrent(db)) {
+        try {
+            report.backupPath = keepCopy(db, today);
+        } catch (const StoreError& e) {
+            report.failures << QStringLiteral("Vor der Aktualisierung konnte keine Kopie der Datenbank angelegt werden: %1 "
+                                              "Die Datenbank bleibt deshalb unverändert.")
+                                   .arg(e.message());
+            warnFailures();
+            return report;
+        }
 
-    addColumnStep(db, {"Tagespreise", "Güte", "'B'"}, report);
-    addColumnStep(db, {"Lose", "ReNr", "0"}, report);
-    createTableStep(db, QStringLiteral("Rechnungen"), report);
-    addColumnStep(db, {"Rechnungen", "Kundeninfo", "''"}, report);
-    addDefaultBarkRanges(db, report);
-    ensureIndexes(db, report);
+        createTableStep(db, QStringLiteral("Rindenabzug2"), report);
+        runStep(db, report, QStringLiteral("Datenbank aus TARVIK 2.0 übernehmen"),
+                [&](const QSqlDatabase& d) { return importVersion2(d, report); });
+        if (report.importedFromVersion2)
+            prompter.inform(joinLines({QStringLiteral("Zur Information:"),
+                                       QStringLiteral("Die Datenbank stammte aus TARVIK 2.0 und wurde soeben nun nach TARVIK 3.0 importiert.")}));
+        addColumnStep(db, {"Tagespreise", "Güte", "'B'"}, report);
+        runStep(db, report, QStringLiteral("Spalte Lose.ReNr und Tabelle Rechnungen ergänzen"), [&](const QSqlDatabase& d) {
+            if (!addColumnIfMissing(d, {"Lose", "ReNr", "0"}))
+                return QString();
+            // Invoices came with the lot's invoice number.
+            if (!schema::hasTable(d, QStringLiteral("Rechnungen")))
+                schema::createTableWithIndexes(d, schema::table(QStringLiteral("Rechnungen")));
+            return QStringLiteral("Spalte Lose.ReNr und Tabelle Rechnungen ergänzt");
+        });
+        addColumnStep(db, {"Rechnungen", "Kundeninfo", "''"}, report);
+
+        // Whatever else the current layout has and the file lacks.
+        for (const schema::Table& t : schema::tables())
+            createTableStep(db, t.name, report);
+        for (const schema::Table& t : schema::tables())
+            for (const schema::Column& c : t.columns)
+                if (!isClassColumn(t.name, c.name))
+                    addColumnStep(db, t.name, c, report);
+        runStep(db, report, QStringLiteral("Indizes ergänzen"), ensureIndexes);
+        report.changes << QStringLiteral("Kopie des vorherigen Stands: %1").arg(QDir::toNativeSeparators(report.backupPath));
+    }
+
+    runStep(db, report, QStringLiteral("Rindenabzüge ergänzen"),
+            [&](const QSqlDatabase& d) { return addDefaultBarkRanges(d, report); });
+    warnFailures();
     return report;
 }
 

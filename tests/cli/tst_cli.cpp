@@ -6,8 +6,12 @@
 #include "support/tempdatafolder.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QSemaphore>
+#include <QSqlQuery>
+#include <QThread>
 #include <cstdio>
 
 using namespace tarvik;
@@ -39,6 +43,38 @@ Output runCli(const QStringList& args)
     const int code = cli::run(args, out, err);
     return {code, slurp(out), slurp(err)};
 }
+
+// The desktop program in the middle of a store: holds the write lock for a while.
+class DesktopWriter : public QThread {
+public:
+    DesktopWriter(QString path, int holdMs) : m_path(std::move(path)), m_holdMs(holdMs) {}
+    QSemaphore locked;
+
+protected:
+    void run() override
+    {
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("desktop"));
+            db.setDatabaseName(m_path);
+            if (db.open()) {
+                QSqlQuery q(db);
+                q.exec(QStringLiteral("BEGIN IMMEDIATE"));
+                q.exec(QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (999)"));
+                locked.release();
+                msleep(static_cast<unsigned long>(m_holdMs));
+                q.exec(QStringLiteral("COMMIT"));
+            } else {
+                locked.release();
+            }
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("desktop"));
+    }
+
+private:
+    QString m_path;
+    int m_holdMs;
+};
 
 } // namespace
 
@@ -198,6 +234,32 @@ private slots:
                          QStringLiteral("41"), QStringLiteral("1")}).code, 2);
     }
 
+    // A command-line run beside the desktop program, which holds the file for 1.5 s: the
+    // recompute waits for it and succeeds.
+    void recomputeWaitsForTheDesktopProgram()
+    {
+        test::TempDataFolder root;
+        {
+            auto db = Database::openOrCreate(root.databasePath());
+            const qint32 id = test::addHarvest(db->shared(), 41);
+            test::addLot(db->shared(), id, 1);
+            test::addTypedLog(db->shared(), id, 1, 1, QStringLiteral("FI (Fichte)"), 55, 10, QStringLiteral("T"));
+        }
+        DesktopWriter desktop(root.databasePath(), 1500);
+        desktop.start();
+        QVERIFY(desktop.locked.tryAcquire(1, 5000));
+        QElapsedTimer timer;
+        timer.start();
+        const Output o = runCli({QStringLiteral("--ja"), QStringLiteral("--daten"), root.path(), QStringLiteral("neuberechnen"),
+                                 QStringLiteral("41"), QStringLiteral("1")});
+        const qint64 waited = timer.elapsed();
+        QVERIFY(desktop.wait(5000));
+        QCOMPARE(o.err.contains(QStringLiteral("gesperrt")), false);
+        QCOMPARE(o.code, 0);
+        QVERIFY2(waited >= 1000, qPrintable(QString::number(waited)));
+        QCOMPARE(o.out, QStringLiteral("1 von 1 Stämmen geändert.\n"));
+    }
+
     void harvestListAsTheListShowsIt()
     {
         test::TempDataFolder root;
@@ -205,7 +267,8 @@ private slots:
             auto db = Database::openOrCreate(root.databasePath());
             const qint32 id = test::addHarvest(db->shared(), 7);
             execSql(db->shared(), QStringLiteral("UPDATE Hiebe SET Waldname = ?, Hiebfläche = 1.5, Hiebdatum_von = '2026-03-01', "
-                                                 "Stämme_Efm = 12.3456, Bemerkung = 'zwei\tTeile' WHERE ID = ?"),
+                                                 "Stämme_Efm = 12.3456, Bemerkung = 'zwei\tTeile', "
+                                                 "Harvester = 'vor' || char(0) || 'nach' || char(13, 10) || 'Ende' WHERE ID = ?"),
                     {QStringLiteral("O'Briens Wald"), id});
         }
         const Output o = runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("hiebe")});
@@ -221,6 +284,9 @@ private slots:
         QCOMPARE(cells[8], QStringLiteral("01.03.2026"));
         QCOMPARE(cells[11], QStringLiteral("12,346"));
         QCOMPARE(cells[24], QStringLiteral("zwei Teile"));
+        QCOMPARE(cells[25], QStringLiteral("vor nach Ende")); // a NUL does not cut the row short
+        QCOMPARE(cells[26], QString::number(scalar(Database::openOrCreate(root.databasePath())->shared(),
+                                                   QStringLiteral("SELECT ID FROM Hiebe")).toInt()));
     }
 
     void recomputeRefusals_data()

@@ -35,6 +35,32 @@ private slots:
         QCOMPARE(decodeCp1252(encodeCp1252(QStringLiteral("Ÿœ™"))), QStringLiteral("Ÿœ™"));
     }
 
+    void everyByteRoundTrips()
+    {
+        QByteArray all;
+        for (int b = 0; b < 256; ++b)
+            all.append(char(b));
+        QCOMPARE(encodeCp1252(decodeCp1252(all)), all);
+        QCOMPARE(decodeCp1252("\x81\x9d"), QStringLiteral("\u0081\u009d"));
+    }
+
+    void recognisesUtf8_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("utf-8") << QByteArray("Gr\xc3\xb6\xc3\x9f" "e \xe2\x82\xac") << QStringLiteral("Größe €");
+        QTest::newRow("utf-8 with mark") << QByteArray("\xef\xbb\xbf" "abc") << QStringLiteral("abc");
+        QTest::newRow("windows-1252") << QByteArray("Gr\xf6\xdf" "e \x80") << QStringLiteral("Größe €");
+        QTest::newRow("ascii") << QByteArray("abc") << QStringLiteral("abc");
+        QTest::newRow("broken utf-8 is windows-1252") << QByteArray("\xc3\xb6\xc3") << QStringLiteral("Ã¶Ã");
+    }
+    void recognisesUtf8()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, text);
+        QCOMPARE(decodeTextFile(bytes), text);
+    }
+
     void readsLfOnlyFiles()
     {
         test::TempDataFolder dir;

@@ -109,6 +109,35 @@ private slots:
         compareWithGolden(lines, QStringLiteral("holzliste_nur_staemme.txt"));
     }
 
+    // Line breaks and tabs typed into texts become blanks: the report keeps its lines.
+    void textsCannotBreakTheLines()
+    {
+        test::TempDataFolder folder;
+        auto db = folder.openDatabase();
+        const qint32 id = fullHarvest(db->shared());
+        const int plain = int(timberList(db->shared(), id).size());
+        execSql(db->shared(), QStringLiteral("UPDATE Hiebe SET Waldname = ?, Bemerkung = ?, Harvester = ? WHERE ID = ?"),
+                {QStringLiteral("Ober\r\nwald"), QStringLiteral("Nord\nhang\tmit Graben"), QStringLiteral("Zeile 1\r\nZeile 2\rZeile 3"), id});
+        execSql(db->shared(), QStringLiteral("UPDATE Lose SET Los_Bezeichnung = ?, Lagerort = ? WHERE Kennung = ? AND Los_Nr = 1"),
+                {QStringLiteral("Fichte\nlang"), QStringLiteral("Weg\r7\tam Bach"), id});
+        const QStringList lines = timberList(db->shared(), id);
+        QCOMPARE(lines.size(), plain + 1); // the harvester text now has its line
+        for (const QString& line : lines)
+            QVERIFY2(!line.contains(u'\r') && !line.contains(u'\n') && !line.contains(u'\t'), qPrintable(line));
+        QVERIFY(lines.contains(QStringLiteral("Waldname:        Ober wald")));
+        QVERIFY(lines.contains(QStringLiteral("Nord hang mit Graben")));
+        QVERIFY(lines.contains(QStringLiteral("Zeile 1 Zeile 2 Zeile 3")));
+        QVERIFY(lines.contains(QStringLiteral("     1       5    4,327   105,85  Fichte lang      Weg 7 am Bach")));
+
+        const QString file = folder.filePath(QStringLiteral("Daten.txt"));
+        QVERIFY(writeTextFile(file, lines).ok);
+        QFile f(file);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray bytes = f.readAll();
+        QCOMPARE(bytes.count('\r'), lines.size()); // no bare CR: every CR ends a line
+        QCOMPARE(bytes.count('\n'), lines.size());
+    }
+
     void noPageMarks()
     {
         test::TempDataFolder folder;

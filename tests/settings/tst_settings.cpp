@@ -4,7 +4,9 @@
 #include "settings/settings.h"
 #include "support/tempdatafolder.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 using namespace tarvik;
 
@@ -91,6 +93,11 @@ private slots:
         QTest::newRow("factor 0 repaired") << 101 << "0.00" << "dez0" << "0.7";
         QTest::newRow("garbled factor counts as 0") << 102 << "abc" << "dez1" << "0.65";
         QTest::newRow("garbled number counts as 0") << 5 << "x1" << "zahl5" << "0";
+        QTest::newRow("factor nan repaired") << 101 << "nan" << "dez0" << "0.7";
+        QTest::newRow("factor inf repaired") << 102 << "inf" << "dez1" << "0.65";
+        QTest::newRow("factor -inf repaired") << 103 << "-inf" << "dez2" << "0.6";
+        QTest::newRow("factor overflow repaired") << 103 << "1e40" << "dez2" << "0.6";
+        QTest::newRow("spare factor nan is 0") << 105 << "NaN" << "dez4" << "0";
     }
     void repairs()
     {
@@ -138,6 +145,79 @@ private slots:
         lines << QStringLiteral("zuviel");
         QVERIFY(writeTextFile(path, lines).ok);
         QCOMPARE(EinstellungenLaden(path).text[60], QStringLiteral("Ende"));
+    }
+
+    // Every byte a text slot can hold comes back as it was, the five bytes Windows-1252
+    // leaves unassigned included; a file read and saved unchanged is not even rewritten.
+    void everyByteRoundTripsAndAnUnchangedFileIsNotRewritten()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QLatin1String(SettingsFileName));
+        QVERIFY(EinstellungenSpeichern(EinstellungenLaden(path), path));
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QList<QByteArray> lines = f.readAll().split('\n');
+        f.close();
+        QByteArray everyByte;
+        for (int b = 0; b < 256; ++b)
+            if (b != '\r' && b != '\n')
+                everyByte.append(char(b));
+        lines[112 + 20] = everyByte + '\r';
+        lines[112 + 21] = QByteArray("\x81\x8d\x8f\x90\x9d\r");
+        const QByteArray original = lines.join('\n');
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(original);
+        f.close();
+        const QDateTime old(QDate(2020, 1, 1), QTime(12, 0));
+        QVERIFY(f.open(QIODevice::ReadWrite));
+        QVERIFY(f.setFileTime(old, QFileDevice::FileModificationTime));
+        f.close();
+
+        const Einstellungen s = EinstellungenLaden(path);
+        QCOMPARE(s.text[21], QString(QChar(0x81)) + QChar(0x8D) + QChar(0x8F) + QChar(0x90) + QChar(0x9D));
+        QCOMPARE(s.text[20].size(), 254);
+        QVERIFY(EinstellungenSpeichern(s, path));
+        QCOMPARE(QFileInfo(path).lastModified(), old); // nothing changed: not written
+
+        const QString copy = dir.filePath(QStringLiteral("Kopie.tk3"));
+        QVERIFY(EinstellungenSpeichern(s, copy));
+        QFile c(copy);
+        QVERIFY(c.open(QIODevice::ReadOnly));
+        QCOMPARE(c.readAll(), original);
+
+        Einstellungen changed = s;
+        changed.zahl[30] = 1;
+        QVERIFY(EinstellungenSpeichern(changed, path));
+        QVERIFY(QFileInfo(path).lastModified() > old);
+        QCOMPARE(EinstellungenLaden(path).zahl[30], qint16(1));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2); // no temporary file left behind
+    }
+
+    // An editor saved the file as UTF-8: it is read as such and written back once in the
+    // program's code page.
+    void utf8FileIsReadAndConvertedOnce()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QLatin1String(SettingsFileName));
+        Einstellungen s = EinstellungenLaden(path);
+        s.text[1] = QStringLiteral("Forstbetrieb Müller – Säge „Nord“ €");
+        QVERIFY(EinstellungenSpeichern(s, path));
+        QStringList lines = readTextFile(path).lines;
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(QByteArray("\xEF\xBB\xBF") + (lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n")).toUtf8());
+        f.close();
+
+        const Einstellungen read = EinstellungenLaden(path);
+        QCOMPARE(read.text[1], s.text[1]);
+        QCOMPARE(read.zahl[17], qint16(14));
+        QVERIFY(EinstellungenSpeichern(read, path));
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QByteArray bytes = f.readAll();
+        f.close();
+        QVERIFY(bytes.contains("Forstbetrieb M\xfcller \x96 S\xe4ge \x84Nord\x93 \x80\r\n"));
+        QVERIFY(!bytes.startsWith("\xEF\xBB\xBF"));
+        QCOMPARE(EinstellungenLaden(path).text[1], s.text[1]);
     }
 
     void corrections_data()

@@ -22,10 +22,18 @@ class TestSettingsDialog : public QObject {
     QString path() const { return m_dir.filePath(QLatin1String(SettingsFileName)); }
 
 
+    // Replaces the field's text key by key, as a user does.
+    static void typeOnly(QLineEdit* edit, const QString& text)
+    {
+        edit->selectAll();
+        QTest::keyClick(edit, Qt::Key_Backspace);
+        QTest::keyClicks(edit, text);
+    }
+    // ... and then leaves the field.
     static void typeInto(QLineEdit* edit, const QString& text)
     {
-        edit->setText(text);
-        emit edit->editingFinished(); // the user leaves the field
+        typeOnly(edit, text);
+        emit edit->editingFinished();
     }
 
 private slots:
@@ -120,6 +128,24 @@ private slots:
         }
     }
 
+    // Only a field the user edited is corrected: passing through a field, or never touching
+    // it, leaves its stored value alone.
+    void untouchedFieldsAreNotCorrected()
+    {
+        QFile::remove(path());
+        Einstellungen s = EinstellungenLaden(path());
+        s.zahl[59] = 95; // beyond the dialog's limit, set by an older version
+        test::ScriptedPrompter prompter;
+        SettingsDialog d(s, path(), prompter);
+        QCOMPARE(child<QLineEdit>(d, "t(1)")->text(), QStringLiteral("0"));
+        emit child<QLineEdit>(d, "t(8)")->editingFinished(); // tabbed through without typing
+        child<QPushButton>(d, "beenden")->click();
+        QCOMPARE(d.result(), int(QDialog::Accepted));
+        QCOMPARE(s.zahl[21], qint16(0));
+        QCOMPARE(s.zahl[59], qint16(95));
+        QCOMPARE(EinstellungenLaden(path()).zahl[21], qint16(0));
+    }
+
     void beendenStoresEverything()
     {
         QFile::remove(path());
@@ -135,9 +161,9 @@ private slots:
         typeInto(child<QLineEdit>(d, "t(7)"), QStringLiteral("10,5"));
         typeInto(child<QLineEdit>(d, "t(2)"), QStringLiteral("21"));
         typeInto(child<QLineEdit>(d, "t(0)"), QStringLiteral("Gemeinde O'Brien"));
-        child<QLineEdit>(d, "t(1)")->setText(QStringLiteral("12")); // still in the field when Beenden is pressed
         child<QComboBox>(d, "komschnittstelle")->setEditText(QStringLiteral("/dev/ttyUSB0"));
         typeInto(child<QLineEdit>(d, "tonlineserver"), QStringLiteral("dienst.example"));
+        typeOnly(child<QLineEdit>(d, "t(1)"), QStringLiteral("12")); // still in the field when Beenden is pressed
         child<QPushButton>(d, "beenden")->click();
 
         QCOMPARE(d.result(), int(QDialog::Accepted));

@@ -1,9 +1,16 @@
-// Opening: a file that is not ours is reported and left untouched; two handles share a file.
+// Opening: a file that is not ours, a damaged, a locked and a read-only file are each told
+// apart and left untouched; two handles share a file; a writer waits for another writer.
 #include "store/database.h"
 #include "store/sql.h"
 #include "support/tempdatafolder.h"
 
+#include <QElapsedTimer>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QSemaphore>
+#include <QThread>
+#include <unistd.h>
 
 using namespace tarvik;
 
@@ -21,6 +28,68 @@ void writeAll(const QString& path, const QByteArray& bytes)
     QVERIFY(f.open(QIODevice::WriteOnly));
     f.write(bytes);
 }
+
+QSqlDatabase plainConnection(const QString& name, const QString& path)
+{
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+    db.setDatabaseName(path);
+    return db;
+}
+
+// Another program holding the write lock for a while, on its own connection and thread.
+class OtherWriter : public QThread {
+public:
+    OtherWriter(QString path, int holdMs) : m_path(std::move(path)), m_holdMs(holdMs) {}
+    QSemaphore locked;
+    bool committed = false;
+
+protected:
+    void run() override
+    {
+        {
+            QSqlDatabase db = plainConnection(QStringLiteral("other-writer"), m_path);
+            try {
+                db.open();
+                execSql(db, QStringLiteral("BEGIN IMMEDIATE"));
+                execSql(db, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (100)"));
+                locked.release();
+                msleep(static_cast<unsigned long>(m_holdMs));
+                execSql(db, QStringLiteral("COMMIT"));
+                committed = true;
+            } catch (const StoreError&) {
+                locked.release();
+            }
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("other-writer"));
+    }
+
+private:
+    QString m_path;
+    int m_holdMs;
+};
+
+// Root may write any file: the read-only cases run as an ordinary user, and switch back after.
+class AsOrdinaryUser {
+public:
+    AsOrdinaryUser()
+    {
+        if (geteuid() != 0)
+            return;
+        m_switched = setresgid(65534, 65534, 0) == 0 && setresuid(65534, 65534, 0) == 0;
+    }
+    ~AsOrdinaryUser()
+    {
+        if (m_switched) {
+            [[maybe_unused]] const int u = setresuid(0, 0, 0);
+            [[maybe_unused]] const int g = setresgid(0, 0, 0);
+        }
+    }
+    bool ok() const { return geteuid() != 0; }
+
+private:
+    bool m_switched = false;
+};
 
 } // namespace
 
@@ -129,6 +198,200 @@ private slots:
             // The outer operation fails after the inner one succeeded: neither remains.
         }
         QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT count(*) FROM Hiebe")).toInt(), 0);
+    }
+
+    void innerGuardRollsBackOnlyItsOwnRows()
+    {
+        test::TempDataFolder folder;
+        auto db = Database::openOrCreate(folder.databasePath());
+        {
+            TransactionGuard outer(db->shared());
+            execSql(db->shared(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (1)"));
+            {
+                TransactionGuard inner(db->shared());
+                QVERIFY(inTransaction(db->shared()));
+                execSql(db->shared(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (2)"));
+            }
+            outer.commit();
+        }
+        QVERIFY(!inTransaction(db->shared()));
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT group_concat(Hieb_Nr) FROM Hiebe")).toString(), QStringLiteral("1"));
+    }
+
+    // A command-line run beside the open desktop program: it reads, then writes, while the
+    // other program holds the write lock for 1.5 s. It must wait and succeed, not fail at once.
+    void writerWaitsForAnotherWriter()
+    {
+        test::TempDataFolder folder;
+        auto db = Database::openOrCreate(folder.databasePath());
+        OtherWriter other(folder.databasePath(), 1500);
+        other.start();
+        QVERIFY(other.locked.tryAcquire(1, 5000));
+        QElapsedTimer timer;
+        timer.start();
+        try {
+            TransactionGuard guard(db->shared());
+            const int before = scalar(db->shared(), QStringLiteral("SELECT count(*) FROM Hiebe")).toInt();
+            execSql(db->shared(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (?)"), {before + 1});
+            guard.commit();
+        } catch (const StoreError& e) {
+            other.wait();
+            QFAIL(qPrintable(e.message()));
+        }
+        QVERIFY2(timer.elapsed() >= 1000, qPrintable(QString::number(timer.elapsed())));
+        QVERIFY(other.wait(5000));
+        QVERIFY(other.committed);
+        // The waiting writer saw the other's row: its number follows it.
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT group_concat(Hieb_Nr, ',') FROM (SELECT Hieb_Nr FROM Hiebe ORDER BY ID)")).toString(),
+                 QStringLiteral("100,2"));
+    }
+
+    // Locked is not damaged: the message must not send the user to a backup.
+    void lockedFileIsToldApartFromDamage()
+    {
+        test::TempDataFolder folder;
+        createDatabaseFile(folder.databasePath());
+        {
+            QSqlDatabase holder = plainConnection(QStringLiteral("holder"), folder.databasePath());
+            QVERIFY(holder.open());
+            execSql(holder, QStringLiteral("PRAGMA locking_mode = EXCLUSIVE"));
+            execSql(holder, QStringLiteral("BEGIN EXCLUSIVE"));
+            execSql(holder, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (1)"));
+            try {
+                OpenOptions quick;
+                quick.busyTimeoutMs = 200;
+                Database::openOrCreate(folder.databasePath(), quick);
+                QFAIL("a locked file was opened");
+            } catch (const StoreError& e) {
+                QCOMPARE(e.problem(), StoreProblem::Locked);
+                QVERIFY2(e.message().contains(QStringLiteral("durch ein anderes Programm gesperrt")), qPrintable(e.message()));
+                QVERIFY(e.message().contains(QDir::toNativeSeparators(folder.databasePath())));
+                QVERIFY(!e.message().contains(QStringLiteral("ist beschädigt")));
+                QVERIFY(!e.message().contains(QStringLiteral("keine Datenbank")));
+                QVERIFY(!e.message().contains(QStringLiteral("locked")));
+            }
+            execSql(holder, QStringLiteral("ROLLBACK"));
+            holder.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("holder"));
+        QVERIFY(Database::openOrCreate(folder.databasePath()));
+    }
+
+    // Broken pages inside a table: the header and the table list are fine, only a check of
+    // the pages finds them. The file is named and left as it was. A large file has its small
+    // tables checked, the harvests among them.
+    void damagedPagesAreFoundOnOpening_data()
+    {
+        QTest::addColumn<qint64>("fullCheckBytes");
+        QTest::newRow("every page") << OpenOptions().fullPageCheckBytes;
+        QTest::newRow("large file") << qint64(0);
+    }
+    void damagedPagesAreFoundOnOpening()
+    {
+        QFETCH(qint64, fullCheckBytes);
+        OpenOptions options;
+        options.fullPageCheckBytes = fullCheckBytes;
+        test::TempDataFolder folder;
+        int rootPage = 0;
+        int pageSize = 0;
+        {
+            auto db = Database::openOrCreate(folder.databasePath());
+            TransactionGuard guard(db->shared());
+            for (int i = 1; i <= 400; ++i)
+                execSql(db->shared(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Bemerkung) VALUES (?, ?)"),
+                        {i, QString(200, u'x')});
+            guard.commit();
+            rootPage = scalar(db->shared(), QStringLiteral("SELECT rootpage FROM sqlite_master WHERE name = 'Hiebe'")).toInt();
+            pageSize = scalar(db->shared(), QStringLiteral("PRAGMA page_size")).toInt();
+        }
+        QByteArray bytes = readAll(folder.databasePath());
+        QVERIFY(!QFile::exists(folder.databasePath() + QStringLiteral("-wal")) ||
+                QFileInfo(folder.databasePath() + QStringLiteral("-wal")).size() == 0);
+        bytes[qsizetype(rootPage - 1) * pageSize] = char(0x07); // no valid page type
+        writeAll(folder.databasePath(), bytes);
+
+        try {
+            Database::openOrCreate(folder.databasePath(), options);
+            QFAIL("a damaged file was opened");
+        } catch (const StoreError& e) {
+            QCOMPARE(e.problem(), StoreProblem::Damaged);
+            QVERIFY2(e.message().contains(QStringLiteral("ist beschädigt")), qPrintable(e.message()));
+            QVERIFY(e.message().contains(QDir::toNativeSeparators(folder.databasePath())));
+            QVERIFY(!e.message().contains(QStringLiteral("gesperrt")));
+            QVERIFY(!e.message().contains(QStringLiteral("btree"), Qt::CaseInsensitive));
+        }
+        QCOMPARE(readAll(folder.databasePath()), bytes);
+    }
+
+    void readOnlyFileIsToldOnOpening_data()
+    {
+        QTest::addColumn<bool>("folderReadOnly");
+        QTest::addColumn<QString>("named");
+        QTest::newRow("file") << false << QStringLiteral("Die Datenbank ist schreibgeschützt");
+        QTest::newRow("folder") << true << QStringLiteral("der Datenbank ist schreibgeschützt");
+    }
+    void readOnlyFileIsToldOnOpening()
+    {
+        QFETCH(bool, folderReadOnly);
+        QFETCH(QString, named);
+        test::TempDataFolder folder;
+        createDatabaseFile(folder.databasePath());
+        const QByteArray before = readAll(folder.databasePath());
+        QFile::setPermissions(folder.databasePath(), QFileDevice::ReadOwner | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+        const QFileDevice::Permissions open = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
+                                              QFileDevice::ReadOther | QFileDevice::ExeOther;
+        if (folderReadOnly) {
+            QFile::setPermissions(folder.databasePath(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadOther |
+                                                             QFileDevice::WriteOther);
+            QFile::setPermissions(folder.path(), QFileDevice::ReadOwner | QFileDevice::ExeOwner | QFileDevice::ReadOther |
+                                                     QFileDevice::ExeOther);
+        } else {
+            QFile::setPermissions(folder.path(), open | QFileDevice::WriteOther);
+        }
+        {
+            AsOrdinaryUser user;
+            QVERIFY(user.ok());
+            try {
+                Database::openOrCreate(folder.databasePath());
+                QFAIL("a read-only file was opened without a word");
+            } catch (const StoreError& e) {
+                QCOMPARE(e.problem(), StoreProblem::ReadOnly);
+                QVERIFY2(e.message().contains(named), qPrintable(e.message()));
+                QVERIFY(e.message().contains(QDir::toNativeSeparators(folder.databasePath())));
+            }
+        }
+        QFile::setPermissions(folder.path(), open | QFileDevice::WriteOther);
+        QCOMPARE(readAll(folder.databasePath()), before);
+    }
+
+    // Engine texts are never shown: each kind of failure gets its German sentence.
+    void engineFailuresReadInGerman()
+    {
+        test::TempDataFolder folder;
+        auto db = Database::openOrCreate(folder.databasePath());
+        const int pages = scalar(db->shared(), QStringLiteral("PRAGMA page_count")).toInt();
+        execSql(db->shared(), QStringLiteral("PRAGMA max_page_count = %1").arg(pages + 2));
+        try {
+            TransactionGuard guard(db->shared());
+            for (int i = 0; i < 200; ++i)
+                execSql(db->shared(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Bemerkung) VALUES (?, ?)"), {i, QString(250, u'y')});
+            guard.commit();
+            QFAIL("a full file took every row");
+        } catch (const StoreError& e) {
+            QCOMPARE(e.problem(), StoreProblem::DiskFull);
+            QVERIFY2(e.message().startsWith(QStringLiteral("Der Datenträger ist voll")), qPrintable(e.message()));
+            QVERIFY(!e.message().contains(QStringLiteral("INSERT")));
+            QVERIFY(e.detail().contains(QStringLiteral("INSERT"))); // kept for the developer
+        }
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT count(*) FROM Hiebe")).toInt(), 0);
+
+        try {
+            execSql(db->shared(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Jahr) VALUES (1, '20266')"));
+            QFAIL("an overlong year was stored");
+        } catch (const StoreError& e) {
+            QCOMPARE(e.problem(), StoreProblem::Rejected);
+            QCOMPARE(e.message(), QStringLiteral("Der Wert im Feld \"Jahr\" ist zu lang: es nimmt höchstens 4 Zeichen auf."));
+        }
     }
 };
 

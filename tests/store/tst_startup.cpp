@@ -5,6 +5,7 @@
 #include "support/tempdatafolder.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 using namespace tarvik;
 
@@ -71,6 +72,33 @@ private slots:
         QVERIFY(later.messages().isEmpty());
         QVERIFY(firstActivation(*again, later).changes.isEmpty());
         QVERIFY(later.messages().isEmpty());
+    }
+
+    // The desktop user is told what the upgrade added and where the old file is kept.
+    void upgradeSaysWhatItAdded()
+    {
+        test::TempDataFolder folder;
+        createDatabaseFile(folder.databasePath());
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("old"));
+            db.setDatabaseName(folder.databasePath());
+            QVERIFY(db.open());
+            execSql(db, QStringLiteral("ALTER TABLE Stämme DROP COLUMN Holzpreis"));
+            execSql(db, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (1)"));
+            db.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("old"));
+        test::ScriptedPrompter prompter;
+        auto session = startSession(optionsFor(folder), prompter);
+        QVERIFY(session);
+        const UpgradeReport report = firstActivation(*session, prompter);
+        QCOMPARE(prompter.messages().size(), 1);
+        const QString shown = prompter.messages().first();
+        QVERIFY2(shown.startsWith(QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht:\nSpalte Stämme.Holzpreis ergänzt\n")),
+                 qPrintable(shown));
+        QVERIFY(shown.contains(QStringLiteral("Kopie des vorherigen Stands: ")));
+        QVERIFY(QFile::exists(report.backupPath));
+        QVERIFY(QFileInfo(report.backupPath).fileName().startsWith(QStringLiteral("TARVIK3.vor-Aktualisierung-")));
     }
 
     void foreignDatabaseEndsTheStart()

@@ -6,6 +6,9 @@
 #include "store/upgrade.h"
 #include "support/tempdatafolder.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QSqlQuery>
 
 using namespace tarvik;
@@ -153,6 +156,81 @@ private slots:
         QVERIFY(columns.contains(QStringLiteral("SK_L7")));
         QCOMPARE(columns.size(), 14); // Baumart, Güte, 11 classes, ID; "L 8" never reaches SQL
         QCOMPARE(columns.at(2), QStringLiteral("SK_L0"));
+    }
+
+    // A file of the current version that lacks a column and a table (an old program's bug, a
+    // tool's edit): the upgrade finds them, adds them, says so, and keeps the file as it was.
+    void missingPiecesAreAddedNamedAndTheOldFileKept()
+    {
+        test::TempDataFolder folder;
+        makeOldFile(folder.databasePath(), [](const QSqlDatabase& db) {
+            run(db, "ALTER TABLE Stämme DROP COLUMN Holzpreis");
+            run(db, "DROP TABLE Stärkeklassen_Stämme");
+            run(db, "DROP TABLE Liste_Hiebart");
+            run(db, "INSERT INTO Stämme(Los_Nr, Laufende_Nr, Preis_berechnet, Kennung) VALUES (1, 1, 45.25, 1)");
+        });
+        const QDate today(2026, 11, 23);
+        QFile taken(folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-2026-11-23.db")));
+        QVERIFY(taken.open(QIODevice::WriteOnly)); // an earlier copy of the same day stays as it is
+        taken.close();
+
+        auto db = Database::openOrCreate(folder.databasePath());
+        test::ScriptedPrompter prompter;
+        const UpgradeReport report = upgradeDatabase(db->shared(), prompter, today);
+        QVERIFY(prompter.messages().isEmpty());
+        QVERIFY(report.failures.isEmpty());
+        const QString copy = folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-2026-11-23-2.db"));
+        QCOMPARE(report.backupPath, copy);
+        QVERIFY2(report.changes.contains(QStringLiteral("Spalte Stämme.Holzpreis ergänzt")), qPrintable(report.changes.join(u'|')));
+        QVERIFY(report.changes.contains(QStringLiteral("Tabelle Stärkeklassen_Stämme mit den Standardwerten angelegt")));
+        QVERIFY(report.changes.contains(QStringLiteral("Tabelle Liste_Hiebart angelegt")));
+        QVERIFY(report.changes.contains(QStringLiteral("Kopie des vorherigen Stands: %1").arg(QDir::toNativeSeparators(copy))));
+        QCOMPARE(sortedColumns(db->shared()), m_newColumns);
+        QVERIFY(layoutIsCurrent(db->shared()));
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT Holzpreis FROM Stämme")).toDouble(), 45.25);
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT group_concat(Klasse) FROM Stärkeklassen_Stämme")).toString(),
+                 QStringLiteral("L0,L1a,L1b,L2a,L2b,L3a,L3b,L4,L5,L6"));
+        QCOMPARE(QFileInfo(taken).size(), 0);
+
+        // The copy is the file as it was, complete with its rows.
+        {
+            QSqlDatabase old = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("copy"));
+            old.setDatabaseName(copy);
+            QVERIFY(old.open());
+            QVERIFY(!schema::hasColumn(old, QStringLiteral("Stämme"), QStringLiteral("Holzpreis")));
+            QVERIFY(!schema::hasTable(old, QStringLiteral("Stärkeklassen_Stämme")));
+            QCOMPARE(scalar(old, QStringLiteral("SELECT Preis_berechnet FROM Stämme")).toDouble(), 45.25);
+            old.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("copy"));
+
+        // Nothing left to do: no change, no further copy.
+        const UpgradeReport again = upgradeDatabase(db->shared(), prompter, today);
+        QVERIFY(again.changes.isEmpty());
+        QVERIFY(again.backupPath.isEmpty());
+        QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-2026-11-23-3.db"))));
+    }
+
+    // A step the engine refuses is told in German with what it was about; the others still run.
+    void failedStepIsToldInGerman()
+    {
+        test::TempDataFolder folder;
+        makeOldFile(folder.databasePath(), [](const QSqlDatabase& db) {
+            run(db, "ALTER TABLE Stämme DROP COLUMN Holzpreis");
+            run(db, "DROP TABLE Rechnungen");
+            run(db, "CREATE VIEW Rechnungen AS SELECT 1 AS x"); // takes the name the table needs
+        });
+        auto db = Database::openOrCreate(folder.databasePath());
+        test::ScriptedPrompter prompter;
+        const UpgradeReport report = upgradeDatabase(db->shared(), prompter, QDate(2026, 11, 23));
+        QVERIFY(report.changes.contains(QStringLiteral("Spalte Stämme.Holzpreis ergänzt")));
+        const QStringList refused = report.failures.filter(QStringLiteral("Der Schritt \"Tabelle Rechnungen anlegen\" ist nicht gelungen: "));
+        QVERIFY2(refused.size() == 1, qPrintable(report.failures.join(u'\n')));
+        QCOMPARE(prompter.messages().size(), 1);
+        const QString shown = prompter.messages().first();
+        QVERIFY(shown.startsWith(QStringLiteral("Die Datenbank konnte nicht vollständig auf den aktuellen Stand gebracht werden:\n")));
+        for (const char* engine : {"CREATE", "ALTER", "already exists", "table", "view"})
+            QVERIFY2(!shown.contains(QString::fromUtf8(engine)), qPrintable(shown));
     }
 
     void deletedBarkRangesComeBack()

@@ -28,6 +28,8 @@ public:
         const UpgradeReport report = upgradeDatabase(database.shared(), context.prompter);
         for (const QString& change : report.changes)
             context.io.print(change);
+        if (!report.failures.isEmpty())
+            return Refused; // the prompter has shown every failed step
         if (report.changes.isEmpty())
             context.io.print(QStringLiteral("Der Aufbau der Datenbank ist aktuell; nichts geändert."));
         return Success;

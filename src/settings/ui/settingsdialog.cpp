@@ -286,8 +286,11 @@ constexpr std::pair<int, Correction> Corrections[] = {
     {8, settingsrules::topMargin},  {4, settingsrules::firstFactor},
 };
 
+// Only a field the user typed in is corrected; one nobody edited keeps what was stored.
 void correct(QLineEdit* edit, Correction rule)
 {
+    if (!edit->isModified())
+        return;
     const QString corrected = rule(edit->text());
     if (corrected != edit->text())
         edit->setText(corrected);
