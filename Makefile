@@ -2,7 +2,7 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: deps configure build run test bench clean
+.PHONY: deps configure build run test bench clean crashtest
 
 deps:
 	./scripts/install-deps.sh
@@ -24,3 +24,10 @@ clean:
 
 bench: build
 	$(BUILD)/bin/tarvik-bench
+
+# 500 kills -9 spread over every multi-row write; CRASH_SEED repeats a run.
+CRASH_KILLS ?= 500
+CRASH_SEED ?= 20261123
+crashtest: configure
+	cmake --build $(BUILD) -j $(JOBS) --target tarvik-crashtest
+	$(BUILD)/bin/tarvik-crashtest --kills $(CRASH_KILLS) --seed $(CRASH_SEED)
