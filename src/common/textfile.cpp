@@ -18,6 +18,9 @@ char encodeChar(char16_t c)
 {
     if (c < 0x80 || (c >= 0xA0 && c <= 0xFF))
         return static_cast<char>(c);
+    // An unassigned byte was read as the control character of its number: it goes back as read.
+    if (c >= 0x80 && c < 0xA0 && HighTable[c - 0x80] == 0)
+        return static_cast<char>(c);
     for (int i = 0; i < 32; ++i)
         if (HighTable[i] == c && c != 0)
             return static_cast<char>(0x80 + i);

@@ -4,6 +4,7 @@
 #include "common/textfile.h"
 
 #include <QStringList>
+#include <cmath>
 
 namespace tarvik {
 namespace {
@@ -20,7 +21,8 @@ float parseDezimal(const QString& line)
 {
     bool ok = false;
     const float v = line.trimmed().toFloat(&ok);
-    return ok ? v : 0.0f;
+    // "nan" and "inf" parse, but no factor may be either: they count as unreadable.
+    return ok && std::isfinite(v) ? v : 0.0f;
 }
 
 } // namespace
