@@ -11,6 +11,7 @@ packages=(
   poppler-utils
   mdbtools-dev mdbtools
   ccache
+  clang libfuzzer-14-dev
 )
 
 missing=()
