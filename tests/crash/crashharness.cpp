@@ -35,6 +35,7 @@ using namespace tarvik::crash;
 namespace {
 
 constexpr char ReadyLine[] = "bereit";
+constexpr char DoneLine[] = "fertig";
 
 QString dbPath(const QString& folder) { return QDir(folder).filePath(QLatin1String(DatabaseFileName)); }
 
@@ -59,6 +60,9 @@ int runWorker(const QString& name, const QString& folder)
         std::fputc('\n', stdout);
         std::fflush(stdout);
         write();
+        std::fputs(DoneLine, stdout);
+        std::fputc('\n', stdout);
+        std::fflush(stdout);
     } catch (const StoreError& e) {
         std::fprintf(stderr, "%s\n", qPrintable(e.message()));
         return 1;
@@ -174,10 +178,15 @@ public:
                 std::fprintf(stderr, "%s: Arbeiter meldet sich nicht\n", qPrintable(op.name));
                 return false;
             }
+            // The write's own time, up to its done line: the kills fall inside it, not in the
+            // process's teardown.
             QElapsedTimer t;
             t.start();
-            p.waitForFinished(120000);
+            QByteArray out = p.readAllStandardOutput();
+            while (!out.contains(DoneLine) && p.waitForReadyRead(120000))
+                out += p.readAllStandardOutput();
             b.writeMicros = std::max<qint64>(b.writeMicros, t.nsecsElapsed() / 1000);
+            p.waitForFinished(120000);
             if (p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
                 std::fprintf(stderr, "%s: Arbeiter scheiterte: %s\n", qPrintable(op.name), p.readAllStandardError().constData());
                 return false;
