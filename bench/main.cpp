@@ -1,5 +1,6 @@
 // tarvik-bench: how the program's work grows with its data, beside the bare database doing the
 // same minimal work on the same file.
+#include "backup.h"
 #include "generator.h"
 #include "measure.h"
 
@@ -278,6 +279,8 @@ int main(int argc, char* argv[])
     results.push_back(startScenario(path, 20));
     results.push_back(timberListScenario(path, large, 10));
     results.push_back(logStoreScenario(path, large, 10000, 1000));
+    for (const bench::Result& r : bench::backupScenarios(folder, scratch.filePath(QStringLiteral("sicherung")), 3))
+        results.push_back(r);
     const long desktopKb = desktopPeakKb(parser.value(desktop), folder);
     bench::report(results, bench::peakResidentKb());
     if (desktopKb > 0)

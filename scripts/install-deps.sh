@@ -7,10 +7,12 @@ packages=(
   cmake ninja-build g++ make pkg-config
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
   libsqlite3-dev sqlite3
+  libzip-dev zlib1g-dev zip unzip
   fonts-liberation2
   poppler-utils
   mdbtools-dev mdbtools
   ccache
+  qt6-serialport-dev libzip-dev unzip
   clang libfuzzer-14-dev
 )
 

@@ -3,6 +3,7 @@
 #include "common/folders.h"
 #include "common/germanlocale.h"
 #include "common/ui/messageboxprompter.h"
+#include "help/ui/helpbuttons.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -33,6 +34,8 @@ int main(int argc, char* argv[])
     tarvik::SystemClock clock;
     tarvik::MainWindow window(*session, prompter, clock);
     prompter.setParent(&window);
+    tarvik::HelpButtons helpButtons(prompter);
+    app.installEventFilter(&helpButtons);
     window.show();
     return app.exec();
 }

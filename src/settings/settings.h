@@ -7,6 +7,11 @@ namespace tarvik {
 
 inline constexpr char SettingsFileName[] = "Einstellungen.tk3";
 
+// Spare text slots used for what COM numbers cannot say on every system.
+inline constexpr int SerialDeviceSlot = 40; // Einst_Text: the calliper's port as the system names it
+inline constexpr int OnlineHostSlot = 41;   // Einst_Text: the online service's web server
+inline constexpr int MapHostSlot = 42;      // Einst_Text: the web map's server for the lots' aerial view
+
 struct Einstellungen {
     static constexpr int ZahlCount = 101;
     static constexpr int DezimalCount = 11;

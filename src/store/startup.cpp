@@ -1,5 +1,6 @@
 #include "store/startup.h"
 
+#include "backup/stagedrestore.h"
 #include "common/folders.h"
 #include "common/germanlocale.h"
 #include "store/sql.h"
@@ -68,6 +69,8 @@ std::unique_ptr<Session> startSession(const StartupOptions& options, Prompter& p
         prompter.inform(folder.error, Prompter::Icon::Critical);
         return nullptr;
     }
+    if (session->instanceLock) // only a start that has the data folder to itself may swap files under it
+        applyStagedRestore(options.dataFolder, prompter);
 
     try {
         session->database = Database::openOrCreate(QDir(options.dataFolder).filePath(QLatin1String(DatabaseFileName)));

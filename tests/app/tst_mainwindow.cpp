@@ -9,12 +9,14 @@
 
 #include <QAbstractItemModel>
 #include <QApplication>
+#include <QDialog>
 #include <QFile>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTableView>
+#include <QTimer>
 
 using namespace tarvik;
 
@@ -53,7 +55,7 @@ private slots:
             {"E_EingabeStämme", "&Stämme", true},       {"A_Statistikholzliste", "&Holzliste", true},
             {"A_StatistikHiebe", "&Hiebe", false},
             {"S_Stammdaten_Rindenabzug2", "Rindenabzug &frei definiert", false},
-            {"S_xdatensicherung", "&Datensicherung", false}, {"popzeile(1)", "&Ändern", true}};
+            {"S_xdatensicherung", "&Datensicherung", true}, {"popzeile(1)", "&Ändern", true}};
         for (const auto& [name, caption, enabled] : items) {
             QAction* a = w.findChild<QAction*>(QString::fromUtf8(name));
             QVERIFY2(a, name);
@@ -163,6 +165,32 @@ private slots:
         MainWindow again(*m_session, m_prompter, m_clock);
         again.refill();
         QCOMPARE(again.findChild<QTableView*>(QStringLiteral("datali"))->columnWidth(3), 217);
+    }
+
+    // The button, the menu entry and a Yes to the exit reminder each open the backup wizard.
+    void backupWizardOpens()
+    {
+        QStringList opened;
+        auto closeWizardSoon = [&opened] {
+            QTimer::singleShot(0, [&opened] {
+                if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
+                    opened << dialog->objectName();
+                    dialog->reject();
+                }
+            });
+        };
+        m_session->settings.text[12].clear();
+        MainWindow w(*m_session, m_prompter, m_clock);
+        closeWizardSoon();
+        w.findChild<QPushButton*>(QStringLiteral("bt_datensicherung"))->click();
+        closeWizardSoon();
+        w.findChild<QAction*>(QStringLiteral("S_xdatensicherung"))->trigger();
+        m_prompter.answerYes();
+        closeWizardSoon();
+        w.close();
+        QCOMPARE(opened, QStringList(3, QStringLiteral("FH_Datensicherung_neu")));
+        QCOMPARE(m_prompter.questions().last(),
+                 QStringLiteral("Sie haben noch nie ein Backup (Datensicherung) gemacht.\nSoll jetzt eine Datensicherung gemacht werden?"));
     }
 
     void exitRemovesReportPagesAndReminds()

@@ -145,6 +145,59 @@ private slots:
         QCOMPARE(again.out, QStringLiteral("2 von 2 Stämmen geändert.\n"));
     }
 
+    // Captured device transfers and export files replay through the import the window uses.
+    void deviceImportReplaysCapturedFiles()
+    {
+        test::TempDataFolder root;
+        QCOMPARE(runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("init")}).code, 0);
+        {
+            auto db = Database::openOrCreate(root.databasePath());
+            const qint32 id = test::addHarvest(db->shared(), 41);
+            test::addLot(db->shared(), id, 1);
+        }
+        const QString capture = root.filePath(QStringLiteral("fmr1.bin"));
+        QFile f(capture);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        // Header, then Fi B 124 / 35 cm / 4 m in lot 3, Bu C 128 / 40 cm / 4 m, a species code 0000.
+        f.write(QByteArray("4") + QByteArray(28, 'K') + QByteArray::fromHex("7A001F2303" "9B00202800" "0200011E00"));
+        f.close();
+        const QStringList args{QStringLiteral("--daten"), root.path(), QStringLiteral("geraeteimport"), QStringLiteral("fmr1"), capture,
+                               QStringLiteral("41"), QStringLiteral("1")};
+        const Output declined = runCli(args);
+        QCOMPARE(declined.code, 1);
+        const Output done = runCli(QStringList{QStringLiteral("--ja")} + args);
+        QCOMPARE(done.code, 0);
+        QCOMPARE(done.out, QStringLiteral("2 von 3 Stämmen eingelesen, 1 übersprungen.\n"));
+        QVERIFY(done.err.contains(QStringLiteral("Das Los 3 wird deshalb jetzt angelegt.")));
+        const Output again = runCli(QStringList{QStringLiteral("--ja")} + args);
+        QCOMPARE(again.out, QStringLiteral("0 von 3 Stämmen eingelesen, 3 übersprungen.\n"));
+
+        const QString exportFile = root.filePath(QStringLiteral("Export_wb7_TARVIK.DAT"));
+        QFile e(exportFile);
+        QVERIFY(e.open(QIODevice::WriteOnly));
+        e.write("Los;Nr;Baumart;Guete;Laenge;Staerke;Zopf;Kaefer;Bemerkung\r\n1;500;Kie;B;4,5;30;;N;\r\n");
+        e.close();
+        const Output online = runCli({QStringLiteral("--ja"), QStringLiteral("--daten"), root.path(), QStringLiteral("geraeteimport"),
+                                      QStringLiteral("online"), exportFile, QStringLiteral("41"), QStringLiteral("1"), QStringLiteral("--rinde"),
+                                      QStringLiteral("O")});
+        QCOMPARE(online.code, 0);
+        auto db = Database::openOrCreate(root.databasePath());
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT Baumart || '/' || Stärke_oR FROM Stämme WHERE Laufende_Nr = 500")).toString(),
+                 QStringLiteral("KI (Kiefer)/30"));
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT Stämme_Anzahl FROM Hiebe")).toInt(), 3);
+        db.reset();
+
+        e.open(QIODevice::WriteOnly);
+        e.write("<html><body>Fehler 500</body></html>");
+        e.close();
+        const Output page = runCli({QStringLiteral("--ja"), QStringLiteral("--daten"), root.path(), QStringLiteral("geraeteimport"),
+                                    QStringLiteral("online"), exportFile, QStringLiteral("41"), QStringLiteral("1")});
+        QCOMPARE(page.code, 1);
+        QVERIFY(page.err.contains(QStringLiteral("Internetseite")));
+        QCOMPARE(runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("geraeteimport"), QStringLiteral("usb"), exportFile,
+                         QStringLiteral("41"), QStringLiteral("1")}).code, 2);
+    }
+
     void harvestListAsTheListShowsIt()
     {
         test::TempDataFolder root;

@@ -136,6 +136,8 @@ private slots:
         typeInto(child<QLineEdit>(d, "t(2)"), QStringLiteral("21"));
         typeInto(child<QLineEdit>(d, "t(0)"), QStringLiteral("Gemeinde O'Brien"));
         child<QLineEdit>(d, "t(1)")->setText(QStringLiteral("12")); // still in the field when Beenden is pressed
+        child<QComboBox>(d, "komschnittstelle")->setEditText(QStringLiteral("/dev/ttyUSB0"));
+        typeInto(child<QLineEdit>(d, "tonlineserver"), QStringLiteral("dienst.example"));
         child<QPushButton>(d, "beenden")->click();
 
         QCOMPARE(d.result(), int(QDialog::Accepted));
@@ -148,6 +150,9 @@ private slots:
         QCOMPARE(s.zahl[21], qint16(30));
         QCOMPARE(s.dezimal[0], 0.675f);
         QCOMPARE(s.text[1], QStringLiteral("Gemeinde O'Brien"));
+        QCOMPARE(s.text[SerialDeviceSlot], QStringLiteral("/dev/ttyUSB0"));
+        QCOMPARE(s.text[OnlineHostSlot], QStringLiteral("dienst.example"));
+        QCOMPARE(EinstellungenLaden(path()).text[SerialDeviceSlot], QStringLiteral("/dev/ttyUSB0"));
 
         const Einstellungen stored = EinstellungenLaden(path());
         QCOMPARE(stored.zahl, s.zahl);

@@ -3,6 +3,8 @@
 #include "app/main/exitchores.h"
 #include "harvests/harvestlist.h"
 #include "app/main/harvestlistmodel.h"
+#include "backup/ui/backupwizard.h"
+#include "common/folders.h"
 #include "app/main/maintenanceactions.h"
 #include "help/ui/helpwindow.h"
 #include "reports/ui/lotmapdialog.h"
@@ -184,6 +186,7 @@ void MainWindow::buildMenus()
     wire("E_EingabeSchichtholz", &MainWindow::openStacks);
     wire("E_Eingaberechnungen", &MainWindow::openInvoices);
     wire("A_Statistikholzliste", &MainWindow::showTimberList);
+    wire("S_xdatensicherung", &MainWindow::openBackup);
     wire("A_Losstandorte", &MainWindow::openLotMap);
     wire("xedatenbankkomprimieren", &MainWindow::compactDatabaseFile);
     wire("xedatenaustarvik1", &MainWindow::takeOverVersion2);
@@ -228,7 +231,7 @@ QWidget* MainWindow::buildButtons()
              {"bt_rechnunglisten", "Rechnungen auswerten"}, {"bt_stammdaten", "Stammdaten"}})
         button(QString::fromUtf8(item.name), QString::fromUtf8(item.caption));
     working("bt_einstellungen", "Einstellungen", &MainWindow::openSettings);
-    button(QStringLiteral("bt_datensicherung"), QStringLiteral("Datensicherung"));
+    working("bt_datensicherung", "Datensicherung", &MainWindow::openBackup);
     working("googlemaps", "Google-Maps Polterlage", &MainWindow::openLotMap);
     column->addStretch();
     working("linksrechts", "Infofeld schmäler/breiter", &MainWindow::toggleInfoWidth);
@@ -472,6 +475,22 @@ void MainWindow::openSettings()
     dialog.exec();
 }
 
+bool MainWindow::runBackupWizard()
+{
+    static const SystemDrives drives;
+    BackupWizard wizard(context(), drives, shareFolder() + QStringLiteral("backup"), this);
+    wizard.exec();
+    m_restoreStaged = wizard.restoreStaged();
+    return m_restoreStaged;
+}
+
+void MainWindow::openBackup()
+{
+    // A staged restore is taken over at the next start: this run must end now.
+    if (runBackupWizard())
+        close();
+}
+
 void MainWindow::saveColumnWidths() const
 {
     QStringList widths;
@@ -532,12 +551,12 @@ void MainWindow::closeEvent(QCloseEvent* e)
     removeReportPages(m_session.dataFolder);
     if (!m_keepSettingsFile)
         m_session.saveSettings(m_prompter);
-    if (m_endingAfterMaintenance) {
+    if (m_endingAfterMaintenance || m_restoreStaged) {
         e->accept();
         return;
     }
-    if (const auto reminder = backupReminder(m_session.settings, m_clock.today()))
-        m_prompter.askYesNo(*reminder); // the backup wizard answers a Yes once it exists
+    if (const auto reminder = backupReminder(m_session.settings, m_clock.today()); reminder && m_prompter.askYesNo(*reminder))
+        runBackupWizard();
     e->accept();
 }
 

@@ -51,6 +51,8 @@ private:
     void moveCurrent(int step);
     void toggleInfoWidth();
     void openSettings();
+    void openBackup();
+    bool runBackupWizard();
     void openLotMap();
     void compactDatabaseFile();
     void takeOverVersion2();
@@ -72,6 +74,7 @@ private:
     bool m_activatedOnce = false;
     bool m_refill = true;
     bool m_infoWide = false;
+    bool m_restoreStaged = false;
     bool m_endingAfterMaintenance = false;
     bool m_keepSettingsFile = false;
 };

@@ -12,8 +12,11 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeRechnungCommand());
         list.push_back(makeDruckenCommand());
         list.push_back(makeNeuberechnenCommand());
+        list.push_back(makeSicherungCommand());
+        list.push_back(makeWiederherstellenCommand());
         list.push_back(makeKomprimierenCommand());
         list.push_back(makeUebernahmeCommand());
+        list.push_back(makeGeraeteimportCommand());
         return list;
     }();
     return all;

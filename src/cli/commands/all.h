@@ -13,8 +13,11 @@ std::unique_ptr<Command> makeHolzlisteCommand();
 std::unique_ptr<Command> makeRechnungCommand();
 std::unique_ptr<Command> makeDruckenCommand();
 std::unique_ptr<Command> makeNeuberechnenCommand();
+std::unique_ptr<Command> makeSicherungCommand();
+std::unique_ptr<Command> makeWiederherstellenCommand();
 std::unique_ptr<Command> makeKomprimierenCommand();
 std::unique_ptr<Command> makeUebernahmeCommand();
+std::unique_ptr<Command> makeGeraeteimportCommand();
 
 const std::vector<std::unique_ptr<Command>>& allCommands();
 const Command* findCommand(const QString& name);

@@ -1,6 +1,7 @@
 #include "entry/ui/logdialog.h"
 
 #include "common/numbers.h"
+#include "devices/ui/importrun.h"
 #include "entry/harvestentry.h"
 #include "entry/lotentry.h"
 #include "rules/lotrecompute.h"
@@ -190,13 +191,12 @@ void LogDialog::build()
     auto* cancel = new QPushButton(QStringLiteral("&Abbrechen"));
     cancel->setObjectName(QStringLiteral("cmdabbrechen"));
     auto* buttons = new QHBoxLayout;
-    // Imports from the calliper, the app and the online service come with the device import.
-    for (const char* name : {"importfmr1", "importapp", "importonline"}) {
-        auto* b = new QPushButton(QString::fromUtf8(name) == u"importfmr1" ? QStringLiteral("Import FMR1")
-                                  : QString::fromUtf8(name) == u"importapp" ? QStringLiteral("Import App")
-                                                                              : QStringLiteral("Import Online"));
+    for (const auto& [name, caption, source] : {std::tuple{"comimport", "Import FMR1", ImportSource::Fmr1},
+                                                 std::tuple{"import_app_holzliste", "Import App", ImportSource::App},
+                                                 std::tuple{"importonlinetarvik", "Import Online", ImportSource::Online}}) {
+        auto* b = new QPushButton(QString::fromUtf8(caption));
         b->setObjectName(QString::fromUtf8(name));
-        b->setEnabled(false);
+        connect(b, &QPushButton::clicked, this, [this, source] { onImport(source); });
         buttons->addWidget(b);
     }
     auto* help = new QPushButton(QStringLiteral("&Hilfe"));
@@ -419,6 +419,13 @@ bool LogDialog::store()
     m_filling = false;
     refreshLot();
     return true;
+}
+
+void LogDialog::onImport(ImportSource source)
+{
+    const LogForm f = read(); // the bark mode of the window applies to the imported logs
+    if (runLogImport(this, m_context, m_harvestId, lotNumber(), source, {f.mode, f.deduction}))
+        refreshLot();
 }
 
 void LogDialog::onOk()

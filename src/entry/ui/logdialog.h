@@ -1,6 +1,7 @@
 #pragma once
 // EF_Eingabe_Staemme: measured logs typed one after another; every change recomputes the
 // deduction, volume, classes and prices at once.
+#include "devices/logimport.h"
 #include "entry/logentry.h"
 #include "rules/masterdatalookup.h"
 
@@ -40,6 +41,7 @@ private:
     void recompute();
     void chooseLot();
     bool store();
+    void onImport(ImportSource source);
     void onOk();
     void onOkNext();
     void onBarkRecompute();

@@ -18,9 +18,6 @@ namespace tarvik {
 
 namespace {
 
-// Spare text slot of the settings file that keeps the web-map host.
-constexpr int MapHostSlot = 40;
-
 QTableView* grid(const QString& name, QStandardItemModel* model)
 {
     auto* view = new QTableView;

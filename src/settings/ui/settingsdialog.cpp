@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSerialPortInfo>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -150,6 +151,16 @@ void SettingsDialog::buildGeneralPage(QWidget* page)
     for (int i = 2; i <= 9; ++i)
         ports << QStringLiteral("COM%1").arg(i);
     m_comPorts = optionGroup(QStringLiteral("opticom"), ports, serial);
+    // COM1 to COM9 exist only on some systems: the ports this system reports, USB adapters
+    // included, can be chosen (or a name typed); the chosen name wins over the COM number.
+    m_serialDevice = new QComboBox;
+    m_serialDevice->setObjectName(QStringLiteral("komschnittstelle"));
+    m_serialDevice->setEditable(true);
+    m_serialDevice->addItem(QString());
+    for (const QSerialPortInfo& port : QSerialPortInfo::availablePorts())
+        m_serialDevice->addItem(port.systemLocation());
+    serial->layout()->addWidget(new QLabel(QStringLiteral("Oder Schnittstelle des Systems (hat Vorrang):")));
+    serial->layout()->addWidget(m_serialDevice);
     row->addWidget(serial);
 
     auto* right = new QVBoxLayout;
@@ -165,6 +176,14 @@ void SettingsDialog::buildGeneralPage(QWidget* page)
     auto* backupForm = new QFormLayout(backup);
     backupForm->addRow(QStringLiteral("Anzahl Tage zwischen den Datensicherungen"), textField(2, 6));
     right->addWidget(backup);
+
+    auto* online = new QGroupBox(QStringLiteral("Datenimport von Online-TARVIK"));
+    auto* onlineForm = new QFormLayout(online);
+    m_onlineHost = new QLineEdit;
+    m_onlineHost->setObjectName(QStringLiteral("tonlineserver"));
+    m_onlineHost->setPlaceholderText(QStringLiteral("z.B. www.beispiel.de (https)"));
+    onlineForm->addRow(QStringLiteral("Server"), m_onlineHost);
+    right->addWidget(online);
     right->addStretch();
     row->addLayout(right);
     layout->addLayout(row);
@@ -278,6 +297,8 @@ void SettingsDialog::load()
     m_fields[3]->setText(m_settings.text[SeparatorSlot]);
     if (QAbstractButton* b = m_comPorts->button(m_settings.zahl[ComPortSlot]))
         b->setChecked(true);
+    m_serialDevice->setEditText(m_settings.text[SerialDeviceSlot]);
+    m_onlineHost->setText(m_settings.text[OnlineHostSlot]);
     if (QAbstractButton* b = m_reportTargets->button(m_settings.zahl[ReportTargetSlot]))
         b->setChecked(true);
 }
@@ -297,6 +318,8 @@ void SettingsDialog::store()
         changed.zahl[static_cast<size_t>(c.slot)] = findChild<QCheckBox*>(QString::fromLatin1(c.name))->isChecked() ? 1 : 0;
     changed.text[HeaderTextSlot] = m_fields[0]->text();
     changed.text[SeparatorSlot] = m_fields[3]->text();
+    changed.text[SerialDeviceSlot] = m_serialDevice->currentText().trimmed();
+    changed.text[OnlineHostSlot] = m_onlineHost->text().trimmed();
     for (const NumberSlot& n : NumberSlots)
         changed.zahl[static_cast<size_t>(n.slot)] = toShort(readNumber(m_fields[n.field]->text()));
     for (int i = 0; i < 3; ++i)

@@ -40,6 +40,8 @@ private:
     Prompter& m_prompter;
     QList<QLineEdit*> m_fields; // t(0) ... t(8)
     QButtonGroup* m_comPorts = nullptr;
+    QComboBox* m_serialDevice = nullptr; // the system's ports; empty: the COM number
+    QLineEdit* m_onlineHost = nullptr;
     QButtonGroup* m_reportTargets = nullptr;
     QComboBox* m_separators = nullptr;
 };

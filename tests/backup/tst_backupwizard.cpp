@@ -1,0 +1,154 @@
+// FH_Datensicherung_neu walked through its controls: a backup over every page on the stick
+// that is due, and a restore picked from the list of a stick's archives.
+#include "backup/stagedrestore.h"
+#include "backup/ui/backupwizard.h"
+#include "common/folders.h"
+#include "support/tempdatafolder.h"
+#include "support/widgets.h"
+#include "backupfixtures.h"
+#include "fakedrives.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <QTimer>
+
+using namespace tarvik;
+using test::child;
+
+namespace {
+
+const QDate Today(2026, 11, 23);
+
+QString page(const BackupWizard& w) { return child<QTabWidget>(w, "tabsicherung")->currentWidget()->objectName(); }
+
+void click(const BackupWizard& w, const char* name) { child<QPushButton>(w, name)->click(); }
+
+} // namespace
+
+class TestBackupWizard : public QObject {
+    Q_OBJECT
+
+    test::TempDataFolder m_folder;
+    test::ScriptedPrompter m_prompter;
+    std::unique_ptr<Session> m_session;
+    FixedClock m_clock{Today};
+
+    AppContext context() { return {m_session->database->shared(), m_session->settings, m_session->dataFolder, m_prompter, m_clock}; }
+
+private slots:
+    void init()
+    {
+        test::ScriptedPrompter quiet;
+        m_session = m_folder.start(quiet);
+        test::addHarvest(m_session->database->shared(), 1);
+        m_prompter.clear();
+    }
+    void cleanup() { m_session.reset(); }
+
+    void backupOverEveryPage()
+    {
+        BackupChoices choices;
+        choices.rotation = true;
+        choices.lastMonthly = Today.addDays(-61);
+        choices.lastYearly = Today.addDays(-100);
+        QVERIFY(saveBackupChoices(m_folder.path(), choices));
+        // Something to pack for a while, so the window can be seen to stay alive.
+        QByteArray noise(12 << 20, Qt::Uninitialized);
+        QRandomGenerator(5).fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
+        test::writeBytes(m_folder.filePath(QStringLiteral("Luftbild.bmp")), noise);
+        test::FakeDrives drives;
+        drives.addStick(QStringLiteral("KELMO_GRUEN"));
+        const Drive blue = drives.addStick(QStringLiteral("KELMO_BLAU"));
+        QTemporaryDir cloud;
+
+        BackupWizard w(context(), drives, shareFolder() + QStringLiteral("backup"));
+        w.show();
+        QCOMPARE(w.objectName(), QStringLiteral("FH_Datensicherung_neu"));
+        QCOMPARE(page(w), QStringLiteral("startseite"));
+        QVERIFY(child<QCheckBox>(w, "kon_backupkonzept")->isChecked());
+        QCOMPARE(child<QLabel>(w, "letztmonatsbackup")->text(), QStringLiteral("23.09.2026"));
+        QCOMPARE(child<QLabel>(w, "letztjahresbackup")->text(), QStringLiteral("15.08.2026"));
+        click(w, "cominfo");
+        QCOMPARE(m_prompter.messages().last(), rotationInfoText());
+
+        m_prompter.answerYes();
+        click(w, "start_sicherung");
+        QCOMPARE(m_prompter.questions().last(), insertStickMessage(Stick::Blau));
+        QCOMPARE(page(w), QStringLiteral("laufwerkwahl"));
+        QVERIFY(!child<QLabel>(w, "bildstick")->pixmap().isNull());
+        QVERIFY(child<QListWidget>(w, "laufwerke")->currentItem()->text().contains(QStringLiteral("KELMO_BLAU")));
+        click(w, "comzurueck(1)");
+        QCOMPARE(page(w), QStringLiteral("startseite"));
+        m_prompter.answerYes();
+        click(w, "start_sicherung");
+
+        int ticks = 0;
+        QTimer heartbeat;
+        connect(&heartbeat, &QTimer::timeout, [&] { ++ticks; });
+        heartbeat.start(5);
+        QSignalSpy progress(child<QProgressBar>(w, "fortschritt"), &QProgressBar::valueChanged);
+        click(w, "comweiter(1)");
+        QTRY_COMPARE_WITH_TIMEOUT(m_prompter.messages().size(), 3, 60000);
+        heartbeat.stop();
+        QVERIFY(!w.busy());
+        QVERIFY2(ticks > 2, "the window froze while the archive was written");
+        QVERIFY(progress.count() > 3);
+        QCOMPARE(page(w), QStringLiteral("backuperstellen"));
+        const QString onStick = blue.rootPath + archiveName(Today);
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Datensicherung wurde kopiert und ist abgelegt unter ") + QDir::toNativeSeparators(onStick));
+        QCOMPARE(test::run(QStringLiteral("unzip"), {QStringLiteral("-tq"), onStick}).first, 0);
+
+        click(w, "comweiter(2)");
+        QCOMPARE(page(w), QStringLiteral("cloud"));
+        child<QLineEdit>(w, "tcloud")->setText(cloud.path());
+        click(w, "comweiter(3)");
+        QCOMPARE(page(w), QStringLiteral("endebackup"));
+        const QString summary = child<QPlainTextEdit>(w, "zusammenfassung")->toPlainText();
+        QVERIFY(summary.startsWith(QStringLiteral("Das Backup wurde mit dem Backup-Konzept für hohe Datensicherheit gestartet.\n")));
+        QVERIFY(summary.endsWith(QStringLiteral("\nDie Backupdatei wurde in den Cloudordner übertragen.")));
+        QVERIFY(!summary.contains(QStringLiteral("NICHT")));
+        click(w, "comweiter(4)");
+        QVERIFY(!w.isVisible());
+        QCOMPARE(w.result(), int(QDialog::Accepted));
+        QCOMPARE(m_session->settings.text[12], QStringLiteral("23.11.2026"));
+    }
+
+    void restoreFromTheListOfAStick()
+    {
+        test::FakeDrives drives;
+        const Drive stick = drives.addStick(QStringLiteral("KELMO_ROT"));
+        QVERIFY(writeArchive(m_folder.path(), stick.rootPath + archiveName(Today.addDays(-30))).ok);
+        QVERIFY(writeArchive(m_folder.path(), stick.rootPath + archiveName(Today.addDays(-3))).ok);
+
+        BackupWizard w(context(), drives, shareFolder() + QStringLiteral("backup"));
+        w.show();
+        click(w, "start_rettung");
+        QVERIFY(m_prompter.messages().last().startsWith(QStringLiteral("Bitte stecken Sie den USB-Stick ein, auf den Sie die letzte Datensicherung gemacht haben.")));
+        QCOMPARE(page(w), QStringLiteral("backuprettung"));
+        QVERIFY(child<QComboBox>(w, "laufwerkrettung")->currentText().contains(QStringLiteral("KELMO_ROT")));
+        auto* list = child<QListWidget>(w, "backups");
+        QCOMPARE(list->count(), 2);
+        QVERIFY(list->item(0)->text().startsWith(archiveName(Today.addDays(-3))));
+
+        click(w, "comweiter(5)");
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Sie haben kein Backup ausgewählt. Bitte markieren Sie zuerst das Backup, welches eingelesen werden soll."));
+        list->setCurrentRow(0);
+        m_prompter.answerYes();
+        click(w, "comweiter(5)");
+        QTRY_VERIFY(w.restoreStaged());
+        QCOMPARE(m_prompter.messages().last(), restoredMessage());
+        QVERIFY(!w.isVisible());
+        QVERIFY(hasStagedRestore(m_folder.path()));
+    }
+};
+
+TARVIK_TEST_MAIN(TestBackupWizard)
+#include "tst_backupwizard.moc"

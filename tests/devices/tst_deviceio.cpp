@@ -1,0 +1,277 @@
+// The real serial code against a pseudo-terminal pair (the test writes the calliper's binary
+// transfer on the master end), and the download from a local HTTP server on 127.0.0.1.
+#include "common/textfile.h"
+#include "devices/collect.h"
+#include "devices/download.h"
+#include "devices/logimport.h"
+#include "devices/serialsource.h"
+#include "store/records.h"
+#include "store/sql.h"
+#include "support/records.h"
+#include "support/tempdatafolder.h"
+#include "devices/hookedprompter.h"
+
+#include <QTcpServer>
+#include <QUrlQuery>
+#include <QTcpSocket>
+#include <fcntl.h>
+#include <pty.h>
+#include <termios.h>
+#include <unistd.h>
+
+using namespace tarvik;
+
+namespace {
+
+// A minimal HTTP/1.1 server: fixed answers by path, every requested path remembered.
+class LocalServer : public QObject {
+public:
+    struct Answer {
+        int status;
+        QByteArray body;
+    };
+    QHash<QString, Answer> answers;
+    QStringList requested;
+
+    LocalServer()
+    {
+        QVERIFY(m_server.listen(QHostAddress::LocalHost));
+        connect(&m_server, &QTcpServer::newConnection, this, [this] {
+            while (QTcpSocket* s = m_server.nextPendingConnection())
+                connect(s, &QTcpSocket::readyRead, this, [this, s] { serve(s); });
+        });
+    }
+    QString host() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_server.serverPort()); }
+
+private:
+    void serve(QTcpSocket* s)
+    {
+        m_pending[s] += s->readAll();
+        if (!m_pending[s].contains("\r\n\r\n"))
+            return;
+        const QByteArray line = m_pending.take(s).split('\r').first();
+        const QString target = QUrl::fromPercentEncoding(line.split(' ').value(1));
+        requested << target;
+        const Answer a = answers.value(QUrl(target).path(), {404, "<html><body>Not Found</body></html>"});
+        s->write("HTTP/1.1 " + QByteArray::number(a.status) + " X\r\nContent-Length: " + QByteArray::number(a.body.size())
+                 + "\r\nConnection: close\r\n\r\n" + a.body);
+        s->disconnectFromHost();
+    }
+    QTcpServer m_server;
+    QHash<QTcpSocket*, QByteArray> m_pending;
+};
+
+const QByteArray ExportTable = "Los;Nr;Baumart;Guete;Laenge;Staerke;Zopf;Kaefer;Bemerkung\r\n"
+                               "2;1;Fi;B;4;35;;N;\r\n2;10001;Dgl;C;3;24;;N;\r\n2;3;Lä;A;5,5;41;28;J;Sturm\r\n";
+
+} // namespace
+
+class TestDeviceIo : public QObject {
+    Q_OBJECT
+    test::TempDataFolder m_folder;
+    std::unique_ptr<Database> m_db;
+    Einstellungen m_settings = EinstellungenLaden(QString());
+    FixedClock m_clock{QDate(2026, 11, 21)};
+    test::ScriptedPrompter m_script;
+    test::HookedPrompter m_prompter{m_script};
+    qint32 m_harvest = 0;
+    int m_master = -1;
+    int m_slave = -1;
+
+    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
+    QSqlDatabase db() const { return m_db->shared(); }
+    int logCount() const { return scalar(db(), QStringLiteral("SELECT count(*) FROM Stämme")).toInt(); }
+
+private slots:
+    void init()
+    {
+        m_db.reset();
+        QFile::remove(m_folder.databasePath());
+        m_db = m_folder.openDatabase();
+        m_harvest = test::addHarvest(db(), 1);
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        m_settings = EinstellungenLaden(QString());
+        m_script.clear();
+        m_prompter.onInform = nullptr;
+
+        termios raw{};
+        cfmakeraw(&raw);
+        char name[256] = {};
+        QCOMPARE(openpty(&m_master, &m_slave, name, &raw, nullptr), 0);
+        m_settings.text[SerialDeviceSlot] = QString::fromLocal8Bit(name);
+    }
+    void cleanup()
+    {
+        ::close(m_master);
+        ::close(m_slave);
+    }
+
+    void calliperTransferThroughTheSerialPort()
+    {
+        QByteArray transfer = QByteArray("4") + QByteArray(28, 'K');
+        transfer += QByteArray::fromHex("7A001F2303");  // Fi B 124, 35 cm, 4 m, lot 3
+        transfer += QByteArray::fromHex("9B00202800");  // Bu C 128, 40 cm, 4 m
+        transfer += QByteArray::fromHex("11130D0A0D");  // control characters pass unchanged; no length
+        m_prompter.onInform = [&](const QString& text) {
+            if (text.startsWith(QStringLiteral("Klicken Sie jetzt"))) {
+                // In two pieces, as a slow device sends.
+                QCOMPARE(::write(m_master, transfer.constData(), 20), ssize_t(20));
+                QTest::qWait(50);
+                QCOMPARE(::write(m_master, transfer.constData() + 20, size_t(transfer.size() - 20)), ssize_t(transfer.size() - 20));
+            }
+        };
+        m_script.answerYes(); // connect the device, then [OK]
+        SerialByteSource port(300);
+        const auto logs = collectFromDevice(context(), port);
+        QVERIFY(logs);
+        QCOMPARE(m_script.questions().first(),
+                 QStringLiteral("Bitte verbinden Sie jetzt den FMR1 mit der seriellen Schnittstelle %1 an Ihrem Rechner. Welche COM Sie "
+                                "verwenden, können Sie in den Einstellungen in Tarvik festlegen. Danach klicken Sie auf [OK].")
+                     .arg(m_settings.text[SerialDeviceSlot]));
+        const TextFileResult file = readTextFile(m_folder.filePath(QStringLiteral("FMR1.TXT")));
+        QCOMPARE(file.lines, (QStringList{"FMR 1", "Baumart", "Fi\tB\t124\t35\t04\t3", "Bu\tC\t128\t40\t04", "Do\tA\t1076\t10\t00\t13"}));
+        QCOMPARE(logs->size(), 3);
+
+        m_script.answerYes();
+        const auto outcome = importLogs(context(), m_harvest, 1, ImportSource::Fmr1, *logs, {});
+        QVERIFY(outcome);
+        QCOMPARE(outcome->stored, 2);
+        QCOMPARE(outcome->skipped, 1);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Los_Nr FROM Stämme WHERE Laufende_Nr = 124")).toInt(), 3);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Los_Nr FROM Stämme WHERE Laufende_Nr = 128")).toInt(), 1);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Anzahl_Stämme FROM Lose WHERE Los_Nr = 3")).toInt(), 1);
+    }
+
+    void cutOffTransferStoresNothing()
+    {
+        m_prompter.onInform = [&](const QString& text) {
+            if (text.startsWith(QStringLiteral("Klicken Sie jetzt"))) {
+                const QByteArray cut = QByteArray("4") + QByteArray(28, 'K') + QByteArray::fromHex("7A001F23037A00");
+                QCOMPARE(::write(m_master, cut.constData(), size_t(cut.size())), ssize_t(cut.size()));
+            }
+        };
+        m_script.answerYes();
+        SerialByteSource port(300);
+        QVERIFY(!collectFromDevice(context(), port));
+        QVERIFY(m_script.messages().last().startsWith(QStringLiteral("Die Übertragung vom FMR1 ist unvollständig")));
+        QCOMPARE(logCount(), 0);
+    }
+
+    void silentDeviceFindsNothing()
+    {
+        m_script.answerYes();
+        SerialByteSource port(100);
+        const auto logs = collectFromDevice(context(), port);
+        QVERIFY(logs && logs->isEmpty());
+        QVERIFY(!importLogs(context(), m_harvest, 1, ImportSource::Fmr1, *logs, {}));
+        QCOMPARE(m_script.messages().last(),
+                 QStringLiteral("Es wurden keine Daten gefunden. Bitte prüfen Sie ggf. nochmals die COM-Schnittstelle."));
+    }
+
+    void missingPortIsNamed()
+    {
+        m_settings.text[SerialDeviceSlot] = QStringLiteral("/dev/ttyGIBTESNICHT");
+        m_script.answerYes();
+        SerialByteSource port;
+        QVERIFY(!collectFromDevice(context(), port));
+        QVERIFY(m_script.messages().last().startsWith(QStringLiteral("Die serielle Schnittstelle /dev/ttyGIBTESNICHT kann nicht geöffnet werden.\n\n"
+                                                                     "Diese Schnittstelle gibt es an diesem Rechner nicht.")));
+        // Without a chosen device the COM number of the settings is named.
+        m_settings.text[SerialDeviceSlot].clear();
+        m_settings.zahl[ComPortSlot] = 2;
+        QCOMPARE(serialPortName(m_settings), QStringLiteral("COM3"));
+    }
+
+    void onlineExportIsDownloadedAndImported()
+    {
+        LocalServer server;
+        server.answers.insert(QStringLiteral("/otarvik/exporttarvik/Export_förster_TARVIK.DAT"), {200, ExportTable});
+        m_settings.text[OnlineHostSlot] = server.host();
+        QUrl opened;
+        m_script.answerYes().answerText(QStringLiteral("förster")).answerYes();
+        const auto logs = collectFromOnline(context(), [&](const QUrl& u) { opened = u; },
+                                            [](const QUrl& u) { return httpDownload(u, 5000); });
+        QVERIFY(logs);
+        QCOMPARE(logs->size(), 3);
+        QCOMPARE(opened.path(), QStringLiteral("/otarvik/export_tarvik_direkt.php"));
+        QCOMPARE(QUrlQuery(opened).queryItemValue(QStringLiteral("benutzertk"), QUrl::FullyDecoded), QStringLiteral("förster"));
+        QCOMPARE(server.requested, QStringList{QStringLiteral("/otarvik/exporttarvik/Export_förster_TARVIK.DAT")});
+        QFile saved(m_folder.filePath(QStringLiteral("Import_OTARVIK.DAT")));
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QCOMPARE(saved.readAll(), ExportTable);
+
+        m_script.answerYes().answerYes(); // transfer, bracket logs
+        const auto outcome = importLogs(context(), m_harvest, 1, ImportSource::Online, *logs, {});
+        QVERIFY(outcome);
+        QCOMPARE(outcome->stored, 3);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Baumart FROM Stämme WHERE Bemerkung = 'Klammerstamm zu 1'")).toString(),
+                 QStringLiteral("DO (Douglasie)"));
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Käferholz FROM Stämme WHERE Laufende_Nr = 3")).toInt(), 1);
+    }
+
+    void onlineRefusals_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<bool>("serverUp");
+        QTest::addColumn<QString>("message");
+        const QString missing = QStringLiteral("Unter der Benutzerkennung wb7 konnte keine Exportdatei gefunden werden!");
+        QTest::newRow("404") << 404 << QByteArray("<html><body>Not Found</body></html>") << true << missing;
+        QTest::newRow("error page with 200") << 200 << QByteArray("<!DOCTYPE html><html><body>Fehler</body></html>") << true << missing;
+        QTest::newRow("empty answer") << 200 << QByteArray() << true << missing;
+        QTest::newRow("unreachable") << 0 << QByteArray() << false << QStringLiteral("Der Server von Online-TARVIK (127.0.0.1) ist nicht erreichbar:\n\nDie Verbindung wurde abgelehnt.");
+    }
+    void onlineRefusals()
+    {
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        QFETCH(bool, serverUp);
+        QFETCH(QString, message);
+        QString host;
+        {
+            auto server = std::make_unique<LocalServer>();
+            server->answers.insert(QStringLiteral("/otarvik/exporttarvik/Export_wb7_TARVIK.DAT"), {status, body});
+            host = server->host();
+            if (serverUp) {
+                m_settings.text[OnlineHostSlot] = host;
+                m_script.answerYes().answerText(QStringLiteral("wb7"));
+                QVERIFY(!collectFromOnline(context(), [](const QUrl&) {}, [](const QUrl& u) { return httpDownload(u, 5000); }));
+                QCOMPARE(server->requested.size(), 1);
+            }
+        }
+        if (!serverUp) { // the server's port, closed again
+            m_settings.text[OnlineHostSlot] = host;
+            m_script.answerYes().answerText(QStringLiteral("wb7"));
+            QVERIFY(!collectFromOnline(context(), [](const QUrl&) {}, [](const QUrl& u) { return httpDownload(u, 5000); }));
+        }
+        QVERIFY2(m_script.messages().last().startsWith(message), qPrintable(m_script.messages().last()));
+        QVERIFY(!QFileInfo::exists(m_folder.filePath(QStringLiteral("Import_OTARVIK.DAT"))));
+        QCOMPARE(logCount(), 0);
+    }
+
+    void onlineFileRoute()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("Export_wb7_TARVIK.DAT"));
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(ExportTable);
+        f.close();
+        m_script.answerNo().answerText(path).answerYes();
+        const auto logs = collectFromOnline(context(), [](const QUrl&) { QFAIL("no browser on the file route"); },
+                                            [](const QUrl&) { return Download{}; });
+        QVERIFY(logs);
+        QCOMPARE(logs->size(), 3);
+        QVERIFY(m_script.questions().last().startsWith(QStringLiteral("Möchten Sie wirklich die Daten von Online-TARVIK importieren.")));
+    }
+
+    void addresses()
+    {
+        QCOMPARE(onlineBaseUrl(QStringLiteral("dienst.example")).toString(), QStringLiteral("https://dienst.example"));
+        QCOMPARE(onlineExportUrl(onlineBaseUrl(QStringLiteral("http://127.0.0.1:8080")), QStringLiteral("a b")).toString(QUrl::FullyEncoded),
+                 QStringLiteral("http://127.0.0.1:8080/otarvik/exporttarvik/Export_a%20b_TARVIK.DAT"));
+        QVERIFY(!onlineBaseUrl(QString()).isValid());
+    }
+};
+
+TARVIK_TEST_CORE_MAIN(TestDeviceIo)
+#include "tst_deviceio.moc"

@@ -1,0 +1,132 @@
+// The log window's app import, headless: the file picked, the logs shown in fmrgrid while the
+// transfer question is put, then stored into the lot with their classes, prices and totals.
+#include "devices/hookedprompter.h"
+#include "entry/ui/logdialog.h"
+#include "store/records.h"
+#include "store/sql.h"
+#include "support/records.h"
+#include "support/tempdatafolder.h"
+#include "support/widgets.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QSqlQuery>
+#include <QTableView>
+#include <zip.h>
+
+using namespace tarvik;
+using test::child;
+
+class TestImportWindow : public QObject {
+    Q_OBJECT
+    test::TempDataFolder m_folder;
+    std::unique_ptr<Database> m_db;
+    Einstellungen m_settings = EinstellungenLaden(QString());
+    FixedClock m_clock{QDate(2026, 11, 21)};
+    test::ScriptedPrompter m_script;
+    test::HookedPrompter m_prompter{m_script};
+
+    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
+    QSqlDatabase db() const { return m_db->shared(); }
+    QVariant value(const QString& sql) const { return scalar(db(), sql); }
+
+    QString writeAppFile(const QByteArray& table)
+    {
+        const QString path = m_folder.filePath(QStringLiteral("holzliste_wald.zip"));
+        int error = 0;
+        zip_t* z = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &error);
+        const QByteArray manifest("Holzliste-Export: 1\r\n");
+        zip_file_add(z, "META-INF/MANIFEST.MF", zip_source_buffer(z, manifest.constData(), zip_uint64_t(manifest.size()), 0), 0);
+        zip_file_add(z, "holzliste.csv", zip_source_buffer(z, table.constData(), zip_uint64_t(table.size()), 0), 0);
+        zip_close(z);
+        return path;
+    }
+
+private slots:
+    void init()
+    {
+        m_db.reset();
+        QFile::remove(m_folder.databasePath());
+        m_db = m_folder.openDatabase();
+        m_script.clear();
+    }
+
+    void appFileIsImportedIntoTheLot()
+    {
+        const qint32 harvest = test::addHarvest(db(), 1);
+        createLot(db(), harvest, 1, QStringLiteral("Stämme"));
+        execSql(db(), QStringLiteral("UPDATE Lose SET Preis_Art = 2, Pauschalpreis_efm = 50, Kosten_Einschlag = 10 WHERE Los_Nr = 1"));
+        const QString path = writeAppFile("Los;Nr;Baumart;Guete;Laenge;Staerke;Zopf;Kaefer;Bemerkung\r\n"
+                                          "1;1;Fi;B;4;35;;N;\r\n"
+                                          "1;2;Ta;C;5;42;30;N;Rotfäule\r\n"
+                                          "1;3;Hb;B;4;30;;N;\r\n");
+
+        LogDialog d(context(), harvest, std::nullopt, 1);
+        d.show();
+        int gridRows = -1;
+        m_prompter.onQuestion = [&](const QString& q) {
+            if (!q.startsWith(QStringLiteral("Es wurden")))
+                return;
+            for (QWidget* w : QApplication::topLevelWidgets())
+                if (auto* g = w->findChild<QTableView*>(QStringLiteral("fmrgrid")); g && w->isVisible())
+                    gridRows = g->model()->rowCount();
+        };
+        m_script.answerText(path).answerYes().answerYes();
+        child<QPushButton>(d, "import_app_holzliste")->click();
+
+        QCOMPARE(gridRows, 3);
+        QCOMPARE(m_script.questions().at(2), QStringLiteral("Es wurden 3 Stämme gefunden. Sollen diese jetzt übertragen werden?"));
+        QVERIFY(m_script.messages().contains(QStringLiteral("Der Import wurde erforgreich abgeschlossen!")));
+
+        // Table bark: spruce 35 → 33 cm, fir 42 → 39 cm; classes and flat prices follow.
+        QSqlQuery q = execSql(db(), QStringLiteral("SELECT Laufende_Nr, Baumart, Stärke_oR, Efm_oR, Stärkeklasse, Klasse_Heilbronn, "
+                                                   "Holzpreis, Preis_berechnet, Bemerkung FROM Stämme ORDER BY Laufende_Nr"));
+        QVERIFY(q.next());
+        QCOMPARE(q.value(1).toString(), QStringLiteral("FI (Fichte)"));
+        QCOMPARE(q.value(2).toInt(), 33);
+        QCOMPARE(q.value(3).toFloat(), 0.342f);
+        QCOMPARE(q.value(4).toString(), QStringLiteral("L3a"));
+        QCOMPARE(q.value(6).toDouble(), 17.1);  // 0,342 × 50
+        QCOMPARE(q.value(7).toDouble(), 13.68); // less 0,342 × 10 felling wage
+        QVERIFY(q.next());
+        QCOMPARE(q.value(1).toString(), QStringLiteral("TA (Tanne)"));
+        QCOMPARE(q.value(2).toInt(), 39);
+        QCOMPARE(q.value(3).toFloat(), 0.597f); // 0,39 × 0,39 × 3.14159 ÷ 4 × 5
+        QCOMPARE(q.value(4).toString(), QStringLiteral("L3b"));
+        QVERIFY(!q.value(5).toString().isEmpty()); // a top diameter gives a Heilbronn class
+        QCOMPARE(q.value(6).toDouble(), 29.85);
+        QCOMPARE(q.value(8).toString(), QStringLiteral("Rotfäule"));
+        QVERIFY(!q.next()); // hornbeam is none of the devices' species
+
+        QCOMPARE(value(QStringLiteral("SELECT Anzahl_Stämme FROM Lose WHERE Los_Nr = 1")).toInt(), 2);
+        QCOMPARE(value(QStringLiteral("SELECT Efm_oR FROM Lose WHERE Los_Nr = 1")).toFloat(), 0.939f);
+        QCOMPARE(value(QStringLiteral("SELECT Holzpreis FROM Lose WHERE Los_Nr = 1")).toDouble(), 46.95);
+        QCOMPARE(value(QStringLiteral("SELECT Stämme_Anzahl FROM Hiebe")).toInt(), 2);
+        // The window's grid and summary show the imported logs at once.
+        QCOMPARE(child<QTableView>(d, "gridli")->model()->rowCount(), 2);
+        QVERIFY(child<QLabel>(d, "bezsumme")->text().startsWith(QStringLiteral("Gesamt: 2 Stämme mit 0,939 Efm oR")));
+    }
+
+    void refusedFileLeavesTheWindowUsable()
+    {
+        const qint32 harvest = test::addHarvest(db(), 1);
+        createLot(db(), harvest, 1, QStringLiteral("Stämme"));
+        const QString path = writeAppFile("<html><body>Fehler</body></html>");
+        LogDialog d(context(), harvest, std::nullopt, 1);
+        d.show();
+        m_script.answerText(path);
+        child<QPushButton>(d, "import_app_holzliste")->click();
+        QVERIFY(m_script.messages().last().contains(QStringLiteral("Internetseite")));
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme")).toInt(), 0);
+        QVERIFY(child<QPushButton>(d, "import_app_holzliste")->isEnabled());
+        // Without a lot the device import stops before it asks anything.
+        LogDialog noLot(context(), harvest, std::nullopt);
+        noLot.show();
+        child<QPushButton>(noLot, "comimport")->click();
+        QCOMPARE(m_script.messages().last(), QStringLiteral("Der Datenimport ist nur möglich, wenn die LOS-Nummer angegeben wird!"));
+    }
+};
+
+TARVIK_TEST_MAIN(TestImportWindow)
+#include "tst_importwindow.moc"
