@@ -130,11 +130,14 @@ QByteArray snapshot(const QString& path)
 bool copyFolder(const QString& from, const QString& to)
 {
     QDir().mkpath(to);
-    for (const QString& f : QDir(from).entryList(QDir::Files)) {
+    for (const QString& f : QDir(from).entryList(QDir::Files | QDir::Hidden)) {
         QFile::remove(QDir(to).filePath(f));
         if (!QFile::copy(QDir(from).filePath(f), QDir(to).filePath(f)))
             return false;
     }
+    for (const QString& d : QDir(from).entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden))
+        if (!copyFolder(QDir(from).filePath(d), QDir(to).filePath(d)))
+            return false;
     return true;
 }
 
@@ -187,6 +190,8 @@ public:
                 out += p.readAllStandardOutput();
             b.writeMicros = std::max<qint64>(b.writeMicros, t.nsecsElapsed() / 1000);
             p.waitForFinished(120000);
+            if (op.atStart)
+                op.atStart(folder);
             if (p.exitStatus() != QProcess::NormalExit || p.exitCode() != 0) {
                 std::fprintf(stderr, "%s: Arbeiter scheiterte: %s\n", qPrintable(op.name), p.readAllStandardError().constData());
                 return false;
@@ -198,7 +203,8 @@ public:
             }
             first = b.after;
         }
-        if (b.after == b.before && op.name != QStringLiteral("komprimieren")) {
+        // A compaction and a backup change no row: for them the rows must simply stay.
+        if (b.after == b.before && op.name != QStringLiteral("komprimieren") && op.name != QStringLiteral("sicherung")) {
             std::fprintf(stderr, "%s: die Operation ändert nichts\n", qPrintable(op.name));
             return false;
         }
@@ -226,6 +232,8 @@ public:
         if (ranToEnd || p.exitStatus() == QProcess::NormalExit)
             ++tally.finishedFirst;
 
+        if (op.atStart)
+            op.atStart(folder);
         const QString path = dbPath(folder);
         QString check;
         try {
@@ -246,6 +254,14 @@ public:
             std::fprintf(stderr, "%s nach %lld µs: %s\n", qPrintable(op.name), delayMicros, qPrintable(e.message()));
             keep(folder, op.name, tally.kills);
             return;
+        }
+        if (op.checkFiles) {
+            if (const QString problem = op.checkFiles(folder); !problem.isEmpty()) {
+                ++tally.halfOperations;
+                std::fprintf(stderr, "%s nach %lld µs: %s\n", qPrintable(op.name), delayMicros, qPrintable(problem));
+                keep(folder, op.name, tally.kills);
+                return;
+            }
         }
         const QByteArray now = snapshot(path);
         if (now == b.after)

@@ -1,5 +1,8 @@
 #include "crash/operations.h"
 
+#include "backup/archive.h"
+#include "backup/restore.h"
+#include "backup/stagedrestore.h"
 #include "common/clock.h"
 #include "common/consoleprompter.h"
 #include "entry/logentry.h"
@@ -14,7 +17,9 @@
 #include "store/totals.h"
 #include "support/records.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <cstdio>
 #include <memory>
 
@@ -67,6 +72,10 @@ qint32 seedHarvest(const QSqlDatabase& db, qint32 hiebNr, int logsPerLot, int lo
     recomputeTotals(db, harvest);
     return harvest;
 }
+
+QString backupArchive(const QString& folder) { return QDir(folder).filePath(QStringLiteral("archiv/TARVIK_2026-11-23.zip")); }
+
+const QDateTime RestoreTime(QDate(2026, 11, 24), QTime(8, 0));
 
 LogForm typedLog(const QSqlDatabase& db, qint32 harvest, const QString& girthCount)
 {
@@ -166,6 +175,53 @@ std::vector<Operation> makeOperations()
                                throw StoreError(r.message);
                        };
                    }});
+    // A backup leaves the data alone; its archive appears checked under its name or not at all.
+    ops.push_back({QStringLiteral("sicherung"), QStringLiteral("Datensicherung als geprüftes Archiv"),
+                   [](const QSqlDatabase& db, const QString&) {
+                       seedHarvest(db, 1, 600, 4);
+                       seedHarvest(db, 2, 300, 2);
+                   },
+                   [](const QString& folder) -> std::function<void()> {
+                       QDir().mkpath(QDir(folder).filePath(QStringLiteral("archiv")));
+                       const QString archive = backupArchive(folder);
+                       return [folder, archive] {
+                           const ArchiveResult r = writeArchive(folder, archive);
+                           if (!r.ok)
+                               throw StoreError(r.error);
+                       };
+                   },
+                   {},
+                   [](const QString& folder) -> QString {
+                       const QString archive = backupArchive(folder);
+                       if (!QFile::exists(archive))
+                           return {};
+                       const ArchiveCheck check = checkArchive(archive);
+                       return check.ok ? QString() : QStringLiteral("Archiv unter seinem Namen, aber fehlerhaft: ") + check.error;
+                   }});
+    // A restore is unpacked into the staging folder and swapped in at the next start; killed
+    // anywhere, the start after it leaves the old data or the restored, never a mix.
+    ops.push_back({QStringLiteral("wiederherstellung"),
+                   QStringLiteral("Rücksicherung bereitstellen und beim Start einsetzen"),
+                   [](const QSqlDatabase& db, const QString& folder) {
+                       seedHarvest(db, 1, 300, 3);
+                       seedHarvest(db, 2, 300, 3);
+                       QDir().mkpath(QDir(folder).filePath(QStringLiteral("archiv")));
+                       const ArchiveResult r = writeArchive(folder, backupArchive(folder));
+                       if (!r.ok)
+                           throw StoreError(r.error);
+                       deleteHarvest(db, *harvestIdByNumber(db, 2)); // the data now differ from the backup
+                   },
+                   [](const QString& folder) -> std::function<void()> {
+                       return [folder] {
+                           const StageResult staged = stageRestore(backupArchive(folder), folder, std::nullopt);
+                           if (!staged.ok)
+                               throw StoreError(staged.error);
+                           const SwapResult swap = swapInStagedRestore(folder, RestoreTime);
+                           if (!swap.swapped)
+                               throw StoreError(swap.error);
+                       };
+                   },
+                   [](const QString& folder) { swapInStagedRestore(folder, RestoreTime); }});
     return ops;
 }
 

@@ -15,6 +15,10 @@ struct Operation {
     std::function<void(const QSqlDatabase& db, const QString& dataFolder)> seed;
     // Prepares in the worker; the returned action is the write that gets killed.
     std::function<std::function<void()>(const QString& dataFolder)> prepare;
+    // What the next start does before it opens the database (a staged restore is swapped in).
+    std::function<void(const QString& dataFolder)> atStart = {};
+    // Files beside the database that must be whole or absent; an empty answer is fine.
+    std::function<QString(const QString& dataFolder)> checkFiles = {};
 };
 
 const std::vector<Operation>& operations();
