@@ -3,7 +3,10 @@
 // its column's width is refused whole with the width in the message; Windows-1252 files replace
 // what the code page lacks with '?'; every reader of a file says clearly what is wrong with an
 // empty, a cut-off or a garbage file.
+#include "backup/archive.h"
 #include "common/clock.h"
+#include "devices/apparchive.h"
+#include "devices/logtable.h"
 #include "common/textfile.h"
 #include "entry/harvestentry.h"
 #include "entry/logentry.h"
@@ -288,6 +291,79 @@ private slots:
             for (const QString& key : helpTopicKeys(folder.path()))
                 QVERIFY(readHelpTopic(folder.path(), key).fileFound);
         }
+    }
+
+    // The readers of the import and backup files: an empty, a cut-off and a garbage file each
+    // give a message, and no log is taken from them.
+    void importAndBackupFilesSaySo_data()
+    {
+        QTest::addColumn<QString>("reader");
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("message");
+        for (const char* reader : {"app archive", "backup archive", "online file"})
+            for (const char* kind : {"empty", "truncated", "garbage"})
+                QTest::addRow("%s %s", reader, kind) << reader << kind << QString();
+    }
+    void importAndBackupFilesSaySo()
+    {
+        QFETCH(QString, reader);
+        QFETCH(QString, kind);
+        QFETCH(QString, message);
+        test::TempDataFolder folder;
+        QByteArray good;
+        const QString table = QString::fromLatin1(LogTableHeader) + QStringLiteral("\r\n1;1;Fi;B;4,5;35;;N;\r\n1;2;Kie;A;5;30;20;J;Sturm\r\n");
+        if (reader == QLatin1String("online file")) {
+            good = table.toUtf8();
+        } else {
+            // A real archive of a data folder, written by the backup itself.
+            test::TempDataFolder data;
+            {
+                auto db = data.openDatabase();
+                test::addHarvest(db->shared(), 1);
+            }
+            if (reader == QLatin1String("app archive"))
+                QVERIFY(writeTextFile(data.filePath(QLatin1String(AppLogTableName)), {}).ok);
+            const QString archive = folder.filePath(QStringLiteral("quelle.zip"));
+            QVERIFY(writeArchive(data.path(), archive).ok);
+            QFile f(archive);
+            QVERIFY(f.open(QIODevice::ReadOnly));
+            good = f.readAll();
+        }
+        const QByteArray bytes = kind == QLatin1String("empty") ? QByteArray()
+                                 : kind == QLatin1String("truncated") ? good.left(reader == QLatin1String("online file") ? good.size() - 20 : good.size() / 2 + 17)
+                                                                      : garbage(8192);
+        QString said;
+        int logs = 0;
+        if (reader == QLatin1String("online file")) {
+            const LogTable t = parseLogTable(bytes);
+            said = t.error;
+            logs = int(t.logs.size());
+            // A table cut inside its second log keeps the first whole and counts the cut one.
+            if (kind == QLatin1String("truncated")) {
+                QVERIFY2(t.error.isEmpty(), qPrintable(t.error));
+                QCOMPARE(t.logs.size(), 1);
+                QCOMPARE(t.unreadableLines, 1);
+            }
+        } else {
+            const QString path = folder.filePath(reader == QLatin1String("app archive") ? QStringLiteral("holzliste_1.zip")
+                                                                                       : QStringLiteral("TARVIK30_backup_2026_11_23.zip"));
+            writeBytes(path, bytes);
+            if (reader == QLatin1String("app archive")) {
+                const LogTable t = readAppArchive(path, folder.path());
+                said = t.error;
+                logs = int(t.logs.size());
+            } else {
+                const ArchiveCheck check = checkArchive(path);
+                QVERIFY(!check.ok);
+                said = check.error;
+            }
+        }
+        if (!(reader == QLatin1String("online file") && kind == QLatin1String("truncated"))) {
+            QVERIFY2(!said.isEmpty(), "kein Wort zur Datei");
+            QCOMPARE(logs, 0);
+        }
+        if (!message.isEmpty())
+            QVERIFY2(said.contains(message), qPrintable(said));
     }
 
     // The settings file is the one reader that repairs instead of refusing: any bytes give
