@@ -2,6 +2,7 @@
 // same minimal work on the same file.
 #include "backup.h"
 #include "generator.h"
+#include "listscenarios.h"
 #include "measure.h"
 
 #include "harvests/harvestlist.h"
@@ -279,6 +280,8 @@ int main(int argc, char* argv[])
     results.push_back(startScenario(path, 20));
     results.push_back(timberListScenario(path, large, 10));
     results.push_back(logStoreScenario(path, large, 10000, 1000));
+    for (bench::Result& r : bench::listScenarios(path, 5, 3))
+        results.push_back(r);
     for (const bench::Result& r : bench::backupScenarios(folder, scratch.filePath(QStringLiteral("sicherung")), 3))
         results.push_back(r);
     const long desktopKb = desktopPeakKb(parser.value(desktop), folder);

@@ -12,7 +12,8 @@ packages=(
   poppler-utils
   mdbtools-dev mdbtools
   ccache
-  qt6-serialport-dev libzip-dev unzip
+  qt6-serialport-dev
+  libxlsxwriter-dev qt6-charts-dev libqt6opengl6-dev
   clang libfuzzer-14-dev
 )
 

@@ -236,3 +236,36 @@ QStringList timberList(const QSqlDatabase& db, qint32 harvestId)
 }
 
 } // namespace tarvik
+
+namespace tarvik {
+
+QStringList timberListOfLots(const QSqlDatabase& db, qint32 harvestId, const QList<qint32>& lots)
+{
+    Report r{db, harvestId, {}};
+    harvestBlock(r);
+    QSqlQuery means = r.query(QStringLiteral("SELECT avg(Efm_oR), avg(Länge_m), avg(Stärke_oR), avg(Stärke_gemessen) FROM Stämme "
+                                             "WHERE Kennung = ?"));
+    means.next();
+    r.blank();
+    r.add(QStringLiteral("Mittelwerte je Stamm:  EFM_OR ") + decimals(means.value(0), 3) + QStringLiteral("   LÄNGE ") +
+          decimals(means.value(1), 1) + QStringLiteral("   STÄRKE_OR ") + decimals(means.value(2), 1) + QStringLiteral("   STÄRKE_MR ") +
+          decimals(means.value(3), 1));
+    QStringList species;
+    QSqlQuery present = r.query(QStringLiteral("SELECT DISTINCT Baumart FROM Stämme WHERE Kennung = ? ORDER BY Baumart"));
+    while (present.next())
+        species << text(present.value(0));
+    r.add(QStringLiteral("Baumarten:             ") + species.join(QStringLiteral(", ")));
+    for (const QVariant& lot : logLots(r)) {
+        if (!lots.contains(lot.toInt()))
+            continue;
+        QSqlQuery total = r.query(QStringLiteral("SELECT sum(Efm_oR) FROM Stämme WHERE Kennung = ? AND Los_Nr = ?"), {lot});
+        total.next();
+        const double lotEfm = readNumber(total.value(0));
+        timberListOfLot(r, lot, lotEfm);
+        distributionOfLot(r, lot, lotEfm);
+        singleLogsOfLot(r, lot);
+    }
+    return r.lines;
+}
+
+} // namespace tarvik

@@ -9,6 +9,11 @@ namespace tarvik {
 
 QStringList timberList(const QSqlDatabase& db, qint32 harvestId);
 
+// The timber list of chosen log lots of a harvest: the harvest's data, the logs' means and
+// species, the lot table, then for each chosen lot its timber list, distribution and single logs.
+QStringList timberListOfLots(const QSqlDatabase& db, qint32 harvestId, const QList<qint32>& lots);
+inline constexpr char NoLotsMarked[] = "Die Liste kann nicht erstellt werden, weil keine Lose markiert sind.";
+
 inline constexpr char ReportFileName[] = "Daten.txt";
 
 } // namespace tarvik

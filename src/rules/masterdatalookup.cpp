@@ -5,12 +5,30 @@
 #include "store/schema.h"
 #include "store/sql.h"
 
-namespace tarvik {
+#include <QAtomicInt>
 
-MasterDataLookup::MasterDataLookup(QSqlDatabase db) : m_db(std::move(db)) {}
+namespace tarvik {
+namespace {
+QAtomicInt masterDataGeneration;
+}
+
+MasterDataLookup::MasterDataLookup(QSqlDatabase db) : m_db(std::move(db)), m_generation(masterDataGeneration.loadAcquire()) {}
+
+void MasterDataLookup::masterDataChanged() { masterDataGeneration.fetchAndAddRelease(1); }
+
+void MasterDataLookup::forgetIfChanged()
+{
+    const int now = masterDataGeneration.loadAcquire();
+    if (now == m_generation)
+        return;
+    m_statements.clear();
+    m_columns.clear();
+    m_generation = now;
+}
 
 QSqlQuery& MasterDataLookup::prepared(const QString& sql)
 {
+    forgetIfChanged();
     auto it = m_statements.find(sql);
     if (it == m_statements.end()) {
         QSqlQuery q = prepareSql(m_db, sql);
@@ -41,6 +59,7 @@ bool MasterDataLookup::hasColumn(const QString& table, const QString& column)
 {
     if (!isSafeIdentifier(column))
         return false;
+    forgetIfChanged();
     auto it = m_columns.find(table);
     if (it == m_columns.end())
         it = m_columns.insert(table, schema::columnNames(m_db, table));

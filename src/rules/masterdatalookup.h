@@ -36,7 +36,12 @@ public:
     // Whether the table has the column (names compared as the engine compares them).
     bool hasColumn(const QString& table, const QString& column);
 
+    // The master data editors call this after every change: each lookup, open ones included,
+    // then forgets its columns and statements, so a new or dropped class column counts at once.
+    static void masterDataChanged();
+
 private:
+    void forgetIfChanged();
     QSqlQuery& prepared(const QString& sql);
     std::optional<QVariant> firstValue(const QString& sql, const QVariantList& values);
     QString firstText(const QString& sql, const QVariantList& values);
@@ -44,6 +49,7 @@ private:
     QSqlDatabase m_db;
     QHash<QString, QSqlQuery> m_statements;
     QHash<QString, QStringList> m_columns;
+    int m_generation = 0;
 };
 
 } // namespace tarvik

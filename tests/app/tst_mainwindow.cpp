@@ -14,6 +14,8 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QTimer>
 #include <QStandardPaths>
 #include <QTableView>
 #include <QTimer>
@@ -53,8 +55,9 @@ private slots:
             {"H_Neuerhieb", "Neuer &Hieb", true},       {"H_Hieblöschen", "Aktuellen Hieb &löschen", true},
             {"S_ZEPbeenden", " Beenden", true},          {"allgemeines", "&Einstellungen", true},
             {"E_EingabeStämme", "&Stämme", true},       {"A_Statistikholzliste", "&Holzliste", true},
-            {"A_StatistikHiebe", "&Hiebe", false},
-            {"S_Stammdaten_Rindenabzug2", "Rindenabzug &frei definiert", false},
+            {"A_StatistikHiebe", "&Hiebe", true},
+            {"S_Stammdaten_Rindenabzug2", "Rindenabzug &frei definiert", true},
+            {"xeinstellstichworte", "&Stichworte", true},
             {"S_xdatensicherung", "&Datensicherung", true}, {"popzeile(1)", "&Ändern", true}};
         for (const auto& [name, caption, enabled] : items) {
             QAction* a = w.findChild<QAction*>(QString::fromUtf8(name));
@@ -66,7 +69,35 @@ private slots:
         QCOMPARE(w.findChild<QPushButton*>(QStringLiteral("abwaerts(1)"))->text(), QStringLiteral("Nächster Hieb"));
         QVERIFY(w.findChild<QPushButton*>(QStringLiteral("bt_rechnung"))->isEnabled());
         QVERIFY(w.findChild<QAction*>(QStringLiteral("E_Eingaberechnungen"))->isEnabled());
-        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_rechnunglisten"))->isEnabled());
+        QVERIFY(w.findChild<QPushButton*>(QStringLiteral("bt_rechnunglisten"))->isEnabled());
+        QVERIFY(!w.findChild<QPushButton*>(QStringLiteral("bt_stammdaten"))->isEnabled());
+    }
+
+    void masterDataOpensOnItsList()
+    {
+        MainWindow w(*m_session, m_prompter, m_clock);
+        QStringList opened;
+        auto expectModal = [&opened] {
+            QTimer::singleShot(0, [&opened] {
+                QWidget* modal = QApplication::activeModalWidget();
+                QVERIFY(modal);
+                QString shown = modal->objectName();
+                for (int i = 0; i < 11; ++i)
+                    if (auto* b = modal->findChild<QRadioButton*>(QStringLiteral("opti(%1)").arg(i)); b && b->isChecked())
+                        shown += QStringLiteral(":%1").arg(i);
+                opened << shown;
+                modal->close();
+            });
+        };
+        expectModal();
+        w.findChild<QAction*>(QStringLiteral("S_Stammdaten_Rindenabzug2"))->trigger();
+        expectModal();
+        w.findChild<QAction*>(QStringLiteral("S_Stammdatenstärkepfähle"))->trigger();
+        expectModal();
+        w.findChild<QPushButton*>(QStringLiteral("bt_stammdaten"))->click(); // the list chosen last
+        expectModal();
+        w.findChild<QAction*>(QStringLiteral("xeinstellstichworte"))->trigger();
+        QCOMPARE(opened, (QStringList{"SF_Stammdaten:9", "SF_Stammdaten:3", "SF_Stammdaten:3", "OF_Stichworte"}));
     }
 
     void emptyListShowsZeros()

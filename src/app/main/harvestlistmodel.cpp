@@ -3,16 +3,25 @@
 #include "harvests/harvestlist.h"
 #include "common/text.h"
 
+#include "store/sql.h"
+
 #include <QBrush>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <optional>
 
 namespace tarvik {
 
-void HarvestListModel::refill(const QSqlDatabase& db)
+void HarvestListModel::refill(const QSqlDatabase& db, const HarvestFilter& filter)
 {
-    setQuery(QSqlQuery(harvestListSql() + QStringLiteral(" ORDER BY \"Hieb_Nr\", \"ID\""), db));
+    QSqlQuery q(db);
+    bool ok = q.prepare(harvestListSql() + filter.whereClause() + QStringLiteral(" ORDER BY \"Hieb_Nr\", \"ID\""));
+    for (int i = 0; ok && i < filter.values.size(); ++i)
+        q.bindValue(i, filter.values[i]);
+    if (!ok || !q.exec())
+        throw StoreError(QStringLiteral("Die Hiebliste kann nicht gelesen werden: ") + q.lastError().text());
+    setQuery(std::move(q));
     while (canFetchMore())
         fetchMore(); // the statistics and the row colours need every row
 }

@@ -1,7 +1,9 @@
 #include "app/main/mainwindow.h"
 
 #include "app/main/exitchores.h"
+#include "harvests/filter.h"
 #include "harvests/harvestlist.h"
+#include "harvests/ui/selectiondialog.h"
 #include "app/main/harvestlistmodel.h"
 #include "backup/ui/backupwizard.h"
 #include "common/folders.h"
@@ -14,9 +16,13 @@
 #include "entry/ui/logdialog.h"
 #include "entry/ui/poledialog.h"
 #include "entry/ui/stackdialog.h"
+#include "masterdata/ui/lookuplistdialog.h"
+#include "masterdata/ui/masterdatahub.h"
 #include "common/textfile.h"
 #include "reports/reportfile.h"
 #include "reports/timberlist.h"
+#include "reports/ui/lists/listdialog.h"
+#include "reports/ui/lists/timberlistdialog.h"
 #include "reports/ui/textoutputwindow.h"
 #include "invoices/ui/invoicedialog.h"
 #include "settings/ui/settingsdialog.h"
@@ -28,6 +34,7 @@
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -186,7 +193,39 @@ void MainWindow::buildMenus()
     wire("E_EingabeSchichtholz", &MainWindow::openStacks);
     wire("E_Eingaberechnungen", &MainWindow::openInvoices);
     wire("A_Statistikholzliste", &MainWindow::showTimberList);
+    wire("H_Markiertehiebeselektieren", &MainWindow::selectMarkedHarvests);
+    wire("H_Selektiertenhiebemarkieren", &MainWindow::markSelectedHarvests);
+    wire("H_Hiebeselektieren", &MainWindow::openSelection);
+    const std::pair<const char*, lists::Member> evaluations[] = {
+        {"A_StatistikHiebe", lists::Member::Hiebe},           {"A_Statistiklose", lists::Member::Lose},
+        {"A_Statistikstämme", lists::Member::Staemme},        {"A_Statistikpfähle", lists::Member::Pfaehle},
+        {"A_Statistikschichtholz", lists::Member::Schichtholz}, {"A_Statistikrechnungen", lists::Member::Rechnungen}};
+    for (const auto& [name, member] : evaluations) {
+        QAction* a = findChild<QAction*>(QString::fromUtf8(name));
+        a->setEnabled(true);
+        connect(a, &QAction::triggered, this, [this, member = member] { openList(member); });
+    }
     wire("S_xdatensicherung", &MainWindow::openBackup);
+    // Each master data item opens the hub on its own list.
+    const char* const masterDataItems[MasterListCount] = {
+        "S_Stammdatenbaumarten",         "S_Stammdatenstärkestämme",  "S_Stammdatenstärkeheilbronner",
+        "S_Stammdatenstärkepfähle",      "S_Stammdatenstärkeschichtholz", "S_Stammdatengüteklassen",
+        "S_Stammdatenrindenabzug",       "S_Stammdatenmessbeträge",   "S_Stammdatenmesszahlen",
+        "S_Stammdaten_Rindenabzug2",     "S_Stammdatentagespreise"};
+    for (int i = 0; i < MasterListCount; ++i) {
+        QAction* a = findChild<QAction*>(QString::fromUtf8(masterDataItems[i]));
+        a->setEnabled(true);
+        connect(a, &QAction::triggered, this, [this, i] {
+            MasterDataHub hub(context(), MasterList(i), this);
+            hub.exec();
+        });
+    }
+    QAction* keywords = findChild<QAction*>(QStringLiteral("xeinstellstichworte"));
+    keywords->setEnabled(true);
+    connect(keywords, &QAction::triggered, this, [this] {
+        LookupListDialog dialog(context(), this);
+        dialog.exec();
+    });
     wire("A_Losstandorte", &MainWindow::openLotMap);
     wire("xedatenbankkomprimieren", &MainWindow::compactDatabaseFile);
     wire("xedatenaustarvik1", &MainWindow::takeOverVersion2);
@@ -223,13 +262,25 @@ QWidget* MainWindow::buildButtons()
     working("bt_pfaehle", "Eingabe Pfähle", &MainWindow::openPoles);
     working("bt_schichtholz", "Eingabe Schichtholz", &MainWindow::openStacks);
     working("bt_rechnung", "Eingabe Rechnungen", &MainWindow::openInvoices);
-    working("bt_holzlistelisten", "Holzliste erstellen", &MainWindow::showTimberList);
-    for (const Item& item : std::initializer_list<Item>{
-             {"bt_hiebelisten", "Hiebe auswerten"},
-             {"bt_loselisten", "Lose auswerten"}, {"bt_staemmelisten", "Stämme auswerten"},
-             {"bt_pfaehlelisten", "Pfähle auswerten"}, {"bt_schichtholzlisten", "Schichtholz auswerten"},
-             {"bt_rechnunglisten", "Rechnungen auswerten"}, {"bt_stammdaten", "Stammdaten"}})
-        button(QString::fromUtf8(item.name), QString::fromUtf8(item.caption));
+    working("bt_holzlistelisten", "Holzliste erstellen", &MainWindow::openTimberListDialog);
+    const std::tuple<const char*, const char*, lists::Member> evaluations[] = {
+        {"bt_hiebelisten", "Hiebe auswerten", lists::Member::Hiebe},
+        {"bt_loselisten", "Lose auswerten", lists::Member::Lose},
+        {"bt_staemmelisten", "Stämme auswerten", lists::Member::Staemme},
+        {"bt_pfaehlelisten", "Pfähle auswerten", lists::Member::Pfaehle},
+        {"bt_schichtholzlisten", "Schichtholz auswerten", lists::Member::Schichtholz},
+        {"bt_rechnunglisten", "Rechnungen auswerten", lists::Member::Rechnungen}};
+    for (const auto& [name, caption, member] : evaluations) {
+        QPushButton* b = button(QString::fromUtf8(name), QString::fromUtf8(caption));
+        b->setEnabled(true);
+        connect(b, &QPushButton::clicked, this, [this, member = member] { openList(member); });
+    }
+    QPushButton* masterData = button(QStringLiteral("bt_stammdaten"), QStringLiteral("Stammdaten"));
+    masterData->setEnabled(true);
+    connect(masterData, &QPushButton::clicked, this, [this] {
+        MasterDataHub hub(context(), std::nullopt, this); // the list chosen last
+        hub.exec();
+    });
     working("bt_einstellungen", "Einstellungen", &MainWindow::openSettings);
     working("bt_datensicherung", "Datensicherung", &MainWindow::openBackup);
     working("googlemaps", "Google-Maps Polterlage", &MainWindow::openLotMap);
@@ -280,7 +331,10 @@ void MainWindow::refill()
         saveColumnWidths();
     QApplication::setOverrideCursor(Qt::WaitCursor);
     try {
-        m_model->refill(m_session.database->listHandle());
+        // The list follows the year or date range of the lists while that range is usable.
+        const bool rangeUsable = !rangeRefusal(m_session.settings);
+        m_model->refill(m_session.database->listHandle(),
+                        rangeUsable ? harvestFilter(0, std::nullopt, m_session.settings) : HarvestFilter{});
         m_statistics->setText(harvestStatistics(*m_model).text());
     } catch (const StoreError& error) {
         QApplication::restoreOverrideCursor();
@@ -454,6 +508,84 @@ void MainWindow::showTimberList()
         return;
     }
     buildTimberList(*id);
+}
+
+QList<qint32> MainWindow::markedHarvestIds() const
+{
+    QList<qint32> ids;
+    for (const QModelIndex& index : m_list->selectionModel()->selectedRows())
+        if (const auto id = m_model->harvestId(index.row()))
+            ids << *id;
+    return ids;
+}
+
+void MainWindow::selectMarkedHarvests()
+{
+    const QList<qint32> marked = markedHarvestIds();
+    try {
+        selectOnly(m_session.database->shared(), marked);
+    } catch (const StoreError& error) {
+        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+        return;
+    }
+    refill();
+    markHarvests(marked);
+}
+
+void MainWindow::markHarvests(const QList<qint32>& ids)
+{
+    QItemSelection selection;
+    for (qint32 id : ids) {
+        const int row = m_model->rowOfHarvest(id);
+        if (row >= 0)
+            selection.select(m_model->index(row, 0), m_model->index(row, m_model->columnCount() - 1));
+    }
+    m_list->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void MainWindow::markSelectedHarvests()
+{
+    try {
+        markHarvests(selectedHarvests(m_session.database->shared()));
+    } catch (const StoreError& error) {
+        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+        return;
+    }
+    m_prompter.inform(QStringLiteral("Sie können die Hiebe auch mit gedrückter STRG-Taste und der Maus markieren."));
+}
+
+void MainWindow::openSelection()
+{
+    SelectionDialog dialog(m_session.database->shared(), m_prompter, this);
+    dialog.exec();
+    refill();
+    QList<qint32> selected;
+    try {
+        selected = selectedHarvests(m_session.database->shared());
+    } catch (const StoreError& error) {
+        m_prompter.inform(error.message(), Prompter::Icon::Critical);
+        return;
+    }
+    if (m_prompter.askYesNo(markSelectedQuestion(int(selected.size()))))
+        markHarvests(selected);
+}
+
+void MainWindow::openTimberListDialog()
+{
+    const auto id = currentHarvestId();
+    if (!id) {
+        m_prompter.inform(QStringLiteral("Sie müssen zuerst einen Hieb auswählen, bevor Sie die Daten listen/drucken können."));
+        return;
+    }
+    TimberListDialog dialog(context(), *id, this);
+    dialog.exec();
+}
+
+void MainWindow::openList(lists::Member member)
+{
+    ListDialog dialog(context(), member, currentHarvestId(), !markedHarvestIds().isEmpty(), this);
+    dialog.exec();
+    refill(); // the dialog may have changed the range the list follows
 }
 
 void MainWindow::moveCurrent(int step)

@@ -1,6 +1,7 @@
 #pragma once
 // AF_Tarvik: the harvest list, the menu that opens every other window, and the work of the
 // program's first activation and of its end.
+#include "reports/lists/members.h"
 #include "store/context.h"
 #include "store/startup.h"
 
@@ -49,6 +50,13 @@ private:
     void buildTimberList(qint32 harvestId);
     std::optional<qint32> harvestForEntry();
     void moveCurrent(int step);
+    QList<qint32> markedHarvestIds() const;
+    void markHarvests(const QList<qint32>& ids);
+    void selectMarkedHarvests();
+    void markSelectedHarvests();
+    void openSelection();
+    void openList(lists::Member member);
+    void openTimberListDialog();
     void toggleInfoWidth();
     void openSettings();
     void openBackup();

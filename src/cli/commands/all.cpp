@@ -9,6 +9,7 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeInitCommand());
         list.push_back(makeHiebeCommand());
         list.push_back(makeHolzlisteCommand());
+        list.push_back(makeListeCommand());
         list.push_back(makeRechnungCommand());
         list.push_back(makeDruckenCommand());
         list.push_back(makeNeuberechnenCommand());

@@ -13,6 +13,7 @@ std::unique_ptr<Command> makeHolzlisteCommand();
 std::unique_ptr<Command> makeRechnungCommand();
 std::unique_ptr<Command> makeDruckenCommand();
 std::unique_ptr<Command> makeNeuberechnenCommand();
+std::unique_ptr<Command> makeListeCommand();
 std::unique_ptr<Command> makeSicherungCommand();
 std::unique_ptr<Command> makeWiederherstellenCommand();
 std::unique_ptr<Command> makeKomprimierenCommand();

@@ -1,0 +1,45 @@
+#pragma once
+// A grouped list as bars: one bar per group for the chosen figure (volume, count or money),
+// saved as PNG or PDF.
+#include "common/prompter.h"
+
+#include <QDialog>
+#include <QList>
+#include <QStringList>
+
+class QComboBox;
+class QChartView;
+class QBarSet;
+
+namespace tarvik {
+
+struct ChartData {
+    QString title;
+    QStringList groups;                   // one label per group
+    QStringList figures;                  // the figures' names
+    QList<QList<double>> values;          // values[figure][group]
+};
+
+class ChartWindow : public QDialog {
+    Q_OBJECT
+public:
+    ChartWindow(ChartData data, Prompter& prompter, QWidget* parent = nullptr);
+
+    bool savePng(const QString& path);
+    bool savePdf(const QString& path);
+    void showFigure(int figure);
+
+private:
+    void onSavePng();
+    void onSavePdf();
+
+    ChartData m_data;
+    Prompter& m_prompter;
+    QComboBox* m_figure = nullptr;
+    QChartView* m_view = nullptr;
+};
+
+// The figure a forester most often wants first: the volume where there is one.
+int preferredFigure(const QStringList& figures);
+
+} // namespace tarvik

@@ -1,0 +1,426 @@
+// The evaluation lists' core over a small forest: every member's groupings, scopes and filters,
+// the no-rows messages, and the three writers (text against a golden file, the spreadsheet
+// read back from its XML, the page).
+// Set TARVIK_UPDATE_GOLDEN=1 to write the golden files anew after a deliberate change.
+#include "common/textfile.h"
+#include "reports/lists/listquery.h"
+#include "reports/lists/writers.h"
+#include "store/sql.h"
+#include "support/tempdatafolder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSqlRecord>
+
+using namespace tarvik;
+using namespace tarvik::lists;
+
+namespace {
+
+void run(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {}) { execSql(db, sql, values); }
+
+qint32 harvest(const QSqlDatabase& db, int nr, const char* year, const char* forest, const char* partly, const char* sold)
+{
+    run(db, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Jahr, Selektiert, Waldname, Hiebart, Hiebgrund, Waldbesitzer_Name, Hiebfläche, "
+                           "Hiebdatum_von, Hiebdatum_bis, Teilverkauft, Verkauft, Anzahl_Lose, Stämme_Anzahl, Stämme_Efm) "
+                           "VALUES (?, ?, '', ?, 'Durchforstung', 'Sturm', 'Anna Müller', 1.5, ?, ?, ?, ?, 2, 3, 2.5)"),
+        {nr, QString::fromUtf8(year), QString::fromUtf8(forest), QStringLiteral("%1-03-01").arg(QString::fromUtf8(year)),
+         QStringLiteral("%1-03-20").arg(QString::fromUtf8(year)), QString::fromUtf8(partly), QString::fromUtf8(sold)});
+    return scalar(db, QStringLiteral("SELECT max(ID) FROM Hiebe")).toInt();
+}
+
+void log(const QSqlDatabase& db, qint32 id, int lot, int nr, const char* species, const char* quality, const char* cls, double efm,
+         double price)
+{
+    run(db, QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, Stärke_oR, "
+                           "Länge_m, Efm_oR, Stärkeklasse, Güteklasse, Klasse_Heilbronn, Holzpreis, Preis_berechnet, Kennung) "
+                           "VALUES (?, ?, ?, 35, 'T', 2, 33, 4.5, ?, ?, ?, 'H2', ?, ?, ?)"),
+        {lot, nr, QString::fromUtf8(species), efm, QString::fromUtf8(cls), QString::fromUtf8(quality), price / efm, price, id});
+}
+
+QString golden(const QString& name) { return QStringLiteral(TARVIK_TEST_DATA "/") + name; }
+
+void compareWithGolden(const QString& written, const QString& name)
+{
+    QFile actual(written);
+    QVERIFY(actual.open(QIODevice::ReadOnly));
+    const QByteArray bytes = actual.readAll();
+    if (qEnvironmentVariableIsSet("TARVIK_UPDATE_GOLDEN")) {
+        QFile out(golden(name));
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        out.write(bytes);
+    }
+    QFile expected(golden(name));
+    QVERIFY2(expected.open(QIODevice::ReadOnly), qPrintable(golden(name)));
+    const QByteArray want = expected.readAll();
+    if (bytes != want) {
+        QProcess diff;
+        diff.start(QStringLiteral("diff"), {golden(name), written});
+        diff.waitForFinished();
+        qWarning().noquote() << decodeCp1252(diff.readAllStandardOutput());
+    }
+    QVERIFY(bytes == want);
+}
+
+} // namespace
+
+class TestListCore : public QObject {
+    Q_OBJECT
+
+    test::TempDataFolder m_folder;
+    std::unique_ptr<Database> m_database;
+    QSqlDatabase db() const { return m_database->shared(); }
+    qint32 m_h1 = 0, m_h2 = 0, m_h3 = 0;
+
+    // Runs a request through the checks; the rows as text cells, or the messages shown.
+    QList<QStringList> rows(const ListRequest& request, const Einstellungen& settings = {}, QStringList* messages = nullptr)
+    {
+        test::ScriptedPrompter prompter;
+        const auto query = prepareList(request, settings, prompter);
+        if (messages)
+            *messages = prompter.messages();
+        if (!query)
+            return {};
+        const auto formats = columnFormats(member(request.member), *query);
+        QSqlQuery q = execSql(db(), query->sql, query->values);
+        QList<QStringList> out;
+        while (q.next()) {
+            QStringList cells;
+            for (int i = 0; i < formats.size(); ++i)
+                cells << cellText(formats[i], q.value(i));
+            out << cells;
+        }
+        return out;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        m_database = m_folder.openDatabase();
+        m_h1 = harvest(db(), 1, "2025", "Eichwald", "N", "N");
+        m_h2 = harvest(db(), 2, "2026", "O'Briens Wald", "J", "N");
+        m_h3 = harvest(db(), 3, "2026", "Buchenhang", "J", "J");
+        run(db(), QStringLiteral("INSERT INTO Lose(Los_Nr, Sortierung, Anzahl_Stämme, Efm_oR, Lagerort, Abgerechnet, Abnehmer, "
+                                 "Preis_berechnet, Preis_erhalten, Bemerkung, Kennung) VALUES "
+                                 "(1, 'Stämme', 3, 2.5, 'O''Brien''s Weg', 'N', 'Säge Huber', 150, 0, 'nass', ?1), "
+                                 "(2, 'Stämme', 2, 1.25, 'Hof', 'J', 'Säge Huber', 80, 80, '', ?1), "
+                                 "(1, 'Pfähle', 0, 0, 'Hof', 'N', 'Zaunbau Koch', 40, 0, '', ?2), "
+                                 "(1, 'Schichtholz', 0, 0, 'Weg 7', 'J', '', 375, 375, '', ?3)")
+                      .replace(QStringLiteral("?1"), QString::number(m_h1))
+                      .replace(QStringLiteral("?2"), QString::number(m_h2))
+                      .replace(QStringLiteral("?3"), QString::number(m_h3)));
+        log(db(), m_h1, 1, 1, "FI (Fichte)", "B", "L2b", 0.5, 20);
+        log(db(), m_h1, 1, 2, "FI (Fichte)", "B", "L2b", 0.75, 30);
+        log(db(), m_h1, 1, 3, "FI (Fichte)", "C", "L3a", 1.25, 40);
+        log(db(), m_h1, 2, 4, "BU (Rotbuche)", "B", "L2b", 0.5, 25);
+        log(db(), m_h1, 2, 5, "BU (Rotbuche)", "A", "L4", 0.75, 55);
+        log(db(), m_h2, 1, 1, "FI (Fichte)", "B", "L2b", 1.0, 44);
+        run(db(), QStringLiteral("INSERT INTO Pfähle(Los_Nr, Baumart, Stärke_mR, Länge_m, Stärkeklasse, Anzahl, Preis_je_Stück, "
+                                 "Preis_berechnet, Kennung) VALUES (1, 'FI (Fichte)', 8, 8, 'P2.11', 10, 2.5, 25, ?), "
+                                 "(1, 'LA (Lärche)', 8, 8, 'P2.11', 4, 2.5, 10, ?), (1, 'FI (Fichte)', 12, 14, 'P2.32', 1, 5, 5, ?)"),
+            {m_h2, m_h2, m_h2});
+        run(db(), QStringLiteral("INSERT INTO Schichtholz(Los_Nr, Baumart, Sektions_Nr, Stärke, Sektionslänge_m, Sektionstiefe_m, "
+                                 "Sektionshöhe_m, Stärkeklasse, m3, Efm, Preis_je_Ster, Preis_berechnet, Kennung) VALUES "
+                                 "(1, 'BU (Rotbuche)', 1, 8, 10, 2, 1.5, 'S2.1', 30, 19.5, 12.5, 375, ?)"),
+            {m_h3});
+        run(db(), QStringLiteral("INSERT INTO Rechnungen(Abnehmer, Vor_Nachname, Datum, ReNr, MwSt_Proz, Betrag) VALUES "
+                                 "('Säge Huber', 'Josef Huber', '2025-12-30', 1, 5.5, 84.4), "
+                                 "('Säge Huber', 'Josef Huber', '2026-01-02', 2, 5.5, 158.25), "
+                                 "('O''Neill Holz', 'Pat O''Neill', '2026-02-10', 3, 19, 100)"));
+    }
+
+    // Every grouping of every member runs and yields its group columns first.
+    void everyGroupingRuns()
+    {
+        for (const MemberDef& def : members()) {
+            for (int g = 0; g < def.groupings.size(); ++g) {
+                ListRequest r{def.member};
+                r.grouping = g;
+                const ListQuery q = buildListQuery(r, {});
+                QSqlQuery sql = execSql(db(), q.sql, q.values);
+                QCOMPARE(sql.record().count(), q.columns.size());
+                for (int i = 0; i < q.groupColumns; ++i)
+                    QCOMPARE(sql.record().fieldName(i), def.groupings[g].columns[i]);
+                QVERIFY2(sql.next(), qPrintable(def.windowName + u' ' + def.groupings[g].caption));
+            }
+            QCOMPARE(baseColumns(db(), def), def.columns);
+        }
+    }
+
+    void groupings_data()
+    {
+        QTest::addColumn<int>("memberIndex");
+        QTest::addColumn<int>("scope");
+        QTest::addColumn<int>("grouping");
+        QTest::addColumn<QList<QStringList>>("expected");
+        QTest::newRow("logs by species, quality, class, current harvest")
+            << int(Member::Staemme) << 2 << 1
+            << QList<QStringList>{{"BU (Rotbuche)", "A", "L4", "1", "0,750", "0,750", "4,50", "33,00", "55,00"},
+                                  {"BU (Rotbuche)", "B", "L2b", "1", "0,500", "0,500", "4,50", "33,00", "25,00"},
+                                  {"FI (Fichte)", "B", "L2b", "2", "1,250", "0,625", "4,50", "33,00", "50,00"},
+                                  {"FI (Fichte)", "C", "L3a", "1", "1,250", "1,250", "4,50", "33,00", "40,00"}};
+        QTest::newRow("logs by lot number, all harvests")
+            << int(Member::Staemme) << 0 << 10
+            << QList<QStringList>{{"1", "4", "3,500", "0,875", "4,50", "33,00", "134,00"},
+                                  {"2", "2", "1,250", "0,625", "4,50", "33,00", "80,00"}};
+        QTest::newRow("lots by buyer, unsold harvests")
+            << int(Member::Lose) << 3 << 0
+            << QList<QStringList>{{"Säge Huber", "2", "5", "3,750", "0,000", "0", "0,000", "0,000", "230,00", "80,00"}};
+        QTest::newRow("lots by year") << int(Member::Lose) << 0 << 3
+                                      << QList<QStringList>{{"2025", "2", "5", "3,750", "0,000", "0", "0,000", "0,000", "230,00", "80,00"},
+                                                            {"2026", "2", "0", "0,000", "0,000", "0", "0,000", "0,000", "415,00", "375,00"}};
+        QTest::newRow("poles by class and length")
+            << int(Member::Pfaehle) << 0 << 0
+            << QList<QStringList>{{"P2.11", "8,00", "2", "14", "35,00"}, {"P2.32", "14,00", "1", "1", "5,00"}};
+        QTest::newRow("stacked wood by species and class, sold")
+            << int(Member::Schichtholz) << 5 << 0 << QList<QStringList>{{"BU (Rotbuche)", "S2.1", "1", "30,000", "19,500", "375,00"}};
+        QTest::newRow("harvests by forest owner") << int(Member::Hiebe) << 0 << 0
+                                                  << QList<QStringList>{{"Anna Müller", "3", "4,5000", "6", "9", "7,500", "0", "0,000", "0,000"}};
+        QTest::newRow("invoices by year of their date")
+            << int(Member::Rechnungen) << 0 << 1 << QList<QStringList>{{"2025", "1", "84,40"}, {"2026", "2", "258,25"}};
+    }
+
+    void groupings()
+    {
+        QFETCH(int, memberIndex);
+        QFETCH(int, scope);
+        QFETCH(int, grouping);
+        QFETCH(QList<QStringList>, expected);
+        ListRequest r{Member(memberIndex)};
+        r.scope = scope;
+        r.currentHarvest = m_h1;
+        r.grouping = grouping;
+        // Grouping ignores the chosen columns and the sort.
+        r.columns = {member(r.member).columns.first()};
+        r.sortColumn = member(r.member).columns.last();
+        r.descending = true;
+        QCOMPARE(rows(r), expected);
+    }
+
+    void filtersAndSort()
+    {
+        ListRequest r{Member::Lose};
+        r.columns = {QStringLiteral("Hieb_Nr"), QStringLiteral("Los_Nr"), QStringLiteral("Lagerort"), QStringLiteral("Bemerkung")};
+        r.filters[QStringLiteral("Lagerort")] = QStringLiteral("O'Brien's Weg");
+        QCOMPARE(rows(r), (QList<QStringList>{{"1", "1", "O'Brien's Weg", "nass"}}));
+
+        r.filters.clear();
+        r.filters[QStringLiteral("Abnehmer")] = QStringLiteral("Säge Huber");
+        r.sortColumn = QStringLiteral("Los_Nr");
+        r.descending = true;
+        QCOMPARE(rows(r), (QList<QStringList>{{"1", "2", "Hof", ""}, {"1", "1", "O'Brien's Weg", "nass"}}));
+
+        ListRequest invoices{Member::Rechnungen};
+        invoices.columns = {QStringLiteral("ReNr"), QStringLiteral("Vor_Nachname"), QStringLiteral("Datum")};
+        invoices.filters[QStringLiteral("Jahr")] = QStringLiteral("2026");
+        invoices.filters[QStringLiteral("Abnehmer")] = QStringLiteral("O'Neill Holz");
+        QCOMPARE(rows(invoices), (QList<QStringList>{{"3", "Pat O'Neill", "10.02.2026"}}));
+
+        // The filter lists offer each value once, apostrophes as they stand.
+        const MemberDef& lots = member(Member::Lose);
+        QCOMPARE(distinctValues(db(), lots, lots.filters[2]),
+                 (QVariantList{QStringLiteral("Hof"), QStringLiteral("O'Brien's Weg"), QStringLiteral("Weg 7")}));
+        const MemberDef& bills = member(Member::Rechnungen);
+        QCOMPARE(distinctValues(db(), bills, bills.filters[1]), (QVariantList{QStringLiteral("2025"), QStringLiteral("2026")}));
+    }
+
+    void refusedNames()
+    {
+        ListRequest r{Member::Lose};
+        r.columns = {QStringLiteral("Los_Nr; drop table Lose")};
+        QVERIFY_THROWS_EXCEPTION(StoreError, buildListQuery(r, {}));
+        r.columns.clear();
+        r.filters[QStringLiteral("Kennung")] = 1;
+        QVERIFY_THROWS_EXCEPTION(StoreError, buildListQuery(r, {}));
+    }
+
+    void noRowsAndScope_data()
+    {
+        QTest::addColumn<int>("memberIndex");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("harvests") << int(Member::Hiebe) << "Es wurden lt. den aktuellen Einstellungen keine Hiebe gefunden!";
+        QTest::newRow("lots") << int(Member::Lose) << "Es wurden lt. den aktuellen Einstellungen keine Lose gefunden!";
+        QTest::newRow("logs") << int(Member::Staemme) << "Es wurden lt. den aktuellen Einstellungen keine Stämme gefunden!";
+        QTest::newRow("poles") << int(Member::Pfaehle) << "Es wurden lt. den aktuellen Einstellungen keine Pfähle gefunden!";
+        QTest::newRow("stacked wood") << int(Member::Schichtholz)
+                                      << "Es wurden lt. den aktuellen Einstellungen keine Schichtholz gefunden!";
+        QTest::newRow("invoices") << int(Member::Rechnungen) << "Es wurden lt. den aktuellen Einstellungen keine Rechnungen gefunden!";
+    }
+
+    void noRowsAndScope()
+    {
+        QFETCH(int, memberIndex);
+        QFETCH(QString, message);
+        const MemberDef& def = member(Member(memberIndex));
+        QCOMPARE(def.noRowsMessage(), message);
+        // A year range no harvest falls in: an empty result (the invoices have no harvest).
+        Einstellungen later;
+        later.zahl[2] = 1;
+        later.text[2] = QStringLiteral("2030");
+        later.text[3] = QStringLiteral("2031");
+        ListRequest r{def.member};
+        if (def.joinsHarvests)
+            QVERIFY(rows(r, later).isEmpty());
+        // "Aktuellen Hieb" without a current harvest is refused before any query.
+        QStringList shown;
+        r.scope = 2;
+        QCOMPARE(rows(r, {}, &shown).isEmpty(), def.joinsHarvests);
+        QCOMPARE(shown, def.joinsHarvests ? QStringList{QString::fromUtf8(NoHarvestMarked)} : QStringList{});
+        // So is an unusable range.
+        Einstellungen bad = later;
+        bad.text[2] = QStringLiteral("05");
+        r.scope = 0;
+        rows(r, bad, &shown);
+        QCOMPARE(shown, def.joinsHarvests ? QStringList{"Die Liste kann nicht erstellt werden, weil die Jahre von... bis... 4-stellig sein müssen."}
+                                          : QStringList{});
+    }
+
+    void textGolden()
+    {
+        Einstellungen s;
+        s.text[1] = QStringLiteral("Forstbetriebsgemeinschaft Müller & O'Brien");
+        s.text[10] = QStringLiteral(" | ");
+        s.zahl[1] = 1; // date in the header
+        s.zahl[8] = 1; // count line
+        s.zahl[9] = 1; // page numbers
+        s.zahl[21] = 3; // at least 30 lines per page
+        ListRequest r{Member::Staemme};
+        r.columns = {QStringLiteral("Hieb_Nr"), QStringLiteral("Los_Nr"), QStringLiteral("Laufende_Nr"), QStringLiteral("Baumart"),
+                     QStringLiteral("Länge_m"), QStringLiteral("Efm_oR"), QStringLiteral("Stärkeklasse"), QStringLiteral("Güteklasse"),
+                     QStringLiteral("Preis_berechnet"), QStringLiteral("Bemerkung")};
+        const ListQuery q = buildListQuery(r, s);
+        const TextOptions options = TextOptions::from(s, member(r.member).title, QDate(2026, 11, 23));
+        QSqlQuery sql = execSql(db(), q.sql, q.values);
+        const QString path = m_folder.filePath(QStringLiteral("Daten.txt"));
+        const WriteResult written = writeText(path, sql, columnFormats(member(r.member), q), options, countRows(db(), q));
+        QVERIFY2(written.ok, qPrintable(written.error));
+        compareWithGolden(path, QStringLiteral("liste_staemme.txt"));
+
+        // A page of 30 lines: the 31st row starts a new page after a "#" mark.
+        {
+            TransactionGuard guard(db());
+            for (int i = 0; i < 30; ++i)
+                log(db(), m_h3, 9, 100 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
+            guard.commit();
+        }
+        ListRequest many{Member::Staemme};
+        many.columns = {QStringLiteral("Laufende_Nr")};
+        const ListQuery mq = buildListQuery(many, s);
+        QSqlQuery msql = execSql(db(), mq.sql, mq.values);
+        const QStringList lines = textLines(msql, columnFormats(member(many.member), mq), options, countRows(db(), mq));
+        QCOMPARE(lines.count(QStringLiteral("#")), 1);
+        QVERIFY(lines.contains(QStringLiteral("Stämme auswerten   Stand: 23.11.2026   Seite 2 von 2")));
+        QCOMPARE(lines.last(), QStringLiteral("Anzahl Datenzeilen: 36"));
+        run(db(), QStringLiteral("DELETE FROM Stämme WHERE Los_Nr = 9"));
+    }
+
+    void spreadsheetReadBack()
+    {
+        ListRequest r{Member::Rechnungen};
+        r.columns = {QStringLiteral("ReNr"), QStringLiteral("Abnehmer"), QStringLiteral("Datum"), QStringLiteral("Betrag")};
+        const ListQuery q = buildListQuery(r, {});
+        QSqlQuery sql = execSql(db(), q.sql, q.values);
+        const QString path = spreadsheetPath(m_folder.path());
+        const WriteResult written = writeSpreadsheet(path, sql, columnFormats(member(r.member), q), QStringLiteral("Rechnungen"), 3);
+        QVERIFY2(written.ok, qPrintable(written.error));
+
+        QProcess check;
+        check.start(QStringLiteral("unzip"), {QStringLiteral("-t"), path});
+        QVERIFY(check.waitForFinished());
+        QCOMPARE(check.exitCode(), 0);
+        auto part = [&path](const QString& name) {
+            QProcess unzip;
+            unzip.start(QStringLiteral("unzip"), {QStringLiteral("-p"), path, name});
+            unzip.waitForFinished();
+            return QString::fromUtf8(unzip.readAllStandardOutput());
+        };
+        const QString sheet = part(QStringLiteral("xl/worksheets/sheet1.xml"));
+        // Cells by reference: numbers as numbers, dates as serial days, texts inline.
+        QHash<QString, QString> cells;
+        static const QRegularExpression cell(QStringLiteral("<c r=\"([A-Z]+[0-9]+)\"([^>]*)>(.*?)</c>"));
+        for (auto m = cell.globalMatch(sheet); m.hasNext();) {
+            const auto c = m.next();
+            static const QRegularExpression content(QStringLiteral("<(?:v|t)[^>]*>(.*?)</(?:v|t)>"));
+            const auto v = content.match(c.captured(3));
+            cells[c.captured(1)] = (c.captured(2).contains(QLatin1String("t=\"inlineStr\"")) ? QStringLiteral("s:") : QStringLiteral("n:")) +
+                                   v.captured(1);
+        }
+        QCOMPARE(cells.value(QStringLiteral("A1")), QStringLiteral("s:ReNr"));
+        QCOMPARE(cells.value(QStringLiteral("D1")), QStringLiteral("s:Betrag"));
+        QCOMPARE(cells.value(QStringLiteral("A2")), QStringLiteral("n:1"));
+        QCOMPARE(cells.value(QStringLiteral("B2")), QStringLiteral("s:Säge Huber"));
+        QCOMPARE(cells.value(QStringLiteral("C2")), QStringLiteral("n:46021")); // 30.12.2025
+        QCOMPARE(cells.value(QStringLiteral("D3")), QStringLiteral("n:158.25"));
+        QCOMPARE(cells.value(QStringLiteral("B4")), QStringLiteral("s:O'Neill Holz"));
+        QVERIFY(sheet.contains(QLatin1String("<pane ySplit=\"1\" topLeftCell=\"A2\" activePane=\"bottomLeft\" state=\"frozen\"/>")));
+        QVERIFY(sheet.contains(QLatin1String("<cols>")));
+        const QString styles = part(QStringLiteral("xl/styles.xml"));
+        QVERIFY(styles.contains(QLatin1String("formatCode=\"dd.mm.yyyy\"")));
+        QVERIFY(styles.contains(QLatin1String("<b/>")));
+    }
+
+    void htmlPage()
+    {
+        ListRequest r{Member::Lose};
+        r.columns = {QStringLiteral("Los_Nr"), QStringLiteral("Lagerort"), QStringLiteral("Efm_oR")};
+        r.sortColumn = QStringLiteral("Efm_oR");
+        const ListQuery q = buildListQuery(r, {});
+        QSqlQuery sql = execSql(db(), q.sql, q.values);
+        const QString path = nextReportPagePath(m_folder.path());
+        QVERIFY(path.endsWith(QLatin1String("report-1.htm")));
+        TextOptions o;
+        o.title = QStringLiteral("Lose <alle>");
+        const WriteResult written = writeHtml(path, sql, columnFormats(member(r.member), q), o);
+        QVERIFY2(written.ok, qPrintable(written.error));
+        QVERIFY(nextReportPagePath(m_folder.path()).endsWith(QLatin1String("report-2.htm")));
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QString page = QString::fromUtf8(f.readAll());
+        QVERIFY(page.contains(QLatin1String("<meta charset=\"utf-8\">")));
+        QVERIFY(page.contains(QLatin1String("<title>Lose &lt;alle&gt;</title>")));
+        QVERIFY(page.contains(QLatin1String("<tr><td class=\"z\">1</td><td>O&#x27;Brien&#x27;s Weg</td><td class=\"z\">2,500</td></tr>")) ||
+                page.contains(QLatin1String("<tr><td class=\"z\">1</td><td>O'Brien's Weg</td><td class=\"z\">2,500</td></tr>")));
+        QVERIFY(page.contains(QStringLiteral("<p>Anzahl Datensätze: 4</p>")));
+    }
+
+    void unwritableTargets()
+    {
+        // A folder standing where the file should go cannot be written over, whatever the rights.
+        QTemporaryDir dir;
+        for (const char* name : {"Daten.txt", "Daten.xlsx", "report-1.htm"})
+            QVERIFY(QDir(dir.path()).mkdir(QString::fromUtf8(name)));
+        ListRequest r{Member::Lose};
+        const ListQuery q = buildListQuery(r, {});
+        const auto formats = columnFormats(member(r.member), q);
+        for (int form = 0; form < 3; ++form) {
+            QSqlQuery sql = execSql(db(), q.sql, q.values);
+            const WriteResult w = form == 0   ? writeText(dir.filePath(QStringLiteral("Daten.txt")), sql, formats, {}, 4)
+                                  : form == 1 ? writeSpreadsheet(spreadsheetPath(dir.path()), sql, formats, QStringLiteral("Lose"), 4)
+                                              : writeHtml(dir.filePath(QStringLiteral("report-1.htm")), sql, formats, {});
+            QVERIFY(!w.ok);
+            QVERIFY2(w.error.startsWith(QLatin1String("Die Datei ")) && w.error.contains(QLatin1String("kann nicht geschrieben werden")),
+                     qPrintable(w.error));
+        }
+    }
+
+    void cancelStopsWriting()
+    {
+        TransactionGuard guard(db());
+        for (int i = 0; i < 5000; ++i)
+            log(db(), m_h3, 8, 1000 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
+        guard.commit();
+        ListRequest r{Member::Staemme};
+        const ListQuery q = buildListQuery(r, {});
+        QSqlQuery sql = execSql(db(), q.sql, q.values);
+        const QString path = m_folder.filePath(QStringLiteral("abgebrochen.txt"));
+        const WriteResult w = writeText(path, sql, columnFormats(member(r.member), q), {}, 5006, [](qint64) { return false; });
+        QVERIFY(w.cancelled);
+        QVERIFY(!QFile::exists(path));
+        run(db(), QStringLiteral("DELETE FROM Stämme WHERE Los_Nr = 8"));
+    }
+};
+
+TARVIK_TEST_CORE_MAIN(TestListCore)
+#include "tst_listcore.moc"

@@ -1,0 +1,254 @@
+// The evaluation list dialogs through their controls, headless: scope, filters, grouping, the
+// grid's counts and sums, the hand-on to the text window and the chart of a grouped list.
+#include "reports/lists/members.h"
+#include "reports/ui/lists/chartwindow.h"
+#include "reports/timberlist.h"
+#include "reports/ui/lists/listdialog.h"
+#include "reports/ui/lists/timberlistdialog.h"
+#include "reports/lists/listmodel.h"
+#include "store/sql.h"
+#include "support/tempdatafolder.h"
+#include "support/widgets.h"
+
+#include <QApplication>
+#include <QBarSeries>
+#include <QBarSet>
+#include <QChartView>
+#include <QComboBox>
+#include <QLabel>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTableView>
+#include <QTimer>
+
+using namespace tarvik;
+using test::child;
+
+namespace {
+
+// Waits for the modal window with the given name, lets the check look at it, then closes it.
+void whenShown(const QString& name, std::function<void(QWidget*)> check)
+{
+    auto* timer = new QTimer;
+    timer->setInterval(20);
+    QObject::connect(timer, &QTimer::timeout, [timer, name, check] {
+        QWidget* w = QApplication::activeModalWidget();
+        if (!w || w->objectName() != name)
+            return;
+        timer->stop();
+        timer->deleteLater();
+        check(w);
+        w->close();
+    });
+    timer->start();
+}
+
+QStringList row(const QAbstractItemModel& m, int r)
+{
+    QStringList cells;
+    for (int c = 0; c < m.columnCount(); ++c)
+        cells << m.data(m.index(r, c)).toString();
+    return cells;
+}
+
+} // namespace
+
+class TestListDialog : public QObject {
+    Q_OBJECT
+
+    test::TempDataFolder m_folder;
+    std::unique_ptr<Database> m_database;
+    Einstellungen m_settings;
+    test::ScriptedPrompter m_prompter;
+    FixedClock m_clock{QDate(2026, 11, 23)};
+    qint32 m_h1 = 0, m_h2 = 0;
+
+    QSqlDatabase db() const { return m_database->shared(); }
+    AppContext context() { return {db(), m_settings, m_folder.path(), m_prompter, m_clock}; }
+
+    void log(qint32 id, int lot, int nr, const char* species, const char* quality, const char* cls, double efm, double price)
+    {
+        execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Länge_m, Efm_oR, Stärkeklasse, Güteklasse, "
+                                     "Preis_berechnet, Kennung) VALUES (?, ?, ?, 5, ?, ?, ?, ?, ?)"),
+                {lot, nr, QString::fromUtf8(species), efm, QString::fromUtf8(cls), QString::fromUtf8(quality), price, id});
+    }
+
+private slots:
+    void initTestCase()
+    {
+        m_database = m_folder.openDatabase();
+        m_settings.repair();
+        execSql(db(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Jahr, Teilverkauft, Verkauft) VALUES (1, '2025', 'N', 'N'), (2, '2026', 'N', 'N')"));
+        m_h1 = scalar(db(), QStringLiteral("SELECT ID FROM Hiebe WHERE Hieb_Nr = 1")).toInt();
+        m_h2 = scalar(db(), QStringLiteral("SELECT ID FROM Hiebe WHERE Hieb_Nr = 2")).toInt();
+        execSql(db(), QStringLiteral("INSERT INTO Lose(Los_Nr, Sortierung, Lagerort, Kennung) VALUES (1, 'Stämme', 'O''Brien''s Weg', ?), "
+                                     "(2, 'Stämme', 'Hof', ?), (1, 'Stämme', 'Hof', ?)"),
+                {m_h1, m_h1, m_h2});
+        log(m_h1, 1, 1, "FI (Fichte)", "B", "L2b", 0.5, 20);
+        log(m_h1, 1, 2, "FI (Fichte)", "B", "L2b", 0.75, 30);
+        log(m_h1, 1, 3, "FI (Fichte)", "C", "L3a", 1.25, 40);
+        log(m_h1, 2, 4, "BU (Rotbuche)", "B", "L2b", 0.5, 25);
+        log(m_h2, 1, 1, "FI (Fichte)", "B", "L2b", 9, 99); // another harvest: not in "Aktuellen Hieb"
+    }
+
+    void init() { m_prompter.clear(); }
+
+    void logsOfCurrentHarvestGrouped()
+    {
+        ListDialog dialog(context(), lists::Member::Staemme, m_h1, true);
+        QCOMPARE(dialog.objectName(), QStringLiteral("BF_Staemme_listen"));
+        auto* scope = child<QComboBox>(dialog, "komhieb");
+        scope->setCurrentIndex(scope->findText(QStringLiteral("Aktuellen Hieb")));
+        auto* grouping = child<QRadioButton>(dialog, "optigruppe(1)");
+        QCOMPARE(grouping->text(), QStringLiteral("Nach Baumart, Güte- und Stärkeklasse"));
+        QCOMPARE(child<QRadioButton>(dialog, "optigruppe(12)")->text(), QString::fromUtf8(lists::NoGrouping));
+        grouping->click();
+
+        QString shownReport;
+        whenShown(QStringLiteral("AF_Textausgabe"),
+                  [&](QWidget* w) { shownReport = child<QPlainTextEdit>(*w, "t")->toPlainText(); });
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'\n')));
+
+        const QAbstractItemModel& grid = *child<QTableView>(dialog, "gridli")->model();
+        QCOMPARE(grid.rowCount(), 3);
+        // Baumart, Güteklasse, Stärkeklasse, count, Efm, Efm per log, length, diameter, money
+        QCOMPARE(row(grid, 0), (QStringList{"BU (Rotbuche)", "B", "L2b", "1", "0,500", "0,500", "5,00", "0,00", "25,00"}));
+        QCOMPARE(row(grid, 1).mid(0, 5), (QStringList{"FI (Fichte)", "B", "L2b", "2", "1,250"}));
+        QCOMPARE(row(grid, 1).last(), QStringLiteral("50,00"));
+        QCOMPARE(row(grid, 2).mid(0, 5), (QStringList{"FI (Fichte)", "C", "L3a", "1", "1,250"}));
+        QCOMPARE(child<QLabel>(dialog, "bezanzahl")->text(), QStringLiteral("Anzahl Datensätze: 3"));
+        QVERIFY(shownReport.contains(QStringLiteral("FI (Fichte)")));
+        QVERIFY(shownReport.contains(QStringLiteral("Anzahl_Stämme")));
+
+        // The chart: one bar per group; saved as PNG and PDF.
+        auto* chartButton = child<QPushButton>(dialog, "comdiagramm");
+        QVERIFY(chartButton->isEnabled());
+        int bars = -1;
+        QString category;
+        const QString png = m_folder.filePath(QStringLiteral("diagramm.png"));
+        const QString pdf = m_folder.filePath(QStringLiteral("diagramm.pdf"));
+        bool savedPng = false, savedPdf = false;
+        whenShown(QStringLiteral("BF_Diagramm"), [&](QWidget* w) {
+            auto* window = static_cast<ChartWindow*>(w);
+            auto* view = child<QChartView>(*w, "diagramm");
+            auto* series = static_cast<QAbstractBarSeries*>(view->chart()->series().first());
+            bars = int(series->barSets().first()->count());
+            category = child<QComboBox>(*w, "komwert")->currentText();
+            savedPng = window->savePng(png);
+            savedPdf = window->savePdf(pdf);
+        });
+        QTest::mouseClick(chartButton, Qt::LeftButton);
+        QCOMPARE(bars, 3);
+        QCOMPARE(category, QStringLiteral("Efm_Stämme"));
+        QVERIFY(savedPng && QImage(png).width() > 100);
+        QVERIFY(savedPdf);
+        QProcess info;
+        info.start(QStringLiteral("pdfinfo"), {pdf});
+        QVERIFY(info.waitForFinished());
+        QCOMPARE(info.exitCode(), 0);
+    }
+
+    void scopeWithoutHarvestIsRefused()
+    {
+        ListDialog dialog(context(), lists::Member::Staemme, std::nullopt, false);
+        auto* scope = child<QComboBox>(dialog, "komhieb");
+        QCOMPARE(scope->currentText(), QStringLiteral("Alle Hiebe"));
+        scope->setCurrentIndex(2);
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QCOMPARE(m_prompter.messages(), QStringList{QString::fromUtf8(lists::NoHarvestMarked)});
+        QCOMPARE(child<QTableView>(dialog, "gridli")->model()->rowCount(), 0);
+    }
+
+    void filterWithApostropheAndNoRows()
+    {
+        ListDialog dialog(context(), lists::Member::Lose, m_h1, false);
+        auto* place = child<QComboBox>(dialog, "komlagerort");
+        QCOMPARE(place->count(), 3); // all, "Hof", "O'Brien's Weg"
+        place->setCurrentIndex(place->findText(QStringLiteral("O'Brien's Weg")));
+        child<QPushButton>(dialog, "alle(1)")->click();
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QCOMPARE(m_prompter.messages(),
+                 QStringList{QStringLiteral("Die Liste kann nicht erstellt werden, weil kein Datenfeld zum Listen ausgewählt ist.")});
+        m_prompter.clear();
+        child<QPushButton>(dialog, "alle(0)")->click();
+        whenShown(QStringLiteral("AF_Textausgabe"), [](QWidget*) {});
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        const QAbstractItemModel& grid = *child<QTableView>(dialog, "gridli")->model();
+        QCOMPARE(grid.rowCount(), 1);
+        QCOMPARE(grid.data(grid.index(0, 13)).toString(), QStringLiteral("O'Brien's Weg"));
+
+        // A sold-only scope finds nothing: the lots' own message, nothing handed on.
+        child<QComboBox>(dialog, "komhieb")->setCurrentIndex(5);
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Es wurden lt. den aktuellen Einstellungen keine Lose gefunden!")});
+        QCOMPARE(grid.rowCount(), 0);
+    }
+
+    void rangeRefusedBeforeAnyQuery()
+    {
+        ListDialog dialog(context(), lists::Member::Lose, m_h1, false);
+        child<QRadioButton>(dialog, "optizeitraum(1)")->click();
+        test::typeInto(child<QLineEdit>(dialog, "tzeitraum(0)"), QStringLiteral("05"));
+        test::typeInto(child<QLineEdit>(dialog, "tzeitraum(1)"), QStringLiteral("2007"));
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QCOMPARE(m_prompter.messages(),
+                 QStringList{QStringLiteral("Die Liste kann nicht erstellt werden, weil die Jahre von... bis... 4-stellig sein müssen.")});
+        QCOMPARE(m_settings.zahl[2], qint16(1));
+        QCOMPARE(m_settings.text[2], QStringLiteral("05"));
+        child<QRadioButton>(dialog, "optizeitraum(0)")->click();
+        dialog.reject();
+        QCOMPARE(m_settings.zahl[2], qint16(0));
+    }
+
+    void timberListOfTickedLots()
+    {
+        TimberListDialog dialog(context(), m_h1);
+        auto* lots = child<QListWidget>(dialog, "liste");
+        QCOMPARE(lots->count(), 2);
+        child<QPushButton>(dialog, "alle(1)")->click();
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QCOMPARE(m_prompter.messages(), QStringList{QString::fromUtf8(NoLotsMarked)});
+        m_prompter.clear();
+
+        lots->item(1)->setCheckState(Qt::Checked);
+        QString shown;
+        whenShown(QStringLiteral("AF_Textausgabe"), [&](QWidget* w) { shown = child<QPlainTextEdit>(*w, "t")->toPlainText(); });
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QVERIFY(m_prompter.messages().isEmpty());
+        QVERIFY(shown.startsWith(QStringLiteral("HIEBDATEN")));
+        QVERIFY(shown.contains(QStringLiteral("Mittelwerte je Stamm:  EFM_OR 0,750   LÄNGE 5,0")));
+        QVERIFY(shown.contains(QStringLiteral("Baumarten:             BU (Rotbuche), FI (Fichte)")));
+        QVERIFY(shown.contains(QStringLiteral("Holzliste nach Baumarten, Güte- und Stärkelassen für Los 2")));
+        QVERIFY(!shown.contains(QStringLiteral("Holzliste nach Baumarten, Güte- und Stärkelassen für Los 1")));
+        QVERIFY(shown.contains(QStringLiteral("Einzelauswertung Stämme Los 2")));
+    }
+
+    void gridFetchesLazily()
+    {
+        {
+            TransactionGuard guard(db());
+            for (int i = 0; i < 3000; ++i)
+                log(m_h2, 5, 100 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
+            guard.commit();
+        }
+        m_settings.zahl[4] = 2; // the spreadsheet
+        ListDialog dialog(context(), lists::Member::Staemme, m_h2, false);
+        // Opening the spreadsheet needs a desktop; the file is what counts here.
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QVERIFY(m_prompter.messages().size() <= 1); // at most: no program to open it with
+        m_settings.zahl[4] = 0;
+        const QAbstractItemModel& grid = *child<QTableView>(dialog, "gridli")->model();
+        QCOMPARE(child<QLabel>(dialog, "bezanzahl")->text(), QStringLiteral("Anzahl Datensätze: 3001"));
+        QVERIFY2(grid.rowCount() < 3001, "the grid holds only the rows it has shown");
+        QVERIFY(child<QLabel>(dialog, "bezseite")->text().startsWith(QStringLiteral("Seite 1 von ")));
+        QVERIFY(QFile::exists(m_folder.filePath(QStringLiteral("Daten.xlsx"))));
+        execSql(db(), QStringLiteral("DELETE FROM Stämme WHERE Los_Nr = 5"));
+    }
+};
+
+TARVIK_TEST_MAIN(TestListDialog)
+#include "tst_listdialog.moc"
