@@ -105,6 +105,11 @@ QByteArray snapshot(const QString& path)
 {
     return withConnection(path, [](QSqlDatabase& db) {
         QCryptographicHash hash(QCryptographicHash::Sha256);
+        // The schema too: a class added takes columns with it.
+        QSqlQuery schema(db);
+        schema.exec(QStringLiteral("SELECT type, name, sql FROM sqlite_master ORDER BY type, name"));
+        while (schema.next())
+            hash.addData((schema.value(0).toString() + schema.value(1).toString() + schema.value(2).toString()).toUtf8());
         QSqlQuery tables(db);
         tables.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name"));
         QStringList names;

@@ -8,6 +8,7 @@
 #include "entry/logentry.h"
 #include "invoices/invoice.h"
 #include "maintenance/compaction.h"
+#include "masterdata/classtables.h"
 #include "rules/lotrecompute.h"
 #include "rules/masterdatalookup.h"
 #include "settings/settings.h"
@@ -173,6 +174,17 @@ std::vector<Operation> makeOperations()
                            const CompactionResult r = compactDatabaseFile(path);
                            if (!r.ok)
                                throw StoreError(r.message);
+                       };
+                   }});
+    // A new log class adds its columns to three price tables: the class and all columns, or none.
+    ops.push_back({QStringLiteral("klasse"), QStringLiteral("Stärkeklasse mit ihren Spalten anlegen"),
+                   [](const QSqlDatabase& db, const QString&) { seedHarvest(db, 1, 100, 2); },
+                   [](const QString& folder) -> std::function<void()> {
+                       auto bench = std::make_shared<Workbench>(folder);
+                       return [bench] {
+                           if (!storeClass(bench->context, ClassTable::Staemme, EditMode::Neu, std::nullopt,
+                                           {QStringLiteral("L7"), {QStringLiteral("70"), QStringLiteral("79")}}))
+                               throw StoreError(QStringLiteral("Die Klasse wurde nicht angelegt."));
                        };
                    }});
     // A backup leaves the data alone; its archive appears checked under its name or not at all.
