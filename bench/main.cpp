@@ -1,6 +1,7 @@
 // tarvik-bench: how the program's work grows with its data, beside the bare database doing the
 // same minimal work on the same file.
 #include "backup.h"
+#include "exchangeimport.h"
 #include "generator.h"
 #include "listscenarios.h"
 #include "measure.h"
@@ -284,6 +285,7 @@ int main(int argc, char* argv[])
         results.push_back(r);
     for (const bench::Result& r : bench::backupScenarios(folder, scratch.filePath(QStringLiteral("sicherung")), 3))
         results.push_back(r);
+    results.push_back(bench::exchangeImportScenario(path, 100000, 3));
     const long desktopKb = desktopPeakKb(parser.value(desktop), folder);
     bench::report(results, bench::peakResidentKb());
     if (desktopKb > 0)

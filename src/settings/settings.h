@@ -11,6 +11,7 @@ inline constexpr char SettingsFileName[] = "Einstellungen.tk3";
 inline constexpr int SerialDeviceSlot = 40; // Einst_Text: the calliper's port as the system names it
 inline constexpr int OnlineHostSlot = 41;   // Einst_Text: the online service's web server
 inline constexpr int MapHostSlot = 42;      // Einst_Text: the web map's server for the lots' aerial view
+inline constexpr int HandheldFolderSlot = 43; // Einst_Text: the handheld's exchange folder (mounted or synchronised)
 
 struct Einstellungen {
     static constexpr int ZahlCount = 101;

@@ -12,6 +12,9 @@
 #include "reports/ui/lotmapdialog.h"
 #include "common/prompter.h"
 #include "entry/ui/harvestdialog.h"
+#include "exchange/exportfiles.h"
+#include "exchange/handheld.h"
+#include "exchange/ui/importdialog.h"
 #include "entry/ui/hubdialog.h"
 #include "entry/ui/logdialog.h"
 #include "entry/ui/poledialog.h"
@@ -146,7 +149,7 @@ void MainWindow::buildMenus()
         }
         return m;
     };
-    auto wire = [this](const char* name, void (MainWindow::*slot)()) {
+    auto wire = [this](const char* name, auto slot) {
         QAction* a = findChild<QAction*>(QString::fromUtf8(name));
         a->setEnabled(true);
         connect(a, &QAction::triggered, this, slot);
@@ -233,6 +236,16 @@ void MainWindow::buildMenus()
         item->setEnabled(true);
         connect(item, &QAction::triggered, this, [this, item] { showHelp(this, m_prompter, helpTopicOfMenuItem(item->objectName())); });
     }
+    wire("optiexporttarvik3", &MainWindow::exportToInstallation);
+    wire("optiexportpocketpc", &MainWindow::exportToHandheld);
+    wire("optiimporttarvik3", [this] { openImport(false); });
+    wire("optiimportpocketpc", [this] { openImport(true); });
+    wire("otpiimportfmr1", [this] {
+        m_prompter.inform(QStringLiteral(
+            "Der Import von Stämmen über das FMR1-Gerät, der App Holzliste oder aus Online-TARVIK wird über das Modul für die "
+            "Stammeingabe realisiert. Wählen Sie also den entsprechenden Hieb aus und gehen Sie dann auf Eingabe -> Stämme. Dort "
+            "klicken Sie links unten auf den entsprechenden Schalter für den gewünschten Import."));
+    });
     QAction* quit = findChild<QAction*>(QStringLiteral("S_ZEPbeenden"));
     quit->setEnabled(true);
     connect(quit, &QAction::triggered, this, &QWidget::close);
@@ -621,6 +634,28 @@ void MainWindow::openBackup()
     // A staged restore is taken over at the next start: this run must end now.
     if (runBackupWizard())
         close();
+}
+
+void MainWindow::exportToInstallation()
+{
+    exchange::exportToInstallation(m_session.database->shared(), m_session.dataFolder, m_prompter,
+                                   exchange::selectedHarvestIds(m_session.database->shared()));
+}
+
+void MainWindow::exportToHandheld()
+{
+    exchange::exportToHandheld(m_session.database->shared(), m_session.dataFolder, m_session.settings, m_prompter,
+                               exchange::selectedHarvestIds(m_session.database->shared()));
+}
+
+void MainWindow::openImport(bool fromHandheld)
+{
+    ImportDialog dialog(context(), fromHandheld, this);
+    dialog.exec();
+    if (dialog.imported()) {
+        requestRefill();
+        refill();
+    }
 }
 
 void MainWindow::saveColumnWidths() const

@@ -66,6 +66,9 @@ private:
     void takeOverVersion2();
     void releaseDatabase();
     void endAfterMaintenance(bool keepSettingsFile);
+    void exportToInstallation();
+    void exportToHandheld();
+    void openImport(bool fromHandheld);
     bool requireMarkedHarvest();
     void saveColumnWidths() const;
     void restoreColumnWidths();

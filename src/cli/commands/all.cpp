@@ -18,6 +18,8 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeKomprimierenCommand());
         list.push_back(makeUebernahmeCommand());
         list.push_back(makeGeraeteimportCommand());
+        list.push_back(makeExportCommand());
+        list.push_back(makeImportCommand());
         return list;
     }();
     return all;

@@ -19,6 +19,8 @@ std::unique_ptr<Command> makeWiederherstellenCommand();
 std::unique_ptr<Command> makeKomprimierenCommand();
 std::unique_ptr<Command> makeUebernahmeCommand();
 std::unique_ptr<Command> makeGeraeteimportCommand();
+std::unique_ptr<Command> makeExportCommand();
+std::unique_ptr<Command> makeImportCommand();
 
 const std::vector<std::unique_ptr<Command>>& allCommands();
 const Command* findCommand(const QString& name);

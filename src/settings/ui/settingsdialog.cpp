@@ -184,6 +184,24 @@ void SettingsDialog::buildGeneralPage(QWidget* page)
     m_onlineHost->setPlaceholderText(QStringLiteral("z.B. www.beispiel.de (https)"));
     onlineForm->addRow(QStringLiteral("Server"), m_onlineHost);
     right->addWidget(online);
+    auto* handheld = new QGroupBox(QStringLiteral("Datenaustausch mit dem Pocket-PC"));
+    auto* handheldRow = new QHBoxLayout(handheld);
+    handheldRow->addWidget(new QLabel(QStringLiteral("Ordner des Pocket-PC")));
+    auto* folder = new QLineEdit;
+    folder->setObjectName(QStringLiteral("tpocket"));
+    folder->setPlaceholderText(QStringLiteral("kein Ordner gewählt"));
+    handheldRow->addWidget(folder, 1);
+    auto* choose = new QPushButton(QStringLiteral("..."));
+    choose->setObjectName(QStringLiteral("bt_pocketordner"));
+    choose->setAutoDefault(false);
+    choose->setToolTip(QStringLiteral("Ordner des Pocket-PC wählen (angeschlossenes Gerät oder synchronisierter Ordner)"));
+    connect(choose, &QPushButton::clicked, this, [this, folder] {
+        const QString chosen = m_prompter.chooseFolder(QStringLiteral("Ordner des Pocket-PC"), folder->text());
+        if (!chosen.isEmpty())
+            folder->setText(chosen);
+    });
+    handheldRow->addWidget(choose);
+    right->addWidget(handheld);
     right->addStretch();
     row->addLayout(right);
     layout->addLayout(row);
@@ -295,6 +313,7 @@ void SettingsDialog::load()
         m_fields[FirstFactorField + i]->setText(formatDecimal(m_settings.dezimal[static_cast<size_t>(i)], 3));
     m_fields[0]->setText(m_settings.text[HeaderTextSlot]);
     m_fields[3]->setText(m_settings.text[SeparatorSlot]);
+    findChild<QLineEdit*>(QStringLiteral("tpocket"))->setText(m_settings.text[HandheldFolderSlot]);
     if (QAbstractButton* b = m_comPorts->button(m_settings.zahl[ComPortSlot]))
         b->setChecked(true);
     m_serialDevice->setEditText(m_settings.text[SerialDeviceSlot]);
@@ -320,6 +339,7 @@ void SettingsDialog::store()
     changed.text[SeparatorSlot] = m_fields[3]->text();
     changed.text[SerialDeviceSlot] = m_serialDevice->currentText().trimmed();
     changed.text[OnlineHostSlot] = m_onlineHost->text().trimmed();
+    changed.text[HandheldFolderSlot] = findChild<QLineEdit*>(QStringLiteral("tpocket"))->text().trimmed();
     for (const NumberSlot& n : NumberSlots)
         changed.zahl[static_cast<size_t>(n.slot)] = toShort(readNumber(m_fields[n.field]->text()));
     for (int i = 0; i < 3; ++i)
