@@ -6,6 +6,9 @@
 #include "common/clock.h"
 #include "common/consoleprompter.h"
 #include "entry/logentry.h"
+#include "exchange/exchangefile.h"
+#include "exchange/exportfiles.h"
+#include "exchange/importfiles.h"
 #include "invoices/invoice.h"
 #include "maintenance/compaction.h"
 #include "masterdata/classtables.h"
@@ -174,6 +177,29 @@ std::vector<Operation> makeOperations()
                            const CompactionResult r = compactDatabaseFile(path);
                            if (!r.ok)
                                throw StoreError(r.message);
+                       };
+                   }});
+    // An exchange file of a large harvest taken over: the whole harvest, or nothing of it.
+    ops.push_back({QStringLiteral("austausch"), QStringLiteral("Austauschdatei eines Hiebs mit 6000 Stämmen einlesen"),
+                   [](const QSqlDatabase& db, const QString& folder) {
+                       const qint32 harvest = seedHarvest(db, 5, 1500, 4);
+                       const QString exchangeFolder = QDir(folder).filePath(QStringLiteral("austausch"));
+                       QDir().mkpath(exchangeFolder);
+                       std::FILE* sink = std::fopen("/dev/null", "w");
+                       ConsolePrompter yes(true, sink);
+                       const exchange::ExportOutcome out = exchange::writeExportFiles(db, exchangeFolder, yes, {harvest});
+                       std::fclose(sink);
+                       if (!out.written)
+                           throw StoreError(QStringLiteral("Die Austauschdatei wurde nicht geschrieben."));
+                       deleteHarvest(db, harvest); // taken over anew by the import
+                   },
+                   [](const QString& folder) -> std::function<void()> {
+                       auto bench = std::make_shared<Workbench>(folder);
+                       const QString file = QDir(folder).filePath(QStringLiteral("austausch/") + exchange::harvestFileName(5));
+                       return [bench, file] {
+                           const exchange::ImportReport report = exchange::importFiles(bench->db, bench->settings, {file});
+                           if (!report.refusedFiles.isEmpty() || report.counts.logs == 0)
+                               throw StoreError(report.messages.join(u'\n'));
                        };
                    }});
     // A new log class adds its columns to three price tables: the class and all columns, or none.
