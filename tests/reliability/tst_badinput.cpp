@@ -9,6 +9,7 @@
 #include "devices/logtable.h"
 #include "common/textfile.h"
 #include "entry/harvestentry.h"
+#include "exchange/exchangefile.h"
 #include "entry/logentry.h"
 #include "entry/lotentry.h"
 #include "help/helpfile.h"
@@ -300,7 +301,7 @@ private slots:
         QTest::addColumn<QString>("reader");
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QString>("message");
-        for (const char* reader : {"app archive", "backup archive", "online file"})
+        for (const char* reader : {"app archive", "backup archive", "online file", "exchange file"})
             for (const char* kind : {"empty", "truncated", "garbage"})
                 QTest::addRow("%s %s", reader, kind) << reader << kind << QString();
     }
@@ -314,6 +315,10 @@ private slots:
         const QString table = QString::fromLatin1(LogTableHeader) + QStringLiteral("\r\n1;1;Fi;B;4,5;35;;N;\r\n1;2;Kie;A;5;30;20;J;Sturm\r\n");
         if (reader == QLatin1String("online file")) {
             good = table.toUtf8();
+        } else if (reader == QLatin1String("exchange file")) {
+            QFile f(QStringLiteral(TARVIK_FUZZ_CORPUS "/fuzz_exchange/hieb3"));
+            QVERIFY(f.open(QIODevice::ReadOnly));
+            good = f.readAll();
         } else {
             // A real archive of a data folder, written by the backup itself.
             test::TempDataFolder data;
@@ -334,7 +339,12 @@ private slots:
                                                                       : garbage(8192);
         QString said;
         int logs = 0;
-        if (reader == QLatin1String("online file")) {
+        if (reader == QLatin1String("exchange file")) {
+            const QString name = exchange::harvestFileName(3);
+            const exchange::ParseResult r = exchange::parseHarvestBytes(name, bytes);
+            QVERIFY(!r.file);
+            said = exchange::refusalMessage(name, r.error);
+        } else if (reader == QLatin1String("online file")) {
             const LogTable t = parseLogTable(bytes);
             said = t.error;
             logs = int(t.logs.size());
