@@ -15,6 +15,7 @@ packages=(
   ccache
   qt6-serialport-dev
   libxlsxwriter-dev qt6-charts-dev libqt6opengl6-dev
+  clang libfuzzer-14-dev
 )
 
 missing=()

@@ -66,7 +66,9 @@ Einstellungen EinstellungenLaden(const QString& path)
             else if (i < Einstellungen::ZahlCount + Einstellungen::DezimalCount)
                 s.dezimal[static_cast<size_t>(i - Einstellungen::ZahlCount)] = parseDezimal(lines[i]);
             else
-                s.text[static_cast<size_t>(i - Einstellungen::ZahlCount - Einstellungen::DezimalCount)] = lines[i];
+                // A lone CR reads as the blank a save makes of it.
+                s.text[static_cast<size_t>(i - Einstellungen::ZahlCount - Einstellungen::DezimalCount)] =
+                    QString(lines[i]).replace(u'\r', u' ');
         }
     }
     s.repair();

@@ -61,6 +61,17 @@ private slots:
         QCOMPARE(decodeTextFile(bytes), text);
     }
 
+    // The five bytes the code page leaves unassigned read as the control character of the same
+    // number and are written back as that byte, so a file read and written again is unchanged.
+    void unassignedBytesSurviveReadAndWrite()
+    {
+        const QByteArray bytes("\x81\x8D\x8F\x90\x9D|\x80\x9F\xA0\xFF", 10);
+        const QString text = decodeCp1252(bytes);
+        QCOMPARE(text.at(0).unicode(), char16_t(0x81));
+        QCOMPARE(encodeCp1252(text), bytes);
+        QCOMPARE(encodeCp1252(QString(QChar(char16_t(0x80)))), QByteArray("?")); // U+0080 is no Windows-1252 character
+    }
+
     void readsLfOnlyFiles()
     {
         test::TempDataFolder dir;

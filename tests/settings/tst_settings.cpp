@@ -134,6 +134,25 @@ private slots:
         QCOMPARE(s.dezimal[0], 0.7f);
     }
 
+    // A lone CR inside a text line reads as the blank the writer makes of it, and a factor
+    // "nan" or "inf" as unreadable: what was read is what a save writes back.
+    void oddLinesReadAsTheyWillBeWritten()
+    {
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QLatin1String(SettingsFileName));
+        QStringList lines(Einstellungen::LineCount, QStringLiteral(" 0"));
+        lines[Einstellungen::ZahlCount] = QStringLiteral("nan");
+        lines[Einstellungen::ZahlCount + 1] = QStringLiteral("-inf");
+        lines[Einstellungen::ZahlCount + Einstellungen::DezimalCount + 3] = QStringLiteral("Forst\rbetrieb");
+        QVERIFY(writeTextFile(path, lines).ok);
+        const Einstellungen s = EinstellungenLaden(path);
+        QCOMPARE(s.dezimal[0], 0.7f);
+        QCOMPARE(s.dezimal[1], 0.65f);
+        QCOMPARE(s.text[3], QStringLiteral("Forst betrieb"));
+        QVERIFY(EinstellungenSpeichern(s, path));
+        QCOMPARE(EinstellungenLaden(path).text, s.text);
+    }
+
     void extraLinesAreIgnored()
     {
         test::TempDataFolder dir;
