@@ -153,6 +153,17 @@ private slots:
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n...die Los-Nummer 5 bereits existiert."));
     }
 
+    void mapLinkOfTheLotChecksItsCoordinates()
+    {
+        LotDialog d(context(), m_harvest, std::nullopt);
+        auto* map = child<QPushButton>(d, "googlelink");
+        QVERIFY(map->isEnabled());
+        child<QLineEdit>(d, "t(2)")->setText(QStringLiteral("39,999999"));
+        child<QLineEdit>(d, "t(3)")->setText(QStringLiteral("10"));
+        map->click();
+        QVERIFY(m_prompter.messages().last().startsWith(QStringLiteral("Im aktuellen Los müssen die Breidegrade")));
+    }
+
     void renumberingALotTakesItsRowsAlong()
     {
         createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));

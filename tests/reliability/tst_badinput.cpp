@@ -202,7 +202,7 @@ private slots:
             const QString result = f.storeAndReadBack(store, exact + u'ß');
             QFAIL(qPrintable(QStringLiteral("gespeichert: ") + result));
         } catch (const StoreError& e) {
-            QVERIFY2(e.message().contains(QStringLiteral("höchstens_%1_Zeichen").arg(width)), qPrintable(e.message()));
+            QVERIFY2(e.message().contains(QStringLiteral("ist zu lang: es nimmt höchstens %1 Zeichen auf").arg(width)), qPrintable(e.message()));
         }
         QCOMPARE(f.rows(table.toUtf8().constData()), afterOne);
         QCOMPARE(f.rows("Liste_Bemerkungen"), listRows);
@@ -227,7 +227,7 @@ private slots:
         QTest::addColumn<QString>("message");
         const QString notOurs = QStringLiteral("ist keine Datenbank von TARVIK 3.0 oder sie ist beschädigt");
         QTest::newRow("database empty") << "database" << "empty" << notOurs + " (unbekanntes Dateiformat)";
-        QTest::newRow("database cut off") << "database" << "truncated" << notOurs + " (die Datei ist unvollständig)";
+        QTest::newRow("database cut off") << "database" << "truncated" << QString("ist beschädigt: die Datei ist unvollständig");
         QTest::newRow("database garbage") << "database" << "garbage" << notOurs + " (unbekanntes Dateiformat)";
         QTest::newRow("version-2 file empty") << "jet" << "empty" << "ist keine Datenbank von TARVIK 2.0 (keine Access/Jet-Datei).";
         QTest::newRow("version-2 file cut off") << "jet" << "truncated" << "ist unvollständig (abgeschnitten) und kann nicht übernommen werden.";

@@ -3,12 +3,14 @@
 #include "common/numbers.h"
 #include "common/ui/guarded.h"
 #include "entry/harvestentry.h"
+#include "reports/maplink.h"
 #include "rules/lotrecompute.h"
 #include "rules/masterdatalookup.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDesktopServices>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -101,7 +103,14 @@ QWidget* LotDialog::buildLotPage()
     form->addRow(QStringLiteral("GPS Länge"), m_gpsL = edit(QStringLiteral("t(3)"), 10));
     auto* map = new QPushButton(QStringLiteral("Google-Maps"));
     map->setObjectName(QStringLiteral("googlelink"));
-    map->setEnabled(false); // the map view comes with its own work
+    connect(map, &QPushButton::clicked, this, [this] {
+        const MapLink link = mapLink(m_gpsB->text(), m_gpsL->text(), m_context.settings.text[MapHostSlot]);
+        if (!link.ok) {
+            m_context.prompter.inform(link.message);
+            return;
+        }
+        QDesktopServices::openUrl(link.url);
+    });
     form->addRow(QString(), map);
     form->addRow(QStringLiteral("Abnehmer"), m_buyer = combo(QStringLiteral("kom(3)"), 50));
     form->addRow(QStringLiteral("Bemerkung"), m_remark = combo(QStringLiteral("kom(4)"), 30));
