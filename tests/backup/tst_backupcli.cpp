@@ -2,6 +2,7 @@
 #include "backup/archive.h"
 #include "backup/stagedrestore.h"
 #include "cli/cli.h"
+#include "support/clirun.h"
 #include "support/tempdatafolder.h"
 #include "backupfixtures.h"
 
@@ -11,30 +12,15 @@ using namespace tarvik;
 
 namespace {
 
-struct Output {
-    int code;
-    QString out;
-    QString err;
-};
+using Output = test::CliOutput;
 
-QString slurp(std::FILE* f)
-{
-    std::rewind(f);
-    QByteArray bytes;
-    char buf[4096];
-    size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0)
-        bytes.append(buf, qsizetype(n));
-    std::fclose(f);
-    return QString::fromUtf8(bytes).trimmed();
-}
-
+// The printed path without its line end.
 Output runCli(const QStringList& args)
 {
-    std::FILE* out = std::tmpfile();
-    std::FILE* err = std::tmpfile();
-    const int code = cli::run(args, out, err);
-    return {code, slurp(out), slurp(err)};
+    Output o = test::runCli(args);
+    o.out = o.out.trimmed();
+    o.err = o.err.trimmed();
+    return o;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // tarvik-cli: usage, exit codes and "init", run in-process.
 #include "cli/cli.h"
+#include "support/clirun.h"
 #include "store/database.h"
 #include "store/sql.h"
 #include "support/records.h"
@@ -18,31 +19,8 @@ using namespace tarvik;
 
 namespace {
 
-struct Output {
-    int code;
-    QString out;
-    QString err;
-};
-
-QString slurp(std::FILE* f)
-{
-    std::rewind(f);
-    QByteArray bytes;
-    char buf[4096];
-    size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0)
-        bytes.append(buf, qsizetype(n));
-    std::fclose(f);
-    return QString::fromUtf8(bytes);
-}
-
-Output runCli(const QStringList& args)
-{
-    std::FILE* out = std::tmpfile();
-    std::FILE* err = std::tmpfile();
-    const int code = cli::run(args, out, err);
-    return {code, slurp(out), slurp(err)};
-}
+using Output = test::CliOutput;
+using test::runCli;
 
 // The desktop program in the middle of a store: holds the write lock for a while.
 class DesktopWriter : public QThread {

@@ -1,6 +1,7 @@
 // tarvik-cli export and import, run in-process: files on stdout, counts on stdout, messages
 // and questions on stderr, exit codes.
 #include "cli/cli.h"
+#include "support/clirun.h"
 #include "common/textfile.h"
 #include "store/database.h"
 #include "store/sql.h"
@@ -14,31 +15,8 @@ using namespace tarvik;
 
 namespace {
 
-struct Output {
-    int code;
-    QString out;
-    QString err;
-};
-
-QString slurp(std::FILE* f)
-{
-    std::rewind(f);
-    QByteArray bytes;
-    char buf[4096];
-    size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0)
-        bytes.append(buf, qsizetype(n));
-    std::fclose(f);
-    return QString::fromUtf8(bytes);
-}
-
-Output runCli(const QStringList& args)
-{
-    std::FILE* out = std::tmpfile();
-    std::FILE* err = std::tmpfile();
-    const int code = cli::run(args, out, err);
-    return {code, slurp(out), slurp(err)};
-}
+using Output = test::CliOutput;
+using test::runCli;
 
 } // namespace
 
