@@ -143,7 +143,7 @@ void HarvestDialog::build()
     standard->setToolTip(QStringLiteral("Waldname, Hiebgrund, Hiebart und Waldbesitzer als Vorgabe für neue Hiebe sichern"));
     auto* help = new QPushButton(QStringLiteral("&Hilfe"));
     help->setObjectName(QStringLiteral("comhilfe"));
-    help->setEnabled(false); // the help viewer comes with the help window
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     // RETURN triggers [OK+Nächster] when the settings say so.
     const bool nextIsDefault = m_context.settings.okNextIsDefault() && !m_editedId;
     for (QPushButton* b : {m_ok, m_okNext, cancel, standard, help})

@@ -198,7 +198,7 @@ void LogDialog::build()
     }
     auto* help = new QPushButton(QStringLiteral("&Hilfe"));
     help->setObjectName(QStringLiteral("comhilfe"));
-    help->setEnabled(false);
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     buttons->addWidget(help);
     buttons->addStretch();
     for (QPushButton* b : {m_ok, m_okNext, cancel}) {

@@ -71,7 +71,7 @@ LotDialog::LotDialog(const AppContext& context, qint32 harvestId, std::optional<
     cancel->setObjectName(QStringLiteral("cmdabbrechen"));
     auto* help = new QPushButton(QStringLiteral("&Hilfe"));
     help->setObjectName(QStringLiteral("comhilfe"));
-    help->setEnabled(false);
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(help);
     buttons->addStretch();

@@ -91,7 +91,7 @@ void SimpleEntryDialog::finish(std::optional<qint32> lotNr)
     cancel->setObjectName(QStringLiteral("cmdabbrechen"));
     auto* help = new QPushButton(QStringLiteral("&Hilfe"));
     help->setObjectName(QStringLiteral("comhilfe"));
-    help->setEnabled(false);
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     for (QPushButton* b : {ok, next, cancel, help})
         b->setAutoDefault(false);
     (m_context.settings.okNextIsDefault() ? next : ok)->setDefault(true);

@@ -106,7 +106,7 @@ void TextOutputWindow::build()
     QPushButton* save = button(QStringLiteral("comspeichern"), QStringLiteral("&Speichern"));
     QPushButton* editor = button(QStringLiteral("comeditor"), QStringLiteral("&Editor"));
     QPushButton* help = button(QStringLiteral("hilfe"), QStringLiteral("&Hilfe"));
-    help->setEnabled(false);
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     QPushButton* close = button(QStringLiteral("abbv"), QStringLiteral("Schl&ießen"));
 
     auto* side = new QVBoxLayout;

@@ -78,7 +78,7 @@ SettingsDialog::SettingsDialog(Einstellungen& settings, QString settingsPath, Pr
     close->setObjectName(QStringLiteral("beenden"));
     auto* help = new QPushButton(QStringLiteral("&Hilfe"));
     help->setObjectName(QStringLiteral("hilfe"));
-    help->setEnabled(false); // the help viewer comes with the help window
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     close->setAutoDefault(false);
     help->setAutoDefault(false);
 
