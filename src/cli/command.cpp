@@ -1,5 +1,6 @@
 #include "cli/command.h"
 
+#include "common/textfile.h"
 #include "store/records.h"
 #include "store/startup.h"
 
@@ -35,6 +36,21 @@ std::optional<qint32> wholeNumber(const QString& text)
     if (!ok)
         return std::nullopt;
     return value;
+}
+
+int printOrWriteLines(const CommandContext& context, const QStringList& lines, const QString& filePath)
+{
+    if (filePath.isEmpty()) {
+        for (const QString& line : lines)
+            context.io.print(line);
+        return Success;
+    }
+    const TextFileResult written = writeTextFile(filePath, lines);
+    if (!written.ok) {
+        context.prompter.inform(written.error, Prompter::Icon::Critical);
+        return Refused;
+    }
+    return Success;
 }
 
 std::optional<qint32> harvestByNumber(const CommandContext& context, qint32 hiebNr)

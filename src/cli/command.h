@@ -56,6 +56,10 @@ public:
 // A whole number given on the command line; nothing when the text is not one.
 std::optional<qint32> wholeNumber(const QString& text);
 
+// The lines on stdout, or with a file path as a Windows-1252 text file (CR LF); a file that
+// cannot be written is said through the prompter.
+int printOrWriteLines(const CommandContext& context, const QStringList& lines, const QString& filePath);
+
 // The harvest's ID; says so through the prompter when there is no harvest of that number.
 std::optional<qint32> harvestByNumber(const CommandContext& context, qint32 hiebNr);
 

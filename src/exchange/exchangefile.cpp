@@ -19,7 +19,7 @@ namespace {
 
 using K = FieldKind;
 
-const QList<FieldSpec> HarvestFields{
+const QList<FieldLayout> HarvestFields{
     {"Hieb_Nr", K::Long},          {"Jahr", K::Text, 4},
     {"Waldname", K::Text, 30},     {"Hiebart", K::Text, 20},
     {"Hiebgrund", K::Text, 20},    {nullptr, K::Status},
@@ -29,23 +29,23 @@ const QList<FieldSpec> HarvestFields{
     {"Waldbesitzer_Straße", K::Text, 30}, {"Waldbesitzer_Wohnort", K::Text, 30},
     {"Waldbesitzer_Tel", K::Text, 15},    {"Waldbesitzer_Sonst", K::Text, 30},
 };
-const QList<FieldSpec> LotFields{
+const QList<FieldLayout> LotFields{
     {"Los_Nr", K::Long},       {"Sortierung", K::Text, 11}, {"Anzahl_Stämme", K::Long},
     {"Efm_oR", K::Real},       {"Anzahl_Pfähle", K::Long},  {"m3_Schichtholz", K::Real},
     {"Lagerort", K::Text, 50}, {"Abnehmer", K::Text, 50},   {nullptr, K::Status},
 };
-const QList<FieldSpec> LogFields{
+const QList<FieldLayout> LogFields{
     {"Los_Nr", K::Long},          {"Baumart", K::Text, 22},       {"Laufende_Nr", K::Long},
     {"Stärke_gemessen", K::Short}, {"Rindenabzugsart", K::Text, 1}, {"Rindenabzug", K::Short},
     {"Stärke_oR", K::Short},      {"Länge_m", K::Real},           {"Efm_oR", K::Real},
     {"Stärkeklasse", K::Text, 6}, {"Güteklasse", K::Text, 5},     {nullptr, K::Status},
     {"Zopfdurchm_cm", K::Short},  {"Klasse_Heilbronn", K::Text, 5},
 };
-const QList<FieldSpec> PoleFields{
+const QList<FieldLayout> PoleFields{
     {"Los_Nr", K::Long}, {"Baumart", K::Text, 22}, {"Stärke_mR", K::Short},
     {"Länge_m", K::Real}, {"Anzahl", K::Long},     {"Stärkeklasse", K::Text, 6},
 };
-const QList<FieldSpec> StackFields{
+const QList<FieldLayout> StackFields{
     {"Los_Nr", K::Long},           {"Baumart", K::Text, 22},       {"Sektions_Nr", K::Long},
     {"Stärke", K::Short},          {"Sektionslänge_m", K::Real},   {"Sektionstiefe_m", K::Real},
     {"Sektionshöhe_m", K::Real},   {"Stärkeklasse", K::Text, 6},   {"m3", K::Real},
@@ -84,22 +84,22 @@ QString realText(double value)
     return QString::fromLatin1(buffer, int(end - buffer)).replace(u'.', u',');
 }
 
-QString columnList(const QList<FieldSpec>& fields)
+QString columnList(const QList<FieldLayout>& fields)
 {
     QStringList names;
-    for (const FieldSpec& f : fields)
+    for (const FieldLayout& f : fields)
         if (f.column)
             names << quoted(QString::fromUtf8(f.column));
     return names.join(QStringLiteral(", "));
 }
 
-QStringList recordLines(QSqlQuery& q, const QList<FieldSpec>& fields)
+QStringList recordLines(QSqlQuery& q, const QList<FieldLayout>& fields)
 {
     QStringList lines;
     while (q.next()) {
         QStringList parts;
         int column = 0;
-        for (const FieldSpec& f : fields)
+        for (const FieldLayout& f : fields)
             parts << (f.kind == K::Status ? QStringLiteral("N") : fieldText(f.kind, q.value(column++)));
         lines << parts.join(u'\t');
     }
@@ -157,17 +157,17 @@ double plainNumber(const QString& text)
 ParseError fault(int line, const QString& reason) { return {line, reason}; }
 
 // Converts one field; an error text when it does not fit its column.
-std::optional<QString> convert(const FieldSpec& spec, int position, const QString& raw, QVariant& out)
+std::optional<QString> convert(const FieldLayout& field, int position, const QString& raw, QVariant& out)
 {
     // The field's name is only put together for a message.
     const auto where = [&] {
-        return QStringLiteral("Im Feld %1 (%2)").arg(position).arg(spec.column ? QString::fromUtf8(spec.column) : QStringLiteral("Satzstatus"));
+        return QStringLiteral("Im Feld %1 (%2)").arg(position).arg(field.column ? QString::fromUtf8(field.column) : QStringLiteral("Satzstatus"));
     };
     const QString text = raw.trimmed();
-    switch (spec.kind) {
+    switch (field.kind) {
     case K::Text:
-        if (raw.size() > spec.width)
-            return QStringLiteral("%1 stehen %2 Zeichen; erlaubt sind höchstens %3.").arg(where()).arg(raw.size()).arg(spec.width);
+        if (raw.size() > field.width)
+            return QStringLiteral("%1 stehen %2 Zeichen; erlaubt sind höchstens %3.").arg(where()).arg(raw.size()).arg(field.width);
         out = raw;
         return std::nullopt;
     case K::Short:
@@ -180,13 +180,13 @@ std::optional<QString> convert(const FieldSpec& spec, int position, const QStrin
         if (!looksNumeric(text))
             return QStringLiteral("%1 steht \"%2\" statt einer Zahl.").arg(where(), text.left(40));
         const double v = plainNumber(text);
-        if (spec.kind == K::Real) {
+        if (field.kind == K::Real) {
             out = v;
         } else {
-            const double limit = spec.kind == K::Short ? 32767.0 : 2147483647.0;
+            const double limit = field.kind == K::Short ? 32767.0 : 2147483647.0;
             if (std::fabs(v) > limit)
                 return QStringLiteral("%1 steht die Zahl %2; sie ist zu groß für diese Spalte.").arg(where(), text.left(40));
-            out = spec.kind == K::Short ? QVariant(toShort(v)) : QVariant(toLong(v));
+            out = field.kind == K::Short ? QVariant(toShort(v)) : QVariant(toLong(v));
         }
         return std::nullopt;
     }
@@ -212,9 +212,9 @@ std::optional<QString> convert(const FieldSpec& spec, int position, const QStrin
 
 QString sectionMarker(Section section) { return QString::fromUtf8(Sources[section].marker); }
 
-const QList<FieldSpec>& sectionFields(Section section)
+const QList<FieldLayout>& sectionFields(Section section)
 {
-    static const QList<FieldSpec>* all[SectionCount] = {&HarvestFields, &LotFields, &LogFields, &PoleFields, &StackFields};
+    static const QList<FieldLayout>* all[SectionCount] = {&HarvestFields, &LotFields, &LogFields, &PoleFields, &StackFields};
     return *all[section];
 }
 
@@ -406,7 +406,7 @@ ParseResult parseHarvestBytes(const QString& fileName, const QByteArray& bytes)
         }
         const QString& line = texts[i];
         const Section section = static_cast<Section>(current);
-        const QList<FieldSpec>& fields = sectionFields(section);
+        const QList<FieldLayout>& fields = sectionFields(section);
         const QStringList parts = line.split(u'\t');
         if (parts.size() < fields.size())
             return {std::nullopt, fault(lineNo, QStringLiteral("Der Datensatz im Abschnitt %1 hat %2 Felder; erwartet werden %3.")

@@ -17,7 +17,7 @@ inline constexpr qint64 MaxFileSize = 512ll * 1024 * 1024;
 
 enum class FieldKind { Text, Short, Long, Real, Date, Status };
 
-struct FieldSpec {
+struct FieldLayout {
     const char* column; // nullptr for the record status
     FieldKind kind;
     int width = 0;      // text columns: the most characters the column takes
@@ -27,7 +27,7 @@ enum Section { HarvestSection, LotSection, LogSection, PoleSection, StackSection
 
 // Marker line and fields, by position, of each section of a harvest file.
 QString sectionMarker(Section section);
-const QList<FieldSpec>& sectionFields(Section section);
+const QList<FieldLayout>& sectionFields(Section section);
 
 // "17_Tarvik_Export.f10"
 QString harvestFileName(qint32 hiebNr);

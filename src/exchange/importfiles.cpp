@@ -41,7 +41,7 @@ QString insertSql(const QString& table, const QStringList& columns)
 QStringList columnsOf(Section section)
 {
     QStringList names;
-    for (const FieldSpec& f : sectionFields(section))
+    for (const FieldLayout& f : sectionFields(section))
         if (f.column)
             names << QString::fromUtf8(f.column);
     return names;

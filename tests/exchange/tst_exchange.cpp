@@ -94,7 +94,7 @@ QList<QVariantList> rows(const QSqlDatabase& db, const QString& table, const QSt
 QStringList columnsOf(Section section)
 {
     QStringList names;
-    for (const FieldSpec& f : sectionFields(section))
+    for (const FieldLayout& f : sectionFields(section))
         if (f.column)
             names << QString::fromUtf8(f.column);
     return names;

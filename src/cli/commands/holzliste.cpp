@@ -1,6 +1,5 @@
 // holzliste: the timber list of a harvest on stdout or as a report file.
 #include "cli/commands/all.h"
-#include "common/textfile.h"
 #include "reports/timberlist.h"
 #include "store/startup.h"
 
@@ -34,18 +33,7 @@ public:
         const auto harvestId = harvestByNumber(context, *wholeNumber(parser.positionalArguments()[0]));
         if (!harvestId)
             return Refused;
-        const QStringList lines = timberList(context.session->database->shared(), *harvestId);
-        if (!parser.isSet(FileOption)) {
-            for (const QString& line : lines)
-                context.io.print(line);
-            return Success;
-        }
-        const TextFileResult written = writeTextFile(parser.value(FileOption), lines);
-        if (!written.ok) {
-            context.prompter.inform(written.error, Prompter::Icon::Critical);
-            return Refused;
-        }
-        return Success;
+        return printOrWriteLines(context, timberList(context.session->database->shared(), *harvestId), parser.value(FileOption));
     }
 };
 

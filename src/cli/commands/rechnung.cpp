@@ -1,6 +1,5 @@
 // rechnung: a stored invoice's text on stdout or as a file, to check or archive it.
 #include "cli/commands/all.h"
-#include "common/textfile.h"
 #include "invoices/invoice.h"
 #include "store/startup.h"
 
@@ -38,18 +37,7 @@ public:
                                     Prompter::Icon::Warning);
             return Refused;
         }
-        const QStringList lines = invoiceLines(invoice->text);
-        if (!parser.isSet(FileOption)) {
-            for (const QString& line : lines)
-                context.io.print(line);
-            return Success;
-        }
-        const TextFileResult written = writeTextFile(parser.value(FileOption), lines);
-        if (!written.ok) {
-            context.prompter.inform(written.error, Prompter::Icon::Critical);
-            return Refused;
-        }
-        return Success;
+        return printOrWriteLines(context, invoiceLines(invoice->text), parser.value(FileOption));
     }
 };
 

@@ -31,18 +31,18 @@ namespace tarvik {
 namespace {
 
 // Entry fields: index, caption, width, read-only.
-struct FieldSpec {
+struct MeasureField {
     int index;
     const char* caption;
     int maxLength;
     bool readOnly;
 };
-constexpr FieldSpec MeasureFields[] = {
+constexpr MeasureField MeasureFields[] = {
     {0, "Laufende Nr", 6, false}, {2, "Länge (m)", 8, false},      {1, "Stärke m.R. (cm)", 4, false},
     {3, "Zopf (cm)", 4, false},   {4, "Rindenabzug (cm)", 4, false}, {5, "Stärke o.R. (cm)", 4, true},
     {6, "Efm o.R.", 10, true},    {8, "Mantelmessung: Anzahl", 4, false},
 };
-constexpr FieldSpec PriceFields[] = {
+constexpr MeasureField PriceFields[] = {
     {13, "Pauschalpreis je Efm", 10, false}, {16, "Pauschalpreis für das Los", 12, false},
     {10, "- Lohn je Festmeter Holz (Einschlag)", 10, false}, {11, "- Lohn je Festmeter Holz (Rücken)", 10, false},
     {12, "- Erschwerniszuschlag in %", 4, false}, {15, "Käferholz-Abschlag in %", 4, false},
@@ -103,7 +103,7 @@ void LogDialog::build()
     };
     addRow(QStringLiteral("Los-Nr"), list(0, 9));
     m_lists[0]->lineEdit()->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,9}")), this));
-    for (const FieldSpec& f : MeasureFields) {
+    for (const MeasureField& f : MeasureFields) {
         auto* edit = new QLineEdit;
         edit->setObjectName(QStringLiteral("tz(%1)").arg(f.index));
         edit->setMaxLength(f.maxLength);
@@ -154,7 +154,7 @@ void LogDialog::build()
         m_priceKinds->addButton(b, index);
         priceGrid->addWidget(b, index++, 0, 1, 2);
     }
-    for (const FieldSpec& f : PriceFields) {
+    for (const MeasureField& f : PriceFields) {
         auto* edit = new QLineEdit;
         edit->setObjectName(QStringLiteral("tz(%1)").arg(f.index));
         edit->setMaxLength(f.maxLength);
