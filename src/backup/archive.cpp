@@ -1,6 +1,7 @@
 #include "backup/archive.h"
 
 #include "backup/dbsnapshot.h"
+#include "common/replacefile.h"
 #include "store/database.h"
 
 #include <QCryptographicHash>
@@ -13,7 +14,6 @@
 #include <QUuid>
 
 #include <algorithm>
-#include <filesystem>
 #include <zip.h>
 #include <zlib.h>
 
@@ -27,18 +27,6 @@ QString native(const QString& path) { return QDir::toNativeSeparators(path); }
 // Unix file-type bits as the ZIP format stores them in an entry's external attributes.
 constexpr zip_uint32_t UnixTypeMask = 0170000;
 constexpr zip_uint32_t UnixLink = 0120000;
-
-std::filesystem::path fsPath(const QString& path) { return std::filesystem::path(path.toStdU16String()); }
-
-// Replaces the target in one step where the platform allows it.
-bool renameOver(const QString& from, const QString& to, QString* error)
-{
-    std::error_code ec;
-    std::filesystem::rename(fsPath(from), fsPath(to), ec);
-    if (ec && error)
-        *error = QString::fromStdString(ec.message());
-    return !ec;
-}
 
 QString zipError(zip_t* archive) { return QString::fromUtf8(zip_strerror(archive)); }
 
@@ -309,7 +297,7 @@ ArchiveResult writeArchive(const QString& dataFolder, const QString& archivePath
         return result;
     }
     QString reason;
-    if (!renameOver(temporary, archivePath, &reason)) {
+    if (!replaceFile(temporary, archivePath, &reason)) {
         result.error = QStringLiteral("Die Datensicherung \"%1\" kann nicht abgelegt werden: %2").arg(native(archivePath), reason);
         return result;
     }
@@ -488,7 +476,7 @@ CopyResult copyVerified(const QString& source, const QString& targetFolder, cons
         return fail(QStringLiteral("Die Kopie auf \"%1\" lässt sich nicht fehlerfrei zurücklesen.").arg(native(targetFolder)));
     back.close();
     QString reason;
-    if (!renameOver(temporary, result.path, &reason))
+    if (!replaceFile(temporary, result.path, &reason))
         return fail(QStringLiteral("Die Kopie \"%1\" kann nicht abgelegt werden: %2").arg(native(result.path), reason));
     span.report(1.0);
     result.ok = true;

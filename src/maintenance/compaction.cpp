@@ -1,5 +1,7 @@
 #include "maintenance/compaction.h"
 
+#include "common/replacefile.h"
+#include "store/privateconnection.h"
 #include "store/sql.h"
 
 #include <QDir>
@@ -8,8 +10,6 @@
 #include <QMap>
 #include <QSqlDatabase>
 #include <QSqlQuery>
-#include <QUuid>
-#include <filesystem>
 
 namespace tarvik {
 
@@ -40,33 +40,6 @@ QString compactionTarget(const QString& databasePath)
 
 namespace {
 
-// One private handle, closed and removed on every way out.
-class Handle {
-public:
-    explicit Handle(const QString& path)
-        : m_name(QStringLiteral("tarvik-compact-") + QUuid::createUuid().toString(QUuid::WithoutBraces))
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
-        db.setDatabaseName(path);
-        db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=500"));
-        m_ok = db.open();
-    }
-    ~Handle() { close(); }
-    void close()
-    {
-        if (!QSqlDatabase::contains(m_name))
-            return;
-        QSqlDatabase::database(m_name, false).close();
-        QSqlDatabase::removeDatabase(m_name);
-    }
-    bool ok() const { return m_ok; }
-    QSqlDatabase db() const { return QSqlDatabase::database(m_name, false); }
-
-private:
-    QString m_name;
-    bool m_ok = false;
-};
-
 QMap<QString, qint64> rowCounts(const QSqlDatabase& db)
 {
     QMap<QString, qint64> counts;
@@ -77,13 +50,6 @@ QMap<QString, qint64> rowCounts(const QSqlDatabase& db)
     for (const QString& name : names)
         counts[name] = scalar(db, QStringLiteral("SELECT count(*) FROM %1").arg(quoted(name))).toLongLong();
     return counts;
-}
-
-bool renameOver(const QString& from, const QString& to)
-{
-    std::error_code error;
-    std::filesystem::rename(QFile::encodeName(from).toStdString(), QFile::encodeName(to).toStdString(), error);
-    return !error;
 }
 
 } // namespace
@@ -97,7 +63,7 @@ CompactionResult compactDatabaseFile(const QString& databasePath)
     QFile::remove(target);
     QMap<QString, qint64> before;
     try {
-        Handle source(databasePath);
+        PrivateConnection source(databasePath, QStringLiteral("komprimieren"));
         if (!source.ok())
             return result;
         {
@@ -117,7 +83,7 @@ CompactionResult compactDatabaseFile(const QString& databasePath)
         }
         source.close();
 
-        Handle copy(target);
+        PrivateConnection copy(target, QStringLiteral("komprimieren"));
         const bool sound = copy.ok() && scalar(copy.db(), QStringLiteral("PRAGMA integrity_check")).toString() == u"ok"
                            && rowCounts(copy.db()) == before;
         if (!sound) {
@@ -139,7 +105,7 @@ CompactionResult compactDatabaseFile(const QString& databasePath)
     }
     QFile::remove(wal);
     QFile::remove(databasePath + QStringLiteral("-shm"));
-    if (!renameOver(target, databasePath)) {
+    if (!replaceFile(target, databasePath)) {
         QFile::remove(target);
         return result;
     }

@@ -1,5 +1,7 @@
 #include "maintenance/jetconvert.h"
 
+#include "common/replacefile.h"
+#include "store/privateconnection.h"
 #include "store/schema.h"
 #include "store/sql.h"
 
@@ -9,8 +11,6 @@
 #include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlQuery>
-#include <QUuid>
-#include <filesystem>
 #include <vector>
 
 extern "C" {
@@ -185,13 +185,12 @@ JetConversion convertJetToSqlite(const QString& mdbPath, const QString& targetPa
 
     const QString temporary = targetPath + QStringLiteral(".entsteht");
     QFile::remove(temporary);
-    const QString connection = QStringLiteral("tarvik-jet-") + QUuid::createUuid().toString(QUuid::WithoutBraces);
     try {
         {
-            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
-            db.setDatabaseName(temporary);
-            if (!db.open())
+            PrivateConnection connection(temporary, QStringLiteral("jet"));
+            if (!connection.ok())
                 throw StoreError(QStringLiteral("Die Datei %1 kann nicht angelegt werden.").arg(nativeName(temporary)));
+            const QSqlDatabase db = connection.db();
             Converter converter{mdb.handle, db, mdb.handle->f->jet_version == MDB_VER_JET3, {}};
             TransactionGuard guard(db);
             for (guint i = 0; i < mdb.handle->num_catalog; ++i) {
@@ -203,19 +202,11 @@ JetConversion convertJetToSqlite(const QString& mdbPath, const QString& targetPa
             }
             guard.commit();
             result.tables = converter.tables;
-            db.close();
         }
-        QSqlDatabase::removeDatabase(connection);
-        std::error_code error;
-        std::filesystem::rename(QFile::encodeName(temporary).toStdString(), QFile::encodeName(targetPath).toStdString(), error);
-        if (error)
+        if (!replaceFile(temporary, targetPath))
             throw StoreError(QStringLiteral("Die Datei %1 kann nicht angelegt werden.").arg(nativeName(targetPath)));
         result.ok = true;
     } catch (const StoreError& e) {
-        if (QSqlDatabase::contains(connection)) {
-            QSqlDatabase::database(connection, false).close();
-            QSqlDatabase::removeDatabase(connection);
-        }
         QFile::remove(temporary);
         result.tables.clear();
         result.message = QStringLiteral("Die Daten aus %1 konnten nicht übernommen werden:\n%2").arg(nativeName(mdbPath), e.message());

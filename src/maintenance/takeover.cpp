@@ -1,11 +1,11 @@
 #include "maintenance/takeover.h"
 
+#include "common/replacefile.h"
 #include "maintenance/jetconvert.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <filesystem>
 
 namespace tarvik {
 
@@ -64,13 +64,6 @@ QString fileInFolder(const QString& folder, const QString& name)
         if (entry.compare(name, Qt::CaseInsensitive) == 0)
             return dir.filePath(entry);
     return {};
-}
-
-bool replaceFile(const QString& from, const QString& to)
-{
-    std::error_code error;
-    std::filesystem::rename(QFile::encodeName(from).toStdString(), QFile::encodeName(to).toStdString(), error);
-    return !error;
 }
 
 } // namespace
