@@ -1,6 +1,7 @@
 #include "backup/archive.h"
 
 #include "backup/dbsnapshot.h"
+#include "backup/ziperror.h"
 #include "common/replacefile.h"
 #include "store/database.h"
 
@@ -14,6 +15,7 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <cerrno>
 #include <zip.h>
 #include <zlib.h>
 
@@ -27,17 +29,6 @@ QString native(const QString& path) { return QDir::toNativeSeparators(path); }
 // Unix file-type bits as the ZIP format stores them in an entry's external attributes.
 constexpr zip_uint32_t UnixTypeMask = 0170000;
 constexpr zip_uint32_t UnixLink = 0120000;
-
-QString zipError(zip_t* archive) { return QString::fromUtf8(zip_strerror(archive)); }
-
-QString zipOpenError(int code)
-{
-    zip_error_t error;
-    zip_error_init_with_code(&error, code);
-    const QString text = QString::fromUtf8(zip_error_strerror(&error));
-    zip_error_fini(&error);
-    return text;
-}
 
 // Maps the progress of one stage onto a span of the whole.
 struct Span {
@@ -84,17 +75,17 @@ QString notOurs(const QString& path, const QString& reason)
 
 // Reads one entry to its end, comparing the CRC; writes it to `target` when given.
 bool readEntry(zip_t* archive, zip_uint64_t index, const QString& name, const QString& target, const Span& span,
-               qint64& done, qint64 total, QString& error, bool& cancelled)
+               QByteArray& buffer, qint64& done, qint64 total, QString& error, bool& cancelled)
 {
     zip_stat_t stat;
     zip_stat_init(&stat);
     if (zip_stat_index(archive, index, 0, &stat) != 0) {
-        error = zipError(archive);
+        error = germanZipError(archive);
         return false;
     }
     zip_file_t* entry = zip_fopen_index(archive, index, 0);
     if (!entry) {
-        error = QStringLiteral("Eintrag \"%1\": %2").arg(name, zipError(archive));
+        error = QStringLiteral("Eintrag \"%1\": %2").arg(name, germanZipError(archive));
         return false;
     }
     QFile out(target);
@@ -103,14 +94,13 @@ bool readEntry(zip_t* archive, zip_uint64_t index, const QString& name, const QS
         error = QStringLiteral("\"%1\" kann nicht geschrieben werden: %2").arg(native(target), out.errorString());
         return false;
     }
-    QByteArray buffer(Chunk, Qt::Uninitialized);
     uLong crc = crc32(0, nullptr, 0);
     qint64 length = 0;
     bool ok = true;
     for (;;) {
         const zip_int64_t n = zip_fread(entry, buffer.data(), zip_uint64_t(buffer.size()));
         if (n < 0) {
-            error = QStringLiteral("Eintrag \"%1\": %2").arg(name, QString::fromUtf8(zip_file_strerror(entry)));
+            error = QStringLiteral("Eintrag \"%1\": %2").arg(name, germanZipError(entry));
             ok = false;
             break;
         }
@@ -252,7 +242,7 @@ ArchiveResult writeArchive(const QString& dataFolder, const QString& archivePath
     int code = 0;
     zip_t* archive = zip_open(zipPath(temporary).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code);
     if (!archive) {
-        result.error = QStringLiteral("Die Datensicherung \"%1\" kann nicht angelegt werden: %2").arg(native(archivePath), zipOpenError(code));
+        result.error = QStringLiteral("Die Datensicherung \"%1\" kann nicht angelegt werden: %2").arg(native(archivePath), germanZipError(code, errno));
         return result;
     }
     QList<std::pair<QString, QString>> entries; // name in the archive, file on disk
@@ -265,7 +255,7 @@ ArchiveResult writeArchive(const QString& dataFolder, const QString& archivePath
         if (index < 0) {
             if (source)
                 zip_source_free(source);
-            result.error = QStringLiteral("\"%1\" kann nicht in die Datensicherung aufgenommen werden: %2").arg(native(path), zipError(archive));
+            result.error = QStringLiteral("\"%1\" kann nicht in die Datensicherung aufgenommen werden: %2").arg(native(path), germanZipError(archive));
             zip_discard(archive);
             return result;
         }
@@ -281,7 +271,7 @@ ArchiveResult writeArchive(const QString& dataFolder, const QString& archivePath
     if (zip_close(archive) != 0) {
         result.cancelled = state.cancelled;
         result.error = state.cancelled ? QStringLiteral("Die Datensicherung wurde abgebrochen.")
-                                       : QStringLiteral("Die Datensicherung \"%1\" kann nicht geschrieben werden: %2").arg(native(archivePath), zipError(archive));
+                                       : QStringLiteral("Die Datensicherung \"%1\" kann nicht geschrieben werden: %2").arg(native(archivePath), germanZipError(archive));
         zip_discard(archive);
         return result;
     }
@@ -318,7 +308,7 @@ ArchiveCheck checkArchive(const QString& archivePath, const ProgressFn& progress
     zip_t* archive = zip_open(zipPath(archivePath).constData(), ZIP_RDONLY | ZIP_CHECKCONS, &code);
     if (!archive) {
         result.error = QStringLiteral("Die Datei \"%1\" ist kein lesbares ZIP-Archiv oder sie ist beschädigt (%2).")
-                           .arg(native(archivePath), zipOpenError(code));
+                           .arg(native(archivePath), germanZipError(code, errno));
         return result;
     }
     struct Closer {
@@ -372,6 +362,7 @@ ArchiveCheck checkArchive(const QString& archivePath, const ProgressFn& progress
     }
 
     const Span readSpan{progress, 0, 85, QStringLiteral("Datensicherung wird gelesen")};
+    QByteArray buffer(Chunk, Qt::Uninitialized); // one for all entries: an archive may hold many small ones
     qint64 done = 0;
     for (zip_int64_t i = 0; i < count; ++i) {
         const QString& name = result.names[int(i)];
@@ -381,7 +372,7 @@ ArchiveCheck checkArchive(const QString& archivePath, const ProgressFn& progress
         else if (i == databaseIndex)
             target = databaseCopy;
         QString error;
-        if (!readEntry(archive, zip_uint64_t(i), name, target, readSpan, done, result.uncompressedSize, error, result.cancelled)) {
+        if (!readEntry(archive, zip_uint64_t(i), name, target, readSpan, buffer, done, result.uncompressedSize, error, result.cancelled)) {
             result.error = result.cancelled ? QStringLiteral("Die Prüfung wurde abgebrochen.")
                                             : QStringLiteral("Die Datensicherung \"%1\" ist beschädigt (%2).").arg(native(archivePath), error);
             return result;

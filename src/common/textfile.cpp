@@ -69,7 +69,15 @@ QString decodeTextFile(const QByteArray& bytes)
     return decodeCp1252(bytes);
 }
 
-TextFileResult writeTextFileRaw(const QString& path, const QString& text)
+QByteArray encodeTextFile(const QString& text)
+{
+    QByteArray bytes = encodeCp1252(text);
+    if (decodeTextFile(bytes) == decodeCp1252(bytes))
+        return bytes;
+    return QByteArray("\xEF\xBB\xBF") + text.toUtf8();
+}
+
+TextFileResult writeTextFileRaw(const QString& path, const QString& text, TextEncoding encoding)
 {
     QString normalised = text;
     normalised.replace(QLatin1String("\r\n"), QLatin1String("\n"));
@@ -79,7 +87,7 @@ TextFileResult writeTextFileRaw(const QString& path, const QString& text)
         return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht geschrieben werden: %2")
                                .arg(path, file.errorString())};
     }
-    file.write(encodeCp1252(normalised));
+    file.write(encoding == TextEncoding::Cp1252Only ? encodeCp1252(normalised) : encodeTextFile(normalised));
     if (!file.commit()) {
         return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht geschrieben werden: %2")
                                .arg(path, file.errorString())};
@@ -99,15 +107,19 @@ QString joinedLines(const QStringList& lines)
 
 } // namespace
 
-TextFileResult writeTextFile(const QString& path, const QStringList& lines) { return writeTextFileRaw(path, joinedLines(lines)); }
+TextFileResult writeTextFile(const QString& path, const QStringList& lines, TextEncoding encoding)
+{
+    return writeTextFileRaw(path, joinedLines(lines), encoding);
+}
 
 TextFileResult writeTextFileIfChanged(const QString& path, const QStringList& lines, bool* written)
 {
     if (written)
         *written = false;
     const QString text = joinedLines(lines);
+    const QByteArray bytes = encodeTextFile(text);
     QFile existing(path);
-    if (existing.open(QIODevice::ReadOnly) && existing.size() == text.size() && existing.readAll() == encodeCp1252(text))
+    if (existing.open(QIODevice::ReadOnly) && existing.size() == bytes.size() && existing.readAll() == bytes)
         return {true, {}, {}};
     existing.close();
     TextFileResult result = writeTextFileRaw(path, text);

@@ -44,7 +44,7 @@ ExportOutcome writeExportFiles(const QSqlDatabase& db, const QString& folder, Pr
 
     ExportOutcome outcome;
     auto write = [&](const QString& name, const QStringList& lines) {
-        const TextFileResult r = writeTextFile(dir.filePath(name), lines);
+        const TextFileResult r = writeTextFile(dir.filePath(name), lines, TextEncoding::Cp1252Only);
         if (!r.ok) {
             prompter.inform(r.error, Prompter::Icon::Critical);
             return false;

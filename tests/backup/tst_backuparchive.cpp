@@ -8,6 +8,7 @@
 #include "backupfixtures.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QTemporaryDir>
 
@@ -187,6 +188,10 @@ private slots:
         const ArchiveCheck check = checkArchive(path, {}, extract.path());
         QVERIFY(!check.ok);
         QVERIFY2(check.error.contains(reason), qPrintable(check.error));
+        // libzip's own English reasons are not shown as they are
+        static const QRegularExpression english(QStringLiteral("\\b(not|error|inconsistent|premature|invalid|archive|file)\\b"),
+                                                QRegularExpression::CaseInsensitiveOption);
+        QVERIFY2(!check.error.contains(english), qPrintable(check.error));
         QVERIFY(!QFile::exists(QStringLiteral("/etc/x")) || kind != QLatin1String("/etc/x"));
         QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("x"))));
     }

@@ -29,6 +29,37 @@ private slots:
         QCOMPARE(read.lines, lines);
     }
 
+    // Texts whose Windows-1252 bytes look like UTF-8 still read back as they were written.
+    void textsThatLookLikeUtf8ReadBackUnchanged_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("begins");
+        QTest::newRow("mojibake umlaut") << QStringLiteral("MÃ¼ller") << QByteArray("\xef\xbb\xbf" "M\xc3\x83\xc2\xbc");
+        QTest::newRow("a mark's own letters") << QStringLiteral("ï»¿Wald") << QByteArray("\xef\xbb\xbf\xc3\xaf");
+        QTest::newRow("plain umlauts stay windows-1252") << QStringLiteral("Müller") << QByteArray("M\xfc");
+    }
+    void textsThatLookLikeUtf8ReadBackUnchanged()
+    {
+        QFETCH(QString, text);
+        QFETCH(QByteArray, begins);
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QStringLiteral("c.txt"));
+        QVERIFY(writeTextFile(path, {text}).ok);
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        QVERIFY(f.readAll().startsWith(begins));
+        QCOMPARE(readTextFile(path).lines, QStringList{text});
+        bool written = true;
+        QVERIFY(writeTextFileIfChanged(path, {text}, &written).ok);
+        QVERIFY(!written);
+        // files another installation reads byte for byte stay Windows-1252
+        QVERIFY(writeTextFile(path, {text}, TextEncoding::Cp1252Only).ok);
+        f.seek(0);
+        QFile again(path);
+        QVERIFY(again.open(QIODevice::ReadOnly));
+        QCOMPARE(again.readAll(), encodeCp1252(text + QStringLiteral("\r\n")));
+    }
+
     void characterOutsideCodePageBecomesQuestionMark()
     {
         QCOMPARE(encodeCp1252(QStringLiteral("a\u0416b")), QByteArray("a?b"));
