@@ -15,6 +15,7 @@
 #include "store/database.h"
 #include "store/records.h"
 #include "store/sql.h"
+#include "store/totals.h"
 #include "store/upgrade.h"
 
 #include <QCommandLineParser>
@@ -191,6 +192,24 @@ bench::Result logStoreScenario(const QString& path, qint32 harvest, int harvestL
     return r;
 }
 
+// What every store adds to the insert: the totals of every lot of the harvest and the harvest's,
+// beside the raw grouped query alone.
+bench::Result refreshScenario(const QString& path, qint32 harvest, int runs)
+{
+    bench::Result r;
+    r.scenario = QStringLiteral("totals of every lot (harvest of 10,000 logs)");
+    {
+        Session session(path);
+        r.program = bench::measure(runs, [&] { refreshHarvest(session.database->shared(), harvest); });
+    }
+    Raw raw(path);
+    r.raw = bench::measure(runs, [&] {
+        raw.rows("SELECT Los_Nr, count(*), sum(Efm_oR), sum(Holzpreis), sum(Preis_berechnet) FROM Stämme "
+                 "WHERE Kennung = ? GROUP BY Los_Nr", {harvest});
+    });
+    return r;
+}
+
 bench::Result timberListScenario(const QString& path, qint32 harvest, int runs)
 {
     bench::Result r;
@@ -254,8 +273,14 @@ int main(int argc, char* argv[])
     const QCommandLineOption generateOnly(QStringLiteral("nur-erzeugen"), QStringLiteral("nur den Datenordner erzeugen"));
     const QCommandLineOption desktop(QStringLiteral("desktop"), QStringLiteral("Programmdatei für die Speichermessung"), QStringLiteral("PFAD"),
                                      QCoreApplication::applicationDirPath() + QStringLiteral("/tarvik"));
-    parser.addOptions({data, harvests, lots, logs, poles, stacks, seed, generateOnly, desktop});
+    const QCommandLineOption only(QStringLiteral("nur"),
+                                  QStringLiteral("nur diese Szenarien, mit Komma getrennt: start, pruefung, holzliste, summen, speichern, "
+                                                 "listen, sicherung, austausch, speicher"),
+                                  QStringLiteral("NAMEN"));
+    parser.addOptions({data, harvests, lots, logs, poles, stacks, seed, generateOnly, desktop, only});
     parser.process(app);
+    const QStringList chosen = parser.value(only).split(u',', Qt::SkipEmptyParts);
+    const auto wanted = [&](const char* name) { return chosen.isEmpty() || chosen.contains(QLatin1String(name)); };
 
     QTemporaryDir scratch;
     const QString folder = parser.isSet(data) ? parser.value(data) : scratch.filePath(QStringLiteral("daten"));
@@ -290,16 +315,25 @@ int main(int argc, char* argv[])
     }
 
     std::vector<bench::Result> results;
-    results.push_back(startScenario(path, 20));
-    results.push_back(quickCheckScenario(path, 20));
-    results.push_back(timberListScenario(path, large, 10));
-    results.push_back(logStoreScenario(path, large, 10000, 1000));
-    for (bench::Result& r : bench::listScenarios(path, 5, 3))
-        results.push_back(r);
-    for (const bench::Result& r : bench::backupScenarios(folder, scratch.filePath(QStringLiteral("sicherung")), 3))
-        results.push_back(r);
-    results.push_back(bench::exchangeImportScenario(path, 100000, 3));
-    const long desktopKb = desktopPeakKb(parser.value(desktop), folder);
+    if (wanted("start"))
+        results.push_back(startScenario(path, 20));
+    if (wanted("pruefung"))
+        results.push_back(quickCheckScenario(path, 20));
+    if (wanted("holzliste"))
+        results.push_back(timberListScenario(path, large, 10));
+    if (wanted("summen"))
+        results.push_back(refreshScenario(path, large, 200));
+    if (wanted("speichern"))
+        results.push_back(logStoreScenario(path, large, 10000, 1000));
+    if (wanted("listen"))
+        for (bench::Result& r : bench::listScenarios(path, 5, 3))
+            results.push_back(r);
+    if (wanted("sicherung"))
+        for (const bench::Result& r : bench::backupScenarios(folder, scratch.filePath(QStringLiteral("sicherung")), 3))
+            results.push_back(r);
+    if (wanted("austausch"))
+        results.push_back(bench::exchangeImportScenario(path, 100000, 3));
+    const long desktopKb = wanted("speicher") ? desktopPeakKb(parser.value(desktop), folder) : -1;
     bench::report(results, bench::peakResidentKb());
     if (desktopKb > 0)
         std::printf("desktop program with the main list open: peak resident memory %ld kB\n", desktopKb);

@@ -237,8 +237,12 @@ QString createIndexSql(const QString& table, const Index& index)
 const QList<OwnIndex>& ownIndexes()
 {
     static const QList<OwnIndex> indexes{
-        {QStringLiteral("tarvik_stämme_hieb_los"), QStringLiteral("Stämme"), {QStringLiteral("Kennung"), QStringLiteral("Los_Nr")}},
-        {QStringLiteral("tarvik_stämme_hieb_nr"), QStringLiteral("Stämme"), {QStringLiteral("Kennung"), QStringLiteral("Laufende_Nr")}},
+        // Covers the per-lot sums of every store, so they never read the table's rows.
+        {QStringLiteral("tarvik_stämme_los_summen"), QStringLiteral("Stämme"),
+         {QStringLiteral("Kennung"), QStringLiteral("Los_Nr"), QStringLiteral("Efm_oR"), QStringLiteral("Holzpreis"),
+          QStringLiteral("Preis_berechnet")},
+         QStringLiteral("tarvik_stämme_hieb_los")},
+        {QStringLiteral("tarvik_stämme_hieb_nr"), QStringLiteral("Stämme"), {QStringLiteral("Kennung"), QStringLiteral("Laufende_Nr")}, {}},
     };
     return indexes;
 }

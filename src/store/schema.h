@@ -50,6 +50,7 @@ struct OwnIndex {
     QString name;
     QString table;
     QStringList columns;
+    QString replaces; // an older index of ours that this one makes redundant; dropped once it is there
 };
 const QList<OwnIndex>& ownIndexes();
 QString createOwnIndexSql(const OwnIndex& index);

@@ -35,6 +35,12 @@ struct Lot {
 
 } // namespace
 
+QString logLotSumsSql()
+{
+    return QStringLiteral("SELECT \"Los_Nr\", count(*), sum(\"Efm_oR\"), sum(\"Holzpreis\"), sum(\"Preis_berechnet\") "
+                          "FROM \"Stämme\" WHERE \"Kennung\" = ? GROUP BY \"Los_Nr\"");
+}
+
 void recomputeTotals(const QSqlDatabase& db, qint32 harvestId)
 {
     TransactionGuard guard(db);
@@ -51,9 +57,8 @@ void recomputeTotals(const QSqlDatabase& db, qint32 harvestId)
     lotRows.finish();
 
     // Only the assortments the harvest has are summed.
-    const QHash<qint32, QSqlRecord> logSums = sortings.contains(QStringLiteral("Stämme")) ? lotSums(db, QStringLiteral(
-        "SELECT \"Los_Nr\", count(*), sum(\"Efm_oR\"), avg(\"Efm_oR\"), sum(\"Holzpreis\"), sum(\"Preis_berechnet\") "
-        "FROM \"Stämme\" WHERE \"Kennung\" = ? GROUP BY \"Los_Nr\""), harvestId) : QHash<qint32, QSqlRecord>();
+    const QHash<qint32, QSqlRecord> logSums = sortings.contains(QStringLiteral("Stämme")) ? lotSums(db, logLotSumsSql(), harvestId)
+                                                                                         : QHash<qint32, QSqlRecord>();
     const QHash<qint32, QSqlRecord> poles = sortings.contains(QStringLiteral("Pfähle")) ? lotSums(db, QStringLiteral(
         "SELECT \"Los_Nr\", sum(\"Anzahl\"), sum(\"Preis_berechnet\") FROM \"Pfähle\" WHERE \"Kennung\" = ? GROUP BY \"Los_Nr\""),
         harvestId) : QHash<qint32, QSqlRecord>();
@@ -66,14 +71,16 @@ void recomputeTotals(const QSqlDatabase& db, qint32 harvestId)
         if (lot.sorting == u"Stämme") {
             // A lot without rows has no group: its sums are those of no rows, 0.
             const QSqlRecord s = logSums.value(lot.number);
-            double net = rounded(s.value(5), 2);
+            double net = rounded(s.value(4), 2);
             if (lot.priceKind == 3)
                 net = currencyValue(readNumber(lot.flatPrice));
             if (!logUpdate)
                 logUpdate = prepareSql(db, QStringLiteral("UPDATE \"Lose\" SET \"Anzahl_Stämme\" = ?, \"Efm_oR\" = ?, \"Efm_je_Stamm\" = ?, "
                                                           "\"Holzpreis\" = ?, \"Preis_berechnet\" = ? WHERE \"ID\" = ?"));
-            execPrepared(*logUpdate, {toLong(readNumber(s.value(1))), rounded(s.value(2), 3), rounded(s.value(3), 2),
-                                      rounded(s.value(4), 2), net, lot.id});
+            // The mean as the engine's avg() gives it: the sum divided by the count.
+            const double count = readNumber(s.value(1));
+            const double mean = count != 0 ? readNumber(s.value(2)) / count : 0.0;
+            execPrepared(*logUpdate, {toLong(count), rounded(s.value(2), 3), rounded(mean, 2), rounded(s.value(3), 2), net, lot.id});
         } else if (lot.sorting == u"Pfähle") {
             const QSqlRecord s = poles.value(lot.number);
             const double price = rounded(s.value(2), 2);

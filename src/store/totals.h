@@ -11,6 +11,10 @@ namespace tarvik {
 // change. One grouped query per assortment keeps this quick in a large harvest.
 void recomputeTotals(const QSqlDatabase& db, qint32 harvestId);
 
+// The per-lot sums of a harvest's logs (`Los_Nr`, count, Efm, wood price, price),
+// answered from the index `tarvik_stämme_los_summen` alone.
+QString logLotSumsSql();
+
 // `Teilverkauft` / `Verkauft` of the harvest from its lots' `Abgerechnet` flags.
 void recomputeSaleState(const QSqlDatabase& db, qint32 harvestId);
 

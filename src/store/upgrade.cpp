@@ -218,16 +218,18 @@ QString addDefaultBarkRanges(const QSqlDatabase& db, UpgradeReport& report)
     return QStringLiteral("%1 Rindenabzüge für %2 Baumarten ergänzt").arg(added).arg(speciesAdded.size());
 }
 
-// Files brought up by the steps above lack indexes on columns they gained; add them.
+// Files brought up by the steps above lack indexes on columns they gained, older files of ours
+// the indexes added since; add them and name them.
 QString ensureIndexes(const QSqlDatabase& db)
 {
-    int created = 0;
+    QStringList created;
     for (const schema::Table& t : schema::tables()) {
         for (const schema::Index& index : t.indexes) {
-            if (indexExists(db, schema::indexName(t.name, index.name)) || !schema::hasColumn(db, t.name, index.column))
+            const QString name = schema::indexName(t.name, index.name);
+            if (indexExists(db, name) || !schema::hasColumn(db, t.name, index.column))
                 continue;
             execSql(db, schema::createIndexSql(t.name, index));
-            ++created;
+            created << name;
         }
     }
     for (const schema::OwnIndex& index : schema::ownIndexes()) {
@@ -239,9 +241,15 @@ QString ensureIndexes(const QSqlDatabase& db)
         if (!columnsThere)
             continue;
         execSql(db, schema::createOwnIndexSql(index));
-        ++created;
+        if (!index.replaces.isEmpty())
+            execSql(db, QStringLiteral("DROP INDEX IF EXISTS %1").arg(quoted(index.replaces)));
+        created << index.name;
     }
-    return created > 0 ? QStringLiteral("%1 Indizes ergänzt").arg(created) : QString();
+    if (created.isEmpty())
+        return {};
+    if (created.size() == 1)
+        return QStringLiteral("Index ergänzt: %1").arg(created.first());
+    return QStringLiteral("%1 Indizes ergänzt: %2").arg(created.size()).arg(created.join(QStringLiteral(", ")));
 }
 
 // Keeps the file as it is now beside it, through the engine so that a write-ahead log is

@@ -130,6 +130,24 @@ private slots:
         QVERIFY(scalar(db(), QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = 'Stämme_särkeor'")).isValid());
     }
 
+    // The program's own indexes, with their columns in order (the sums' index covers every
+    // column the per-lot totals read); no narrower predecessor beside them.
+    void ownIndexesOnTheirColumns()
+    {
+        for (const schema::OwnIndex& index : schema::ownIndexes()) {
+            QStringList columns;
+            QSqlQuery q = execSql(db(), QStringLiteral("PRAGMA index_info(%1)").arg(quoted(index.name)));
+            while (q.next())
+                columns << q.value(2).toString();
+            QCOMPARE(columns, index.columns);
+            if (!index.replaces.isEmpty())
+                QVERIFY(!scalar(db(), QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = ?"), {index.replaces}).isValid());
+        }
+        QCOMPARE(count(db(), QStringLiteral("SELECT count(*) FROM sqlite_master WHERE type = 'index' AND name LIKE 'tarvik_%'")),
+                 int(schema::ownIndexes().size()));
+        QVERIFY(scalar(db(), QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = 'tarvik_stämme_los_summen'")).isValid());
+    }
+
     void defaultRowCounts_data()
     {
         QTest::addColumn<QString>("table");

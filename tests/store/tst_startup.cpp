@@ -83,6 +83,7 @@ private slots:
             QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("old"));
             db.setDatabaseName(folder.databasePath());
             QVERIFY(db.open());
+            execSql(db, QStringLiteral("DROP INDEX tarvik_stämme_los_summen")); // older files had neither
             execSql(db, QStringLiteral("ALTER TABLE Stämme DROP COLUMN Holzpreis"));
             execSql(db, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (1)"));
             db.close();

@@ -114,6 +114,17 @@ private slots:
         recomputeSaleState(db(), a);
         QCOMPARE(harvest(b, "coalesce(Anzahl_Lose, 'leer') || '/' || coalesce(Verkauft, 'leer')"), QStringLiteral("leer/leer"));
     }
+
+    // Every store sums every lot of its harvest: that stays quick only while the sums come from
+    // the index and never from the table's rows.
+    void logSumsReadOnlyTheIndex()
+    {
+        QSqlQuery plan = execSql(db(), QStringLiteral("EXPLAIN QUERY PLAN ") + logLotSumsSql(), {1});
+        QStringList steps;
+        while (plan.next())
+            steps << plan.value(3).toString();
+        QCOMPARE(steps, QStringList{QStringLiteral("SEARCH Stämme USING COVERING INDEX tarvik_stämme_los_summen (Kennung=?)")});
+    }
 };
 
 TARVIK_TEST_CORE_MAIN(TestTotals)

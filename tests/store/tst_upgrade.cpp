@@ -45,6 +45,13 @@ QMap<QString, QStringList> sortedColumns(const QSqlDatabase& db)
     return out;
 }
 
+// Older files had no wood price per log, and so none of the indexes over it.
+void dropLogPriceColumn(const QSqlDatabase& db)
+{
+    run(db, "DROP INDEX tarvik_stämme_los_summen");
+    run(db, "ALTER TABLE Stämme DROP COLUMN Holzpreis");
+}
+
 void dropLotColumnsOfVersion3(const QSqlDatabase& db)
 {
     for (const char* c : {"Preis_Art", "Erschwerniszuschlag", "Los_Bezeichnung", "Anfahrt", "GPS_L", "GPS_B",
@@ -52,7 +59,7 @@ void dropLotColumnsOfVersion3(const QSqlDatabase& db)
                           "Pauschalpreis_G", "Vermessungsart", "Fixlänge", "Überlänge", "Qualität", "Holzpreis", "ReNr"})
         execSql(db, QStringLiteral("ALTER TABLE Lose DROP COLUMN %1").arg(quoted(QString::fromUtf8(c))));
     run(db, "DROP INDEX \"Stämme_käferholz\"");
-    run(db, "ALTER TABLE Stämme DROP COLUMN Holzpreis");
+    dropLogPriceColumn(db);
     run(db, "ALTER TABLE Stämme DROP COLUMN Käferholz");
     run(db, "DROP TABLE Tagespreise");
     run(db, "DROP TABLE Rechnungen");
@@ -164,7 +171,7 @@ private slots:
     {
         test::TempDataFolder folder;
         makeOldFile(folder.databasePath(), [](const QSqlDatabase& db) {
-            run(db, "ALTER TABLE Stämme DROP COLUMN Holzpreis");
+            dropLogPriceColumn(db);
             run(db, "DROP TABLE Stärkeklassen_Stämme");
             run(db, "DROP TABLE Liste_Hiebart");
             run(db, "INSERT INTO Stämme(Los_Nr, Laufende_Nr, Preis_berechnet, Kennung) VALUES (1, 1, 45.25, 1)");
@@ -216,7 +223,7 @@ private slots:
     {
         test::TempDataFolder folder;
         makeOldFile(folder.databasePath(), [](const QSqlDatabase& db) {
-            run(db, "ALTER TABLE Stämme DROP COLUMN Holzpreis");
+            dropLogPriceColumn(db);
             run(db, "DROP TABLE Rechnungen");
             run(db, "CREATE VIEW Rechnungen AS SELECT 1 AS x"); // takes the name the table needs
         });
@@ -231,6 +238,48 @@ private slots:
         QVERIFY(shown.startsWith(QStringLiteral("Die Datenbank konnte nicht vollständig auf den aktuellen Stand gebracht werden:\n")));
         for (const char* engine : {"CREATE", "ALTER", "already exists", "table", "view"})
             QVERIFY2(!shown.contains(QString::fromUtf8(engine)), qPrintable(shown));
+    }
+
+    // A file from before an index of ours was there (or its narrower predecessor) gets it, is told
+    // so by name, and loses the predecessor it makes redundant.
+    void ownIndexesAreAddedAndNamed_data()
+    {
+        QTest::addColumn<Change>("change");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("narrower predecessor") << Change([](const QSqlDatabase& db) {
+            run(db, "DROP INDEX tarvik_stämme_los_summen");
+            run(db, "CREATE INDEX tarvik_stämme_hieb_los ON Stämme(Kennung, Los_Nr)");
+        }) << QStringLiteral("Index ergänzt: tarvik_stämme_los_summen");
+        QTest::newRow("none of ours") << Change([](const QSqlDatabase& db) {
+            run(db, "DROP INDEX tarvik_stämme_los_summen");
+            run(db, "DROP INDEX tarvik_stämme_hieb_nr");
+        }) << QStringLiteral("2 Indizes ergänzt: tarvik_stämme_los_summen, tarvik_stämme_hieb_nr");
+        QTest::newRow("one of the format's and one of ours") << Change([](const QSqlDatabase& db) {
+            run(db, "DROP INDEX Stämme_käferholz");
+            run(db, "DROP INDEX tarvik_stämme_hieb_nr");
+        }) << QStringLiteral("2 Indizes ergänzt: Stämme_käferholz, tarvik_stämme_hieb_nr");
+    }
+    void ownIndexesAreAddedAndNamed()
+    {
+        QFETCH(Change, change);
+        QFETCH(QString, expected);
+        test::TempDataFolder folder;
+        makeOldFile(folder.databasePath(), change);
+        auto db = Database::openOrCreate(folder.databasePath());
+        test::ScriptedPrompter prompter;
+        const UpgradeReport report = upgradeDatabase(db->shared(), prompter, QDate(2026, 11, 23));
+        QVERIFY2(report.changes.contains(expected), qPrintable(report.changes.join(u'|')));
+        QVERIFY(report.failures.isEmpty());
+        QVERIFY(layoutIsCurrent(db->shared()));
+        for (const schema::OwnIndex& index : schema::ownIndexes()) {
+            QStringList columns;
+            QSqlQuery q = execSql(db->shared(), QStringLiteral("PRAGMA index_info(%1)").arg(quoted(index.name)));
+            while (q.next())
+                columns << q.value(2).toString();
+            QCOMPARE(columns, index.columns);
+            if (!index.replaces.isEmpty())
+                QVERIFY(!scalar(db->shared(), QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = ?"), {index.replaces}).isValid());
+        }
     }
 
     void deletedBarkRangesComeBack()
