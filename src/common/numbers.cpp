@@ -1,6 +1,8 @@
 #include "common/numbers.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -42,61 +44,80 @@ double leadingNumber(const QString& s)
     return ok && std::isfinite(v) ? v : 0.0;
 }
 
-// Rounds a decimal in scientific form ("3.8486e-01") to a fixed number of decimals,
-// halves away from zero, and writes it with a decimal comma.
-QString roundScientific(const std::string& sci, bool negative, int decimals)
+// Rounds the shortest decimal form of |value| to a fixed number of decimals, halves away from
+// zero, and writes it with a decimal comma into `out`; the characters written. Works in the
+// buffer alone: long lists format millions of figures.
+template <typename T>
+qsizetype writeDecimal(T value, int decimals, char* out)
 {
-    const auto ePos = sci.find('e');
-    std::string digits;
-    for (size_t k = 0; k < ePos; ++k)
-        if (sci[k] != '.')
-            digits += sci[k];
-    const int exponent = std::stoi(sci.substr(ePos + 1));
+    decimals = std::max(0, decimals);
+    if (!std::isfinite(value))
+        value = 0;
+    char sci[64];
+    const auto [sciEnd, ec] = std::to_chars(sci, sci + sizeof sci, std::fabs(value), std::chars_format::scientific);
+    if (ec != std::errc())
+        return writeDecimal<T>(0, decimals, out);
+    const char* e = std::find(sci, sciEnd, 'e');
+    const char* exponentStart = e + 1 + (e[1] == '+' ? 1 : 0);
+    int exponent = 0;
+    std::from_chars(exponentStart, sciEnd, exponent);
+
+    // The digits start three places in, leaving room for a carry, a sign and the comma.
+    char* const digits = out + 3;
+    qsizetype length = 0;
     int point = exponent + 1; // digits before the decimal point
     if (point <= 0) {
-        digits.insert(0, static_cast<size_t>(1 - point), '0');
+        std::fill_n(digits, 1 - point, '0');
+        length = 1 - point;
         point = 1;
     }
-    const size_t keep = static_cast<size_t>(point + decimals);
-    if (digits.size() < keep + 1)
-        digits.append(keep + 1 - digits.size(), '0');
+    for (const char* c = sci; c < e; ++c)
+        if (*c != '.')
+            digits[length++] = *c;
+    const qsizetype keep = point + decimals;
+    if (length < keep + 1) {
+        std::fill(digits + length, digits + keep + 1, '0');
+        length = keep + 1;
+    }
     const bool roundUp = digits[keep] >= '5';
-    digits.resize(keep);
+    length = keep;
+    char* first = digits;
     if (roundUp) {
-        int k = static_cast<int>(keep) - 1;
-        while (k >= 0 && digits[static_cast<size_t>(k)] == '9')
-            digits[static_cast<size_t>(k--)] = '0';
-        if (k >= 0)
-            ++digits[static_cast<size_t>(k)];
-        else {
-            digits.insert(0, 1, '1');
+        qsizetype k = keep - 1;
+        while (k >= 0 && digits[k] == '9')
+            digits[k--] = '0';
+        if (k >= 0) {
+            ++digits[k];
+        } else {
+            *--first = '1';
             ++point;
+            ++length;
         }
     }
-    std::string intPart = digits.substr(0, static_cast<size_t>(point));
-    const auto firstNonZero = intPart.find_first_not_of('0');
-    intPart = firstNonZero == std::string::npos ? "0" : intPart.substr(firstNonZero);
-    std::string result = intPart;
-    if (decimals > 0)
-        result += "," + digits.substr(static_cast<size_t>(point));
-    const bool allZero = digits.find_first_not_of('0') == std::string::npos;
-    if (negative && !allZero)
-        result.insert(0, 1, '-');
-    return QString::fromLatin1(result.c_str());
+    const bool allZero = std::all_of(first, first + length, [](char c) { return c == '0'; });
+    qsizetype intStart = 0;
+    while (intStart < point - 1 && first[intStart] == '0')
+        ++intStart;
+
+    char* w = out;
+    if (value < 0 && !allZero)
+        *w++ = '-';
+    const qsizetype intDigits = point - intStart;
+    std::memmove(w, first + intStart, size_t(intDigits));
+    w += intDigits;
+    if (decimals > 0) {
+        *w++ = ',';
+        std::memmove(w, first + point, size_t(decimals));
+        w += decimals;
+    }
+    return w - out;
 }
 
 template <typename T>
 QString formatShortest(T value, int decimals)
 {
-    decimals = std::max(0, decimals);
-    if (!std::isfinite(value))
-        value = 0;
-    char buffer[64];
-    const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, std::fabs(value),
-                                         std::chars_format::scientific);
-    if (ec != std::errc())
-        return formatShortest<T>(0, decimals);
-    return roundScientific(std::string(buffer, end), value < 0, decimals);
+    std::string buffer(size_t(decimalTextCapacity(decimals)), '\0');
+    return QString::fromLatin1(buffer.data(), writeDecimal(value, decimals, buffer.data()));
 }
 
 } // namespace
@@ -147,6 +168,7 @@ double readNumber(const QVariant& value)
 }
 
 QString formatDecimal(double value, int decimals) { return formatShortest(value, decimals); }
+qsizetype formatDecimalTo(double value, int decimals, char* out) { return writeDecimal(value, decimals, out); }
 QString formatDecimal(float value, int decimals) { return formatShortest(value, decimals); }
 QString formatDecimal(int value, int decimals) { return formatShortest(static_cast<double>(value), decimals); }
 

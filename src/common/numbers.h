@@ -15,6 +15,10 @@ double readNumber(const QVariant& value);
 QString formatDecimal(double value, int decimals);
 QString formatDecimal(float value, int decimals);
 QString formatDecimal(int value, int decimals);
+// The same text as formatDecimal(double), Latin-1, into a buffer of at least
+// decimalTextCapacity(decimals) characters, without allocating; the characters written.
+constexpr qsizetype decimalTextCapacity(int decimals) { return 360 + (decimals > 0 ? decimals : 0); }
+qsizetype formatDecimalTo(double value, int decimals, char* out);
 // Reads the text with readNumber first, so empty or non-numeric text formats as 0.
 QString formatDecimalText(const QString& text, int decimals);
 

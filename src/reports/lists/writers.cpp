@@ -1,18 +1,22 @@
 #include "reports/lists/writers.h"
 
 #include "common/sqldate.h"
+#include "common/numbers.h"
+#include "common/text.h"
 #include "common/textfile.h"
 #include "reports/columns.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <charconv>
 #include <xlsxwriter.h>
 
 namespace tarvik::lists {
 namespace {
 
 constexpr qint64 ProgressStep = 4096;
+constexpr int MaxFastDecimals = 8;
 
 using Kind = ColumnFormat::Kind;
 
@@ -49,6 +53,145 @@ QString headerLine(const QList<ColumnFormat>& cols, const QString& separator)
     return trimmedEnd(cells.join(separator));
 }
 
+// Windows-1252 appended to the buffer; plain ASCII, the bulk of every list, byte for byte.
+void appendCp1252(QByteArray& out, QStringView text)
+{
+    const qsizetype start = out.size();
+    out.resize(start + text.size());
+    char* p = out.data() + start;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c < 0x80) {
+            p[i] = char(c);
+        } else {
+            const QByteArray one = encodeCp1252(QString(QChar(c)));
+            p[i] = one.isEmpty() ? '?' : one[0];
+        }
+    }
+}
+
+// Where the characters of a line go: a QString for lines kept in memory, Windows-1252 bytes
+// for the file. Both take the same calls, so the layout below serves both.
+struct StringSink {
+    QString& out;
+    void text(QStringView t) { out += t; }
+    void latin1(const char* p, qsizetype n) { out += QLatin1String(p, n); }
+    void blanks(qsizetype n) { out.resize(out.size() + n, u' '); }
+    // Drops the padding of the line's last column.
+    void trimEnd(qsizetype lineStart)
+    {
+        qsizetype end = out.size();
+        while (end > lineStart && out[end - 1] == u' ')
+            --end;
+        out.truncate(end);
+    }
+    qsizetype size() const { return out.size(); }
+};
+
+struct Cp1252Sink {
+    QByteArray& out;
+    void text(QStringView t) { appendCp1252(out, t); }
+    void latin1(const char* p, qsizetype n) { out.append(p, n); }
+    void blanks(qsizetype n) { out.append(n, ' '); }
+    void trimEnd(qsizetype lineStart)
+    {
+        qsizetype end = out.size();
+        while (end > lineStart && out[end - 1] == ' ')
+            --end;
+        out.truncate(end);
+    }
+    qsizetype size() const { return out.size(); }
+};
+
+// Figures and dates right-aligned to the column's width, cut to it when longer.
+template <typename Sink>
+void rightAligned(Sink& sink, int width, const char* text, qsizetype length)
+{
+    const qsizetype shown = std::min<qsizetype>(length, width);
+    sink.blanks(width - shown);
+    sink.latin1(text, shown);
+}
+
+template <typename Sink>
+void rightAligned(Sink& sink, int width, QStringView text)
+{
+    const qsizetype shown = std::min<qsizetype>(text.size(), width);
+    sink.blanks(width - shown);
+    sink.text(text.left(shown));
+}
+
+// "dd.mm.yyyy" straight from a stored "yyyy-mm-dd…"; false for anything else.
+bool isoDateAsGerman(const QVariant& value, char (&out)[10])
+{
+    if (value.typeId() != QMetaType::QString)
+        return false;
+    const QString& text = *static_cast<const QString*>(value.constData());
+    if (text.size() < 10 || text[4] != u'-' || text[7] != u'-')
+        return false;
+    int parts[3] = {0, 0, 0};
+    for (int i : {0, 1, 2, 3, 5, 6, 8, 9}) {
+        const char16_t c = text[i].unicode();
+        if (c < u'0' || c > u'9')
+            return false;
+        int& part = parts[i < 4 ? 0 : i < 7 ? 1 : 2];
+        part = part * 10 + (c - u'0');
+    }
+    if (!QDate::isValid(parts[0], parts[1], parts[2]))
+        return false;
+    const char16_t* t = reinterpret_cast<const char16_t*>(text.constData());
+    const char16_t order[10] = {t[8], t[9], u'.', t[5], t[6], u'.', t[0], t[1], t[2], t[3]};
+    for (int i = 0; i < 10; ++i)
+        out[i] = char(order[i]);
+    return true;
+}
+
+// One cell as cellText shows it, padded to its width. Numbers and dates are written from a
+// buffer on the stack: this runs for every cell of lists a million rows long.
+template <typename Sink>
+void putCell(Sink& sink, const ColumnFormat& f, const QVariant& value)
+{
+    if (f.kind == Kind::Text) {
+        QString cell = value.toString();
+        if (std::any_of(cell.cbegin(), cell.cend(), [](QChar c) { return c.unicode() < 0x20; }))
+            cell = singleLine(cell); // a line break or tab would break the fixed columns
+        const QStringView shown = QStringView(cell).trimmed().left(f.width);
+        sink.text(shown);
+        sink.blanks(f.width - shown.size());
+        return;
+    }
+    if (value.isNull() && !f.nullAsZero) {
+        sink.blanks(f.width);
+        return;
+    }
+    char buffer[decimalTextCapacity(MaxFastDecimals)];
+    switch (f.kind) {
+    case Kind::Integer:
+        if (value.typeId() == QMetaType::LongLong || value.typeId() == QMetaType::Int) {
+            const auto end = std::to_chars(buffer, buffer + sizeof buffer, value.toLongLong()).ptr;
+            rightAligned(sink, f.width, buffer, end - buffer);
+        } else {
+            rightAligned(sink, f.width, buffer, formatDecimalTo(readNumber(value), 0, buffer));
+        }
+        return;
+    case Kind::Decimal:
+        if (f.decimals <= MaxFastDecimals)
+            rightAligned(sink, f.width, buffer, formatDecimalTo(readNumber(value), f.decimals, buffer));
+        else
+            rightAligned(sink, f.width, cellText(f, value));
+        return;
+    case Kind::Date: {
+        char date[10];
+        if (isoDateAsGerman(value, date))
+            rightAligned(sink, f.width, date, 10);
+        else
+            rightAligned(sink, f.width, cellText(f, value));
+        return;
+    }
+    case Kind::Text:
+        break;
+    }
+}
+
 // Produces the text form line by line, so the same layout serves the file and the tests.
 class TextLayout {
 public:
@@ -56,8 +199,6 @@ public:
         : m_cols(cols), m_options(o), m_total(total),
           m_pages(o.pageBreaks ? std::max<qint64>(1, (total + o.linesPerPage - 1) / o.linesPerPage) : 1)
     {
-        for (const ColumnFormat& f : cols)
-            m_width += f.width + int(o.separator.size());
     }
 
     QStringList head(qint64 page) const
@@ -88,29 +229,17 @@ public:
         return {};
     }
 
-    QString row(const QSqlQuery& q) const
+    // The row's line, appended to the sink without its end.
+    template <typename Sink>
+    void row(Sink& sink, const QSqlQuery& q) const
     {
-        // One string built in place: this runs once for every row of lists a million long.
-        QString line;
-        line.reserve(m_width);
+        const qsizetype lineStart = sink.size();
         for (int i = 0; i < m_cols.size(); ++i) {
-            const ColumnFormat& f = m_cols[i];
             if (i > 0)
-                line += m_options.separator;
-            QString cell = cellText(f, q.value(i));
-            if (f.kind == Kind::Text) {
-                if (cell.contains(u'\n') || cell.contains(u'\r'))
-                    cell.replace(u'\n', u' ').replace(u'\r', u' ');
-                cell = cell.trimmed();
-            }
-            const qsizetype shown = std::min<qsizetype>(cell.size(), f.width);
-            if (f.kind != Kind::Text)
-                line.resize(line.size() + f.width - shown, u' ');
-            line += QStringView(cell).left(shown);
-            if (f.kind == Kind::Text)
-                line.resize(line.size() + f.width - shown, u' ');
+                sink.text(m_options.separator);
+            putCell(sink, m_cols[i], q.value(i));
         }
-        return trimmedEnd(std::move(line));
+        sink.trimEnd(lineStart);
     }
 
     QStringList tail(qint64 written) const
@@ -128,25 +257,7 @@ private:
     const TextOptions& m_options;
     qint64 m_total;
     qint64 m_pages;
-    int m_width = 0;
 };
-
-// Windows-1252 appended to the buffer; plain ASCII, the bulk of every list, byte for byte.
-void appendCp1252(QByteArray& out, const QString& text)
-{
-    const qsizetype start = out.size();
-    out.resize(start + text.size());
-    char* p = out.data() + start;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i].unicode();
-        if (c < 0x80) {
-            p[i] = char(c);
-        } else {
-            const QByteArray one = encodeCp1252(QString(QChar(c)));
-            p[i] = one.isEmpty() ? '?' : one[0];
-        }
-    }
-}
 
 bool keepGoing(const Progress& progress, qint64 done)
 {
@@ -190,8 +301,13 @@ QStringList textLines(QSqlQuery& rows, const QList<ColumnFormat>& columns, const
     const TextLayout layout(columns, options, totalRows);
     QStringList lines;
     qint64 n = 0;
-    while (rows.next())
-        lines << layout.before(n++) << layout.row(rows);
+    while (rows.next()) {
+        lines << layout.before(n++);
+        QString line;
+        StringSink sink{line};
+        layout.row(sink, rows);
+        lines << line;
+    }
     return lines + layout.tail(n);
 }
 
@@ -207,20 +323,26 @@ WriteResult writeText(const QString& path, QSqlQuery& rows, const QList<ColumnFo
     const TextLayout layout(columns, options, totalRows);
     // Lines gather in a buffer that goes to the file a megabyte at a time.
     QByteArray buffer;
-    auto put = [&file, &buffer](const QStringList& lines) {
-        for (const QString& line : lines) {
-            appendCp1252(buffer, line);
-            buffer += "\r\n";
-        }
+    Cp1252Sink sink{buffer};
+    auto flush = [&file, &buffer] {
         if (buffer.size() > (1 << 20)) {
             file.write(buffer);
             buffer.clear();
         }
     };
+    auto put = [&](const QStringList& lines) {
+        for (const QString& line : lines) {
+            appendCp1252(buffer, line);
+            buffer += "\r\n";
+        }
+        flush();
+    };
     qint64 n = 0;
     while (rows.next()) {
         put(layout.before(n));
-        put({layout.row(rows)});
+        layout.row(sink, rows);
+        buffer += "\r\n";
+        flush();
         if (!keepGoing(progress, ++n)) {
             file.cancelWriting();
             result.cancelled = true;

@@ -17,6 +17,8 @@
 using namespace tarvik;
 using namespace tarvik::lists;
 
+Q_DECLARE_METATYPE(tarvik::lists::ColumnFormat)
+
 namespace {
 
 void run(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {}) { execSql(db, sql, values); }
@@ -314,6 +316,53 @@ private slots:
         QVERIFY(lines.contains(QStringLiteral("Stämme auswerten   Stand: 23.11.2026   Seite 2 von 2")));
         QCOMPARE(lines.last(), QStringLiteral("Anzahl Datenzeilen: 36"));
         run(db(), QStringLiteral("DELETE FROM Stämme WHERE Los_Nr = 9"));
+    }
+
+    // One cell of each kind as the text window and the file show it: both forms from the same
+    // layout, the file in Windows-1252; breaks and tabs never split a fixed-width line.
+    void cellsInTheTextForm_data()
+    {
+        using K = ColumnFormat::Kind;
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<ColumnFormat>("format");
+        QTest::addColumn<QString>("expected");
+        const ColumnFormat text{QStringLiteral("T"), K::Text, 0, 10};
+        const ColumnFormat money{QStringLiteral("M"), K::Decimal, 2, 8};
+        const ColumnFormat volume{QStringLiteral("V"), K::Decimal, 3, 8, true};
+        const ColumnFormat whole{QStringLiteral("I"), K::Integer, 0, 5};
+        const ColumnFormat date{QStringLiteral("D"), K::Date, 0, 10};
+        QTest::newRow("tab") << QVariant(QStringLiteral("nass\tund krumm")) << text << QStringLiteral("nass und k");
+        QTest::newRow("CR LF") << QVariant(QStringLiteral(" a\r\nb ")) << text << QStringLiteral("a b");
+        QTest::newRow("umlaut") << QVariant(QStringLiteral("Säge")) << text << QStringLiteral("Säge");
+        QTest::newRow("half up") << QVariant(0.125) << money << QStringLiteral("    0,13");
+        QTest::newRow("no minus zero") << QVariant(-0.004) << money << QStringLiteral("    0,00");
+        QTest::newRow("stored as text") << QVariant(QStringLiteral("1,5")) << money << QStringLiteral("    1,50");
+        QTest::newRow("too wide") << QVariant(123456789.5) << money << QStringLiteral("12345678");
+        QTest::newRow("null") << QVariant(QMetaType(QMetaType::Double)) << money << QString();
+        QTest::newRow("null sum") << QVariant(QMetaType(QMetaType::Double)) << volume << QStringLiteral("   0,000");
+        QTest::newRow("integer") << QVariant(qlonglong(42)) << whole << QStringLiteral("   42");
+        QTest::newRow("integer from a real") << QVariant(41.5) << whole << QStringLiteral("   42");
+        QTest::newRow("stored date") << QVariant(QStringLiteral("2026-01-05")) << date << QStringLiteral("05.01.2026");
+        QTest::newRow("stored with time") << QVariant(QStringLiteral("2026-01-05 00:00:00")) << date << QStringLiteral("05.01.2026");
+        QTest::newRow("German date") << QVariant(QStringLiteral("5.1.2026")) << date << QStringLiteral("05.01.2026");
+        QTest::newRow("no such day") << QVariant(QStringLiteral("2026-02-30")) << date << QString();
+    }
+    void cellsInTheTextForm()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(ColumnFormat, format);
+        QFETCH(QString, expected);
+        const TextOptions options;
+        QSqlQuery shown = execSql(db(), QStringLiteral("SELECT ?"), {value});
+        QCOMPARE(textLines(shown, {format}, options, 1).last(), expected);
+
+        const QString path = m_folder.filePath(QStringLiteral("Zelle.txt"));
+        QSqlQuery written = execSql(db(), QStringLiteral("SELECT ?"), {value});
+        QVERIFY(writeText(path, written, {format}, options, 1).ok);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QList<QByteArray> lines = file.readAll().split('\n');
+        QCOMPARE(lines.at(lines.size() - 2), encodeCp1252(expected) + '\r');
     }
 
     void spreadsheetReadBack()
