@@ -7,6 +7,7 @@
 #include "store/records.h"
 #include "store/rows.h"
 #include "store/sql.h"
+#include "store/textwidth.h"
 
 #include <QDir>
 #include <QSqlQuery>
@@ -96,23 +97,39 @@ HarvestForm loadHarvest(const QSqlDatabase& db, qint32 id)
 
 std::optional<QString> checkHarvest(const QSqlDatabase& db, const HarvestForm& f, std::optional<qint32> editedId)
 {
+    QStringList reasons;
     const double number = readNumber(f.hiebNr);
     if (number < 1 || number > 999999)
-        return Refusal + QStringLiteral("...die Hiebnummer zwischen 1 und 999999 eingestellt sein muß.");
-    if (numberTaken(db, toLong(number), editedId))
-        return Refusal + QStringLiteral("...die Hiebnummer bereits existiert.");
+        reasons << QStringLiteral("...die Hiebnummer zwischen 1 und 999999 eingestellt sein muß.");
+    else if (numberTaken(db, toLong(number), editedId))
+        reasons << QStringLiteral("...die Hiebnummer bereits existiert.");
     if (f.waldname.trimmed().isEmpty())
-        return Refusal + QStringLiteral("...der Waldname angegeben werden muß.");
+        reasons << QStringLiteral("...der Waldname angegeben werden muß.");
     const QDate from = parseGermanDate(f.datumVon);
     const QDate to = parseGermanDate(f.datumBis);
     // A date that cannot be read would silently store nothing; say so instead.
     if (!f.datumVon.trimmed().isEmpty() && !from.isValid())
-        return Refusal + QStringLiteral("...das Hiebdatum von kein gültiges Datum (TT.MM.JJJJ) ist.");
+        reasons << QStringLiteral("...das Hiebdatum von kein gültiges Datum (TT.MM.JJJJ) ist.");
     if (!f.datumBis.trimmed().isEmpty() && !to.isValid())
-        return Refusal + QStringLiteral("...das Hiebdatum bis kein gültiges Datum (TT.MM.JJJJ) ist.");
+        reasons << QStringLiteral("...das Hiebdatum bis kein gültiges Datum (TT.MM.JJJJ) ist.");
     if (from.isValid() && to.isValid() && from > to)
-        return Refusal + QStringLiteral("...das Hiebdatum von nicht später als das Hiebdatum bis sein darf.");
-    return std::nullopt;
+        reasons << QStringLiteral("...das Hiebdatum von nicht später als das Hiebdatum bis sein darf.");
+    // The texts as saveHarvest stores them; the woodland and owner lists have the same widths.
+    reasons << widthReasons(QStringLiteral("Hiebe"),
+                            {{QStringLiteral("Jahr"), f.jahr.trimmed(), QStringLiteral("das Jahr")},
+                             {QStringLiteral("Waldname"), f.waldname.trimmed(), QStringLiteral("der Waldname")},
+                             {QStringLiteral("Waldort"), f.waldort.trimmed(), QStringLiteral("der Waldort")},
+                             {QStringLiteral("Hiebgrund"), f.hiebgrund.trimmed(), QStringLiteral("der Hiebgrund")},
+                             {QStringLiteral("Hiebart"), f.hiebart.trimmed(), QStringLiteral("die Hiebart")},
+                             {QStringLiteral("Bemerkung"), f.bemerkung.trimmed(), QStringLiteral("die Bemerkung")},
+                             {QStringLiteral("Waldbesitzer_Name"), f.besitzerName.trimmed(), QStringLiteral("der Name des Waldbesitzers")},
+                             {QStringLiteral("Waldbesitzer_Straße"), f.besitzerStrasse.trimmed(), QStringLiteral("die Straße des Waldbesitzers")},
+                             {QStringLiteral("Waldbesitzer_Wohnort"), f.besitzerWohnort.trimmed(), QStringLiteral("der Wohnort des Waldbesitzers")},
+                             {QStringLiteral("Waldbesitzer_Tel"), f.besitzerTelefon.trimmed(), QStringLiteral("die Telefonnummer des Waldbesitzers")},
+                             {QStringLiteral("Waldbesitzer_Sonst"), f.besitzerSonstiges.trimmed(), QStringLiteral("die sonstige Angabe zum Waldbesitzer")}});
+    if (reasons.isEmpty())
+        return std::nullopt;
+    return Refusal + reasons.join(u'\n');
 }
 
 qint32 saveHarvest(const QSqlDatabase& db, const HarvestForm& f, std::optional<qint32> editedId)

@@ -30,7 +30,7 @@ struct HarvestForm {
 HarvestForm proposeNewHarvest(const QSqlDatabase& db, const Clock& clock, const QString& dataFolder);
 HarvestForm loadHarvest(const QSqlDatabase& db, qint32 id);
 
-// The first failed check as the whole message, or nullopt. editedId: the harvest being changed.
+// Every failed check gathered into one message, or nullopt. editedId: the harvest being changed.
 std::optional<QString> checkHarvest(const QSqlDatabase& db, const HarvestForm& form, std::optional<qint32> editedId);
 
 // The harvest window's OK: checks (a refusal is shown), then stores; the harvest's ID, or nullopt.

@@ -7,6 +7,7 @@
 #include "store/records.h"
 #include "store/rows.h"
 #include "store/sql.h"
+#include "store/textwidth.h"
 #include "store/totals.h"
 
 #include <QDir>
@@ -175,6 +176,18 @@ std::optional<QString> checkLot(const QSqlDatabase& db, qint32 harvestId, const 
                           + (editedId ? QStringLiteral(" AND \"ID\" <> ?") : QString()) + QStringLiteral(" LIMIT 1");
     if (lot > 0 && scalar(db, taken, editedId ? QVariantList{lot, harvestId, *editedId} : QVariantList{lot, harvestId}).isValid())
         reasons << QStringLiteral("...die Los-Nummer %1 bereits existiert.").arg(lot);
+    // The texts as saveLot stores them.
+    reasons << widthReasons(QStringLiteral("Lose"),
+                            {{QStringLiteral("Sortierung"), f.sortierung.trimmed(), QStringLiteral("die Sortierung")},
+                             {QStringLiteral("Los_Bezeichnung"), f.losBezeichnung.trimmed(), QStringLiteral("die Los-Bezeichnung")},
+                             {QStringLiteral("Lagerort"), f.lagerort.trimmed(), QStringLiteral("der Lagerort")},
+                             {QStringLiteral("Anfahrt"), f.anfahrt.trimmed(), QStringLiteral("die Anfahrt")},
+                             {QStringLiteral("GPS_L"), f.gpsL.trimmed(), QStringLiteral("die GPS-Länge")},
+                             {QStringLiteral("GPS_B"), f.gpsB.trimmed(), QStringLiteral("die GPS-Breite")},
+                             {QStringLiteral("Vermessungsart"), f.vermessungsart.trimmed(), QStringLiteral("die Vermessungsart")},
+                             {QStringLiteral("Qualität"), f.qualitaet.trimmed(), QStringLiteral("die Qualität")},
+                             {QStringLiteral("Abnehmer"), f.abnehmer.trimmed(), QStringLiteral("der Abnehmer")},
+                             {QStringLiteral("Bemerkung"), f.bemerkung.trimmed(), QStringLiteral("die Bemerkung")}});
     if (reasons.isEmpty())
         return std::nullopt;
     return inputRefusal(reasons.join(u'\n'));

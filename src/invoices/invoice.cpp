@@ -6,6 +6,7 @@
 #include "common/textfile.h"
 #include "reports/columns.h"
 #include "store/sql.h"
+#include "store/textwidth.h"
 #include "store/totals.h"
 
 #include <QDir>
@@ -299,6 +300,13 @@ QStringList invoiceRefusals(const QSqlDatabase& db, const InvoiceInput& input, c
         reasons << QStringLiteral("...die Rechnungsnummer bereits vergeben ist.");
     if (previewText.trimmed().isEmpty())
         reasons << QStringLiteral("...mindestens ein Los für die Rechnung ausgewählt werden muss.");
+    // The texts as storeInvoice stores them; the buyer goes into the lots too, as wide there.
+    reasons << widthReasons(QStringLiteral("Rechnungen"),
+                            {{QStringLiteral("Abnehmer"), input.buyer.trimmed(), QStringLiteral("der Abnehmer")},
+                             {QStringLiteral("Vor_Nachname"), input.name.trimmed(), QStringLiteral("der Name")},
+                             {QStringLiteral("Strasse"), input.street.trimmed(), QStringLiteral("die Straße")},
+                             {QStringLiteral("Wohnort"), input.town.trimmed(), QStringLiteral("der Wohnort")},
+                             {QStringLiteral("Kundeninfo"), input.customerInfo.trimmed(), QStringLiteral("die Kunden-Nr.")}});
     return reasons;
 }
 

@@ -38,13 +38,6 @@ std::optional<QString> valueNameReason(const QString& name, const QString& subje
     return std::nullopt;
 }
 
-std::optional<QString> widthReason(const QString& text, int width, const QString& subject)
-{
-    if (text.size() <= width)
-        return std::nullopt;
-    return QStringLiteral("...%1 höchstens %2 Zeichen lang sein darf.").arg(subject).arg(width);
-}
-
 void masterDataChanged() { MasterDataLookup::masterDataChanged(); }
 
 bool valueUsed(const QSqlDatabase& db, const QString& table, const QString& column, const QString& value,

@@ -2,6 +2,7 @@
 // What every master data editor shares: its mode, the gathered refusal, the name checks that
 // keep class names fit to be column names, and the after-change step.
 #include "store/context.h"
+#include "store/textwidth.h" // widthReason
 
 #include <QStringList>
 #include <optional>
@@ -19,8 +20,6 @@ std::optional<QString> columnNameReason(const QString& name, const QString& subj
 // A class name that is only ever a value (Heilbronn, pole, stacked-wood classes): the characters
 // above and '.', as "P2.1" has it; quotes, blanks and semicolons are refused all the same.
 std::optional<QString> valueNameReason(const QString& name, const QString& subject);
-// "...die Klasse höchstens 6 Zeichen lang sein darf." when the text is too long.
-std::optional<QString> widthReason(const QString& text, int width, const QString& subject);
 
 // Every master data change ends here, after its commit: the rules reread the tables.
 void masterDataChanged();

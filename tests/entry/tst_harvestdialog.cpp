@@ -63,7 +63,8 @@ private slots:
         QTest::newRow("no woodland") << "6" << " " << "" << "" << "...der Waldname angegeben werden muß.";
         QTest::newRow("dates reversed") << "6" << "Eichwald" << "02.03.2026" << "01.03.2026"
                                         << "...das Hiebdatum von nicht später als das Hiebdatum bis sein darf.";
-        QTest::newRow("first failure only") << "5" << "" << "" << "" << "...die Hiebnummer bereits existiert.";
+        QTest::newRow("reasons gathered") << "5" << "" << "" << ""
+                                          << "...die Hiebnummer bereits existiert.\n...der Waldname angegeben werden muß.";
     }
     void refusals()
     {
