@@ -1,5 +1,6 @@
 #include "store/defaults.h"
 
+#include "store/rows.h"
 #include "store/schema.h"
 #include "store/sql.h"
 
@@ -91,23 +92,12 @@ ClassValues indexNumbers(const QString& c, bool broadleaf)
     return {140, 120, 100, 90, 85, 75, 50};
 }
 
-QString insertSql(const QString& table, const QStringList& columns)
-{
-    QStringList quotedColumns, marks;
-    for (const QString& c : columns) {
-        quotedColumns << quoted(c);
-        marks << QStringLiteral("?");
-    }
-    return QStringLiteral("INSERT INTO %1(%2) VALUES (%3)")
-        .arg(quoted(table), quotedColumns.join(QStringLiteral(", ")), marks.join(QStringLiteral(", ")));
-}
-
 void insertRows(const QSqlDatabase& db, const QString& table, const QStringList& columns,
                 const QList<QVariantList>& rows)
 {
-    QSqlQuery insert = prepareSql(db, insertSql(table, columns));
+    RowInserter insert(db, table, columns);
     for (const QVariantList& row : rows)
-        execPrepared(insert, row);
+        insert.insert(row);
 }
 
 QStringList prefixed(const QString& prefix, const QStringList& classes)

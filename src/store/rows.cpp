@@ -6,7 +6,6 @@
 #include <QSqlRecord>
 
 namespace tarvik {
-namespace {
 
 QString insertSql(const QString& table, const QStringList& columns)
 {
@@ -26,8 +25,6 @@ QString updateSql(const QString& table, const QStringList& columns)
         assignments << quoted(c) + QStringLiteral(" = ?");
     return QStringLiteral("UPDATE %1 SET %2 WHERE \"ID\" = ?").arg(quoted(table), assignments.join(QStringLiteral(", ")));
 }
-
-} // namespace
 
 RowInserter::RowInserter(const QSqlDatabase& db, const QString& table, const QStringList& columns)
     : m_query(prepareSql(db, insertSql(table, columns)))

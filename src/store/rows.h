@@ -13,6 +13,11 @@ namespace tarvik {
 // Column names with the value for each, in the order they are written.
 using RowValues = QList<std::pair<QString, QVariant>>;
 
+// "INSERT INTO "table"("a", "b") VALUES (?, ?)" for the columns, quoted.
+QString insertSql(const QString& table, const QStringList& columns);
+// "UPDATE "table" SET "a" = ?, "b" = ? WHERE "ID" = ?": the row's ID is bound last.
+QString updateSql(const QString& table, const QStringList& columns);
+
 // An insert prepared once and run for many rows (bulk writers, imports).
 class RowInserter {
 public:

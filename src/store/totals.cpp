@@ -2,12 +2,14 @@
 
 #include "common/numbers.h"
 #include "common/text.h"
+#include "store/rows.h"
 #include "store/sql.h"
 
 #include <QSqlQuery>
 #include <QHash>
 #include <QSet>
 #include <QSqlRecord>
+#include <functional>
 
 namespace tarvik {
 namespace {
@@ -33,6 +35,47 @@ struct Lot {
     QVariant flatPrice;
 };
 
+// One assortment: the per-lot sums of its rows and the lot columns they set.
+struct Assortment {
+    QString sorting;
+    QString sumsSql;
+    QStringList lotColumns;
+    std::function<QVariantList(const QSqlRecord& sums, const Lot& lot)> values;
+};
+
+const QList<Assortment>& assortments()
+{
+    static const QList<Assortment> all{
+        {QStringLiteral("Stämme"), logLotSumsSql(),
+         {QStringLiteral("Anzahl_Stämme"), QStringLiteral("Efm_oR"), QStringLiteral("Efm_je_Stamm"), QStringLiteral("Holzpreis"),
+          QStringLiteral("Preis_berechnet")},
+         [](const QSqlRecord& s, const Lot& lot) {
+             // The mean as the engine's avg() gives it: the sum divided by the count.
+             const double count = readNumber(s.value(1));
+             const double mean = count != 0 ? readNumber(s.value(2)) / count : 0.0;
+             const double net = lot.priceKind == 3 ? currencyValue(readNumber(lot.flatPrice)) : rounded(s.value(4), 2);
+             return QVariantList{toLong(count), rounded(s.value(2), 3), rounded(mean, 2), rounded(s.value(3), 2), net};
+         }},
+        {QStringLiteral("Pfähle"),
+         QStringLiteral("SELECT \"Los_Nr\", sum(\"Anzahl\"), sum(\"Preis_berechnet\") FROM \"Pfähle\" WHERE \"Kennung\" = ? "
+                        "GROUP BY \"Los_Nr\""),
+         {QStringLiteral("Anzahl_Pfähle"), QStringLiteral("Preis_berechnet"), QStringLiteral("Holzpreis")},
+         [](const QSqlRecord& s, const Lot&) {
+             const double price = rounded(s.value(2), 2);
+             return QVariantList{toLong(readNumber(s.value(1))), price, price};
+         }},
+        {QStringLiteral("Schichtholz"),
+         QStringLiteral("SELECT \"Los_Nr\", sum(\"Efm\"), sum(\"m3\"), sum(\"Preis_berechnet\") FROM \"Schichtholz\" "
+                        "WHERE \"Kennung\" = ? GROUP BY \"Los_Nr\""),
+         {QStringLiteral("Efm_Schichtholz"), QStringLiteral("m3_Schichtholz"), QStringLiteral("Preis_berechnet"), QStringLiteral("Holzpreis")},
+         [](const QSqlRecord& s, const Lot&) {
+             const double price = rounded(s.value(3), 2);
+             return QVariantList{rounded(s.value(1), 2), rounded(s.value(2), 2), price, price};
+         }},
+    };
+    return all;
+}
+
 } // namespace
 
 QString logLotSumsSql()
@@ -57,44 +100,18 @@ void recomputeTotals(const QSqlDatabase& db, qint32 harvestId)
     lotRows.finish();
 
     // Only the assortments the harvest has are summed.
-    const QHash<qint32, QSqlRecord> logSums = sortings.contains(QStringLiteral("Stämme")) ? lotSums(db, logLotSumsSql(), harvestId)
-                                                                                         : QHash<qint32, QSqlRecord>();
-    const QHash<qint32, QSqlRecord> poles = sortings.contains(QStringLiteral("Pfähle")) ? lotSums(db, QStringLiteral(
-        "SELECT \"Los_Nr\", sum(\"Anzahl\"), sum(\"Preis_berechnet\") FROM \"Pfähle\" WHERE \"Kennung\" = ? GROUP BY \"Los_Nr\""),
-        harvestId) : QHash<qint32, QSqlRecord>();
-    const QHash<qint32, QSqlRecord> stacks = sortings.contains(QStringLiteral("Schichtholz")) ? lotSums(db, QStringLiteral(
-        "SELECT \"Los_Nr\", sum(\"Efm\"), sum(\"m3\"), sum(\"Preis_berechnet\") FROM \"Schichtholz\" WHERE \"Kennung\" = ? "
-        "GROUP BY \"Los_Nr\""), harvestId) : QHash<qint32, QSqlRecord>();
-
-    std::optional<QSqlQuery> logUpdate, poleUpdate, stackUpdate;
-    for (const Lot& lot : lots) {
-        if (lot.sorting == u"Stämme") {
+    for (const Assortment& a : assortments()) {
+        if (!sortings.contains(a.sorting))
+            continue;
+        const QHash<qint32, QSqlRecord> sums = lotSums(db, a.sumsSql, harvestId);
+        std::optional<QSqlQuery> update;
+        for (const Lot& lot : lots) {
+            if (lot.sorting != a.sorting)
+                continue;
+            if (!update)
+                update = prepareSql(db, updateSql(QStringLiteral("Lose"), a.lotColumns));
             // A lot without rows has no group: its sums are those of no rows, 0.
-            const QSqlRecord s = logSums.value(lot.number);
-            double net = rounded(s.value(4), 2);
-            if (lot.priceKind == 3)
-                net = currencyValue(readNumber(lot.flatPrice));
-            if (!logUpdate)
-                logUpdate = prepareSql(db, QStringLiteral("UPDATE \"Lose\" SET \"Anzahl_Stämme\" = ?, \"Efm_oR\" = ?, \"Efm_je_Stamm\" = ?, "
-                                                          "\"Holzpreis\" = ?, \"Preis_berechnet\" = ? WHERE \"ID\" = ?"));
-            // The mean as the engine's avg() gives it: the sum divided by the count.
-            const double count = readNumber(s.value(1));
-            const double mean = count != 0 ? readNumber(s.value(2)) / count : 0.0;
-            execPrepared(*logUpdate, {toLong(count), rounded(s.value(2), 3), rounded(mean, 2), rounded(s.value(3), 2), net, lot.id});
-        } else if (lot.sorting == u"Pfähle") {
-            const QSqlRecord s = poles.value(lot.number);
-            const double price = rounded(s.value(2), 2);
-            if (!poleUpdate)
-                poleUpdate = prepareSql(db, QStringLiteral("UPDATE \"Lose\" SET \"Anzahl_Pfähle\" = ?, \"Preis_berechnet\" = ?, "
-                                                           "\"Holzpreis\" = ? WHERE \"ID\" = ?"));
-            execPrepared(*poleUpdate, {toLong(readNumber(s.value(1))), price, price, lot.id});
-        } else if (lot.sorting == u"Schichtholz") {
-            const QSqlRecord s = stacks.value(lot.number);
-            const double price = rounded(s.value(3), 2);
-            if (!stackUpdate)
-                stackUpdate = prepareSql(db, QStringLiteral("UPDATE \"Lose\" SET \"Efm_Schichtholz\" = ?, \"m3_Schichtholz\" = ?, "
-                                                            "\"Preis_berechnet\" = ?, \"Holzpreis\" = ? WHERE \"ID\" = ?"));
-            execPrepared(*stackUpdate, {rounded(s.value(1), 2), rounded(s.value(2), 2), price, price, lot.id});
+            execPrepared(*update, a.values(sums.value(lot.number), lot) << lot.id);
         }
     }
 

@@ -9,7 +9,7 @@
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
-#include "devices/hookedprompter.h"
+#include "support/hookedprompter.h"
 
 #include <QTcpServer>
 #include <QUrlQuery>
@@ -66,33 +66,18 @@ const QByteArray ExportTable = "Los;Nr;Baumart;Guete;Laenge;Staerke;Zopf;Kaefer;
 
 } // namespace
 
-class TestDeviceIo : public QObject {
+class TestDeviceIo : public QObject, protected test::HookedEntryFixture {
     Q_OBJECT
-    test::TempDataFolder m_folder;
-    std::unique_ptr<Database> m_db;
-    Einstellungen m_settings = EinstellungenLaden(QString());
-    FixedClock m_clock{QDate(2026, 11, 21)};
-    test::ScriptedPrompter m_script;
-    test::HookedPrompter m_prompter{m_script};
-    qint32 m_harvest = 0;
     int m_master = -1;
     int m_slave = -1;
 
-    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
-    QSqlDatabase db() const { return m_db->shared(); }
     int logCount() const { return scalar(db(), QStringLiteral("SELECT count(*) FROM Stämme")).toInt(); }
 
 private slots:
     void init()
     {
-        m_db.reset();
-        QFile::remove(m_folder.databasePath());
-        m_db = m_folder.openDatabase();
-        m_harvest = test::addHarvest(db(), 1);
+        resetHooked(1);
         createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
-        m_settings = EinstellungenLaden(QString());
-        m_script.clear();
-        m_prompter.onInform = nullptr;
 
         termios raw{};
         cfmakeraw(&raw);
@@ -112,7 +97,7 @@ private slots:
         transfer += QByteArray::fromHex("7A001F2303");  // Fi B 124, 35 cm, 4 m, lot 3
         transfer += QByteArray::fromHex("9B00202800");  // Bu C 128, 40 cm, 4 m
         transfer += QByteArray::fromHex("11130D0A0D");  // control characters pass unchanged; no length
-        m_prompter.onInform = [&](const QString& text) {
+        m_hooked.onInform = [&](const QString& text) {
             if (text.startsWith(QStringLiteral("Klicken Sie jetzt"))) {
                 // In two pieces, as a slow device sends.
                 QCOMPARE(::write(m_master, transfer.constData(), 20), ssize_t(20));
@@ -120,11 +105,11 @@ private slots:
                 QCOMPARE(::write(m_master, transfer.constData() + 20, size_t(transfer.size() - 20)), ssize_t(transfer.size() - 20));
             }
         };
-        m_script.answerYes(); // connect the device, then [OK]
+        m_prompter.answerYes(); // connect the device, then [OK]
         SerialByteSource port(300);
         const auto logs = collectFromDevice(context(), port);
         QVERIFY(logs);
-        QCOMPARE(m_script.questions().first(),
+        QCOMPARE(m_prompter.questions().first(),
                  QStringLiteral("Bitte verbinden Sie jetzt den FMR1 mit der seriellen Schnittstelle %1 an Ihrem Rechner. Welche COM Sie "
                                 "verwenden, können Sie in den Einstellungen in Tarvik festlegen. Danach klicken Sie auf [OK].")
                      .arg(m_settings.text[SerialDeviceSlot]));
@@ -132,7 +117,7 @@ private slots:
         QCOMPARE(file.lines, (QStringList{"FMR 1", "Baumart", "Fi\tB\t124\t35\t04\t3", "Bu\tC\t128\t40\t04", "Do\tA\t1076\t10\t00\t13"}));
         QCOMPARE(logs->size(), 3);
 
-        m_script.answerYes();
+        m_prompter.answerYes();
         const auto outcome = importLogs(context(), m_harvest, 1, ImportSource::Fmr1, *logs, {});
         QVERIFY(outcome);
         QCOMPARE(outcome->stored, 2);
@@ -144,37 +129,37 @@ private slots:
 
     void cutOffTransferStoresNothing()
     {
-        m_prompter.onInform = [&](const QString& text) {
+        m_hooked.onInform = [&](const QString& text) {
             if (text.startsWith(QStringLiteral("Klicken Sie jetzt"))) {
                 const QByteArray cut = QByteArray("4") + QByteArray(28, 'K') + QByteArray::fromHex("7A001F23037A00");
                 QCOMPARE(::write(m_master, cut.constData(), size_t(cut.size())), ssize_t(cut.size()));
             }
         };
-        m_script.answerYes();
+        m_prompter.answerYes();
         SerialByteSource port(300);
         QVERIFY(!collectFromDevice(context(), port));
-        QVERIFY(m_script.messages().last().startsWith(QStringLiteral("Die Übertragung vom FMR1 ist unvollständig")));
+        QVERIFY(m_prompter.messages().last().startsWith(QStringLiteral("Die Übertragung vom FMR1 ist unvollständig")));
         QCOMPARE(logCount(), 0);
     }
 
     void silentDeviceFindsNothing()
     {
-        m_script.answerYes();
+        m_prompter.answerYes();
         SerialByteSource port(100);
         const auto logs = collectFromDevice(context(), port);
         QVERIFY(logs && logs->isEmpty());
         QVERIFY(!importLogs(context(), m_harvest, 1, ImportSource::Fmr1, *logs, {}));
-        QCOMPARE(m_script.messages().last(),
+        QCOMPARE(m_prompter.messages().last(),
                  QStringLiteral("Es wurden keine Daten gefunden. Bitte prüfen Sie ggf. nochmals die COM-Schnittstelle."));
     }
 
     void missingPortIsNamed()
     {
         m_settings.text[SerialDeviceSlot] = QStringLiteral("/dev/ttyGIBTESNICHT");
-        m_script.answerYes();
+        m_prompter.answerYes();
         SerialByteSource port;
         QVERIFY(!collectFromDevice(context(), port));
-        QVERIFY(m_script.messages().last().startsWith(QStringLiteral("Die serielle Schnittstelle /dev/ttyGIBTESNICHT kann nicht geöffnet werden.\n\n"
+        QVERIFY(m_prompter.messages().last().startsWith(QStringLiteral("Die serielle Schnittstelle /dev/ttyGIBTESNICHT kann nicht geöffnet werden.\n\n"
                                                                      "Diese Schnittstelle gibt es an diesem Rechner nicht.")));
         // Without a chosen device the COM number of the settings is named.
         m_settings.text[SerialDeviceSlot].clear();
@@ -188,7 +173,7 @@ private slots:
         server.answers.insert(QStringLiteral("/otarvik/exporttarvik/Export_förster_TARVIK.DAT"), {200, ExportTable});
         m_settings.text[OnlineHostSlot] = server.host();
         QUrl opened;
-        m_script.answerYes().answerText(QStringLiteral("förster")).answerYes();
+        m_prompter.answerYes().answerText(QStringLiteral("förster")).answerYes();
         const auto logs = collectFromOnline(context(), [&](const QUrl& u) { opened = u; },
                                             [](const QUrl& u) { return httpDownload(u, 5000); });
         QVERIFY(logs);
@@ -200,7 +185,7 @@ private slots:
         QVERIFY(saved.open(QIODevice::ReadOnly));
         QCOMPARE(saved.readAll(), ExportTable);
 
-        m_script.answerYes().answerYes(); // transfer, bracket logs
+        m_prompter.answerYes().answerYes(); // transfer, bracket logs
         const auto outcome = importLogs(context(), m_harvest, 1, ImportSource::Online, *logs, {});
         QVERIFY(outcome);
         QCOMPARE(outcome->stored, 3);
@@ -234,17 +219,17 @@ private slots:
             host = server->host();
             if (serverUp) {
                 m_settings.text[OnlineHostSlot] = host;
-                m_script.answerYes().answerText(QStringLiteral("wb7"));
+                m_prompter.answerYes().answerText(QStringLiteral("wb7"));
                 QVERIFY(!collectFromOnline(context(), [](const QUrl&) {}, [](const QUrl& u) { return httpDownload(u, 5000); }));
                 QCOMPARE(server->requested.size(), 1);
             }
         }
         if (!serverUp) { // the server's port, closed again
             m_settings.text[OnlineHostSlot] = host;
-            m_script.answerYes().answerText(QStringLiteral("wb7"));
+            m_prompter.answerYes().answerText(QStringLiteral("wb7"));
             QVERIFY(!collectFromOnline(context(), [](const QUrl&) {}, [](const QUrl& u) { return httpDownload(u, 5000); }));
         }
-        QVERIFY2(m_script.messages().last().startsWith(message), qPrintable(m_script.messages().last()));
+        QVERIFY2(m_prompter.messages().last().startsWith(message), qPrintable(m_prompter.messages().last()));
         QVERIFY(!QFileInfo::exists(m_folder.filePath(QStringLiteral("Import_OTARVIK.DAT"))));
         QCOMPARE(logCount(), 0);
     }
@@ -256,12 +241,12 @@ private slots:
         QVERIFY(f.open(QIODevice::WriteOnly));
         f.write(ExportTable);
         f.close();
-        m_script.answerNo().answerText(path).answerYes();
+        m_prompter.answerNo().answerText(path).answerYes();
         const auto logs = collectFromOnline(context(), [](const QUrl&) { QFAIL("no browser on the file route"); },
                                             [](const QUrl&) { return Download{}; });
         QVERIFY(logs);
         QCOMPARE(logs->size(), 3);
-        QVERIFY(m_script.questions().last().startsWith(QStringLiteral("Möchten Sie wirklich die Daten von Online-TARVIK importieren.")));
+        QVERIFY(m_prompter.questions().last().startsWith(QStringLiteral("Möchten Sie wirklich die Daten von Online-TARVIK importieren.")));
     }
 
     void addresses()

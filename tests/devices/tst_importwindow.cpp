@@ -1,6 +1,6 @@
 // The log window's app import, headless: the file picked, the logs shown in fmrgrid while the
 // transfer question is put, then stored into the lot with their classes, prices and totals.
-#include "devices/hookedprompter.h"
+#include "support/hookedprompter.h"
 #include "entry/ui/logdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
@@ -18,17 +18,9 @@
 using namespace tarvik;
 using test::child;
 
-class TestImportWindow : public QObject {
+class TestImportWindow : public QObject, protected test::HookedEntryFixture {
     Q_OBJECT
-    test::TempDataFolder m_folder;
-    std::unique_ptr<Database> m_db;
-    Einstellungen m_settings = EinstellungenLaden(QString());
-    FixedClock m_clock{QDate(2026, 11, 21)};
-    test::ScriptedPrompter m_script;
-    test::HookedPrompter m_prompter{m_script};
 
-    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
-    QSqlDatabase db() const { return m_db->shared(); }
     QVariant value(const QString& sql) const { return scalar(db(), sql); }
 
     QString writeAppFile(const QByteArray& table)
@@ -46,10 +38,7 @@ class TestImportWindow : public QObject {
 private slots:
     void init()
     {
-        m_db.reset();
-        QFile::remove(m_folder.databasePath());
-        m_db = m_folder.openDatabase();
-        m_script.clear();
+        resetHooked(std::nullopt);
     }
 
     void appFileIsImportedIntoTheLot()
@@ -65,19 +54,19 @@ private slots:
         LogDialog d(context(), harvest, std::nullopt, 1);
         d.show();
         int gridRows = -1;
-        m_prompter.onQuestion = [&](const QString& q) {
+        m_hooked.onQuestion = [&](const QString& q) {
             if (!q.startsWith(QStringLiteral("Es wurden")))
                 return;
             for (QWidget* w : QApplication::topLevelWidgets())
                 if (auto* g = w->findChild<QTableView*>(QStringLiteral("fmrgrid")); g && w->isVisible())
                     gridRows = g->model()->rowCount();
         };
-        m_script.answerText(path).answerYes().answerYes();
+        m_prompter.answerText(path).answerYes().answerYes();
         child<QPushButton>(d, "import_app_holzliste")->click();
 
         QCOMPARE(gridRows, 3);
-        QCOMPARE(m_script.questions().at(2), QStringLiteral("Es wurden 3 Stämme gefunden. Sollen diese jetzt übertragen werden?"));
-        QVERIFY(m_script.messages().contains(QStringLiteral("Der Import wurde erforgreich abgeschlossen!")));
+        QCOMPARE(m_prompter.questions().at(2), QStringLiteral("Es wurden 3 Stämme gefunden. Sollen diese jetzt übertragen werden?"));
+        QVERIFY(m_prompter.messages().contains(QStringLiteral("Der Import wurde erforgreich abgeschlossen!")));
 
         // Table bark: spruce 35 → 33 cm, fir 42 → 39 cm; classes and flat prices follow.
         QSqlQuery q = execSql(db(), QStringLiteral("SELECT Laufende_Nr, Baumart, Stärke_oR, Efm_oR, Stärkeklasse, Klasse_Heilbronn, "
@@ -115,16 +104,16 @@ private slots:
         const QString path = writeAppFile("<html><body>Fehler</body></html>");
         LogDialog d(context(), harvest, std::nullopt, 1);
         d.show();
-        m_script.answerText(path);
+        m_prompter.answerText(path);
         child<QPushButton>(d, "import_app_holzliste")->click();
-        QVERIFY(m_script.messages().last().contains(QStringLiteral("Internetseite")));
+        QVERIFY(m_prompter.messages().last().contains(QStringLiteral("Internetseite")));
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme")).toInt(), 0);
         QVERIFY(child<QPushButton>(d, "import_app_holzliste")->isEnabled());
         // Without a lot the device import stops before it asks anything.
         LogDialog noLot(context(), harvest, std::nullopt);
         noLot.show();
         child<QPushButton>(noLot, "comimport")->click();
-        QCOMPARE(m_script.messages().last(), QStringLiteral("Der Datenimport ist nur möglich, wenn die LOS-Nummer angegeben wird!"));
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Der Datenimport ist nur möglich, wenn die LOS-Nummer angegeben wird!"));
     }
 };
 

@@ -5,6 +5,7 @@
 #include "store/records.h"
 #include "store/sql.h"
 #include "support/records.h"
+#include "support/entryfixture.h"
 #include "support/tempdatafolder.h"
 
 #include <QSqlQuery>
@@ -34,29 +35,17 @@ const QString Attention = QStringLiteral("ACHTUNG!!!\n\nDa Sie die Stämme autom
 
 } // namespace
 
-class TestLogImport : public QObject {
+class TestLogImport : public QObject, protected test::EntryFixture {
     Q_OBJECT
-    test::TempDataFolder m_folder;
-    std::unique_ptr<Database> m_db;
-    Einstellungen m_settings = EinstellungenLaden(QString());
-    FixedClock m_clock{QDate(2026, 11, 21)};
-    test::ScriptedPrompter m_prompter;
-    qint32 m_harvest = 0;
 
-    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
-    QSqlDatabase db() const { return m_db->shared(); }
     QVariant value(const QString& sql, const QVariantList& values = {}) const { return scalar(db(), sql, values); }
     int logCount() const { return value(QStringLiteral("SELECT count(*) FROM Stämme")).toInt(); }
 
 private slots:
     void init()
     {
-        m_db.reset();
-        QFile::remove(m_folder.databasePath());
-        m_db = m_folder.openDatabase();
-        m_harvest = test::addHarvest(db(), 1);
+        resetDatabase(1);
         createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
-        m_prompter.clear();
     }
 
     void deviceLogsAreMeasuredPricedAndTotalled()

@@ -1,5 +1,6 @@
 #pragma once
 // The scripted prompter, with something done when a message is shown or a question put.
+#include "support/entryfixture.h"
 #include "support/scriptedprompter.h"
 
 #include <functional>
@@ -31,6 +32,21 @@ public:
 
 private:
     ScriptedPrompter& m_inner;
+};
+
+// The entry fixture for tests that act when a message shows or a question is put (a device
+// answering, a window closing): its context answers through the hooked prompter.
+class HookedEntryFixture : public EntryFixture {
+protected:
+    HookedPrompter m_hooked{m_prompter};
+    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_hooked, m_clock}; }
+    // resetDatabase, with the hooks cleared as well.
+    void resetHooked(std::optional<qint32> hiebNr)
+    {
+        resetDatabase(hiebNr);
+        m_hooked.onInform = nullptr;
+        m_hooked.onQuestion = nullptr;
+    }
 };
 
 } // namespace tarvik::test

@@ -17,65 +17,70 @@ Filter filter(const char* column, const char* label)
     return {QString::fromUtf8(column), QString::fromUtf8(column), QString::fromUtf8(label)};
 }
 
+// What every member names alike: key, window, caption, table, the no-rows word, its columns,
+// the figures of a group and the default order. A member beside the harvests lists its rows
+// joined to their harvest; the harvests and the invoices stand alone.
+MemberDef define(Member m, const char* key, const char* table, const char* windowPart, const char* columns,
+                 const char* aggregates, const char* defaultSort, bool joinsHarvests = true)
+{
+    MemberDef d;
+    d.member = m;
+    d.key = QString::fromUtf8(key);
+    d.table = QString::fromUtf8(table);
+    d.windowName = QStringLiteral("BF_%1_listen").arg(QString::fromUtf8(windowPart));
+    d.title = d.table + QStringLiteral(" auswerten");
+    d.word = d.table;
+    d.columns = words(columns);
+    d.joinsHarvests = joinsHarvests;
+    d.from = !joinsHarvests || d.table == u"Hiebe" ? QStringLiteral(" from %1 where 1 = 1").arg(d.table)
+                                                   : QStringLiteral(" from Hiebe, %1 where Hiebe.ID = %1.Kennung").arg(d.table);
+    d.aggregates = QString::fromUtf8(aggregates);
+    d.defaultSort = QString::fromUtf8(defaultSort);
+    return d;
+}
+
 QList<MemberDef> build()
 {
     QList<MemberDef> all;
 
-    MemberDef hiebe;
-    hiebe.member = Member::Hiebe;
-    hiebe.key = QStringLiteral("hiebe");
-    hiebe.windowName = QStringLiteral("BF_Hiebe_listen");
-    hiebe.title = QStringLiteral("Hiebe auswerten");
-    hiebe.table = QStringLiteral("Hiebe");
-    hiebe.word = QStringLiteral("Hiebe");
-    hiebe.columns = words("Hieb_Nr Jahr Waldname Waldort Hiebgrund Hiebfläche Hiebart Hiebdatum_von Hiebdatum_bis Anzahl_Lose "
-                          "Stämme_Anzahl Stämme_Efm Stämme_Efm_je_Stück Pfähle_Anzahl Schichtholz_Efm Schichtholz_m3 Teilverkauft "
-                          "Verkauft Waldbesitzer_Name Waldbesitzer_Straße Waldbesitzer_Wohnort Waldbesitzer_Tel Bemerkung");
-    hiebe.from = QStringLiteral(" from Hiebe where 1 = 1");
+    MemberDef hiebe = define(
+        Member::Hiebe, "hiebe", "Hiebe", "Hiebe",
+        "Hieb_Nr Jahr Waldname Waldort Hiebgrund Hiebfläche Hiebart Hiebdatum_von Hiebdatum_bis Anzahl_Lose Stämme_Anzahl Stämme_Efm "
+        "Stämme_Efm_je_Stück Pfähle_Anzahl Schichtholz_Efm Schichtholz_m3 Teilverkauft Verkauft Waldbesitzer_Name "
+        "Waldbesitzer_Straße Waldbesitzer_Wohnort Waldbesitzer_Tel Bemerkung",
+        "COUNT(*) as Anzahl_Hiebe, SUM(Hiebfläche) as Fläche, SUM(Anzahl_Lose) as Lose, SUM(Stämme_Anzahl) as Stämme, "
+        "SUM(Stämme_Efm) as Efm_Stämme, SUM(Pfähle_Anzahl) as Pfähle, SUM(Schichtholz_Efm) as Schichtholz_Efm, "
+        "SUM(Schichtholz_m3) as Schichtholz_m3",
+        "Hieb_Nr");
     hiebe.groupings = {group("Nach den Waldbesitzern", "Waldbesitzer_Name"), group("Nach den Waldnamen", "Waldname"),
                        group("Nach den Hiebarten", "Hiebart"), group("Nach den Hiebgründen", "Hiebgrund"),
                        group("Nach den Hieb-Jahren", "Jahr")};
-    hiebe.aggregates = QStringLiteral(
-        "COUNT(*) as Anzahl_Hiebe, SUM(Hiebfläche) as Fläche, SUM(Anzahl_Lose) as Lose, SUM(Stämme_Anzahl) as Stämme, "
-        "SUM(Stämme_Efm) as Efm_Stämme, SUM(Pfähle_Anzahl) as Pfähle, SUM(Schichtholz_Efm) as Schichtholz_Efm, "
-        "SUM(Schichtholz_m3) as Schichtholz_m3");
-    hiebe.defaultSort = QStringLiteral("Hieb_Nr");
     all << hiebe;
 
-    MemberDef lose;
-    lose.member = Member::Lose;
-    lose.key = QStringLiteral("lose");
-    lose.windowName = QStringLiteral("BF_Lose_listen");
-    lose.title = QStringLiteral("Lose auswerten");
-    lose.table = QStringLiteral("Lose");
-    lose.word = QStringLiteral("Lose");
-    lose.columns = words("Hieb_Nr Jahr Waldname Hiebart Hiebgrund Los_Nr Sortierung Anzahl_Stämme Efm_oR Efm_je_Stamm Anzahl_Pfähle "
-                         "Efm_Schichtholz m3_Schichtholz Lagerort Anfahrt GPS_L GPS_B Vermessungsart Qualität Fixlänge Überlänge "
-                         "Preis_Art Holzpreis Erschwerniszuschlag Kosten_Einschlag Kosten_Rücken Pauschalpreis_efm Pauschalpreis_G "
-                         "Preis_berechnet Preis_erhalten Abgerechnet Abnehmer Bemerkung");
-    lose.from = QStringLiteral(" from Hiebe, Lose where Hiebe.ID = Lose.Kennung");
+    MemberDef lose = define(
+        Member::Lose, "lose", "Lose", "Lose",
+        "Hieb_Nr Jahr Waldname Hiebart Hiebgrund Los_Nr Sortierung Anzahl_Stämme Efm_oR Efm_je_Stamm Anzahl_Pfähle "
+        "Efm_Schichtholz m3_Schichtholz Lagerort Anfahrt GPS_L GPS_B Vermessungsart Qualität Fixlänge Überlänge "
+        "Preis_Art Holzpreis Erschwerniszuschlag Kosten_Einschlag Kosten_Rücken Pauschalpreis_efm Pauschalpreis_G "
+        "Preis_berechnet Preis_erhalten Abgerechnet Abnehmer Bemerkung",
+        "COUNT(*) as Anzahl_Lose, SUM(Anzahl_Stämme) as Stämme, SUM(Efm_oR) as Efm_Stämme, AVG(Efm_je_Stamm) as Efm_pro_Stamm, "
+        "SUM(Anzahl_Pfähle) as Pfähle, SUM(Efm_Schichtholz) as Schichtholz_Efm, SUM(m3_Schichtholz) as Schichtholz_m3, "
+        "SUM(Preis_berechnet) as Geldwert_berechnet, SUM(Preis_erhalten) as Geldwert_erhalten",
+        "Hieb_Nr");
     lose.filters = {filter("Los_Nr", "Los-Nr. ="), filter("Sortierung", "Sortierung ="), filter("Lagerort", "Lagerort ="),
                     filter("Abgerechnet", "Abgerechnet ="), filter("Abnehmer", "Abnehmer =")};
     lose.groupings = {group("Nach dem Abnehmer", "Abnehmer"), group("Nach dem Lagerort", "Lagerort"),
                       group("Nach der Sortierung", "Sortierung"), group("Nach den Hieb-Jahren", "Jahr")};
-    lose.aggregates = QStringLiteral(
-        "COUNT(*) as Anzahl_Lose, SUM(Anzahl_Stämme) as Stämme, SUM(Efm_oR) as Efm_Stämme, AVG(Efm_je_Stamm) as Efm_pro_Stamm, "
-        "SUM(Anzahl_Pfähle) as Pfähle, SUM(Efm_Schichtholz) as Schichtholz_Efm, SUM(m3_Schichtholz) as Schichtholz_m3, "
-        "SUM(Preis_berechnet) as Geldwert_berechnet, SUM(Preis_erhalten) as Geldwert_erhalten");
-    lose.defaultSort = QStringLiteral("Hieb_Nr");
     all << lose;
 
-    MemberDef staemme;
-    staemme.member = Member::Staemme;
-    staemme.key = QStringLiteral("staemme");
-    staemme.windowName = QStringLiteral("BF_Staemme_listen");
-    staemme.title = QStringLiteral("Stämme auswerten");
-    staemme.table = QStringLiteral("Stämme");
-    staemme.word = QStringLiteral("Stämme");
-    staemme.columns = words("Hieb_Nr Jahr Waldname Hiebart Hiebgrund Los_Nr Laufende_Nr Baumart Rindenabzugsart Rindenabzug Länge_m "
-                            "Stärke_gemessen Stärke_oR Efm_oR Stärkeklasse Güteklasse Zopfdurchm_cm Klasse_Heilbronn Holzpreis "
-                            "Preis_berechnet Bemerkung");
-    staemme.from = QStringLiteral(" from Hiebe, Stämme where Hiebe.ID = Stämme.Kennung");
+    MemberDef staemme = define(
+        Member::Staemme, "staemme", "Stämme", "Staemme",
+        "Hieb_Nr Jahr Waldname Hiebart Hiebgrund Los_Nr Laufende_Nr Baumart Rindenabzugsart Rindenabzug Länge_m "
+        "Stärke_gemessen Stärke_oR Efm_oR Stärkeklasse Güteklasse Zopfdurchm_cm Klasse_Heilbronn Holzpreis "
+        "Preis_berechnet Bemerkung",
+        "COUNT(*) as Anzahl_Stämme, SUM(Efm_oR) as Efm_Stämme, AVG(Efm_oR) as Efm_pro_Stamm, AVG(Länge_m) as Länge_Mittel, "
+        "AVG(Stärke_oR) as Stärke_oR_Mittel, SUM(Preis_berechnet) as Geldwert_berechnet",
+        "Laufende_Nr");
     staemme.filters = {filter("Los_Nr", "Los-Nr. ="), filter("Baumart", "Baumart ="), filter("Güteklasse", "Güteklasse ="),
                        filter("Stärkeklasse", "Stärkeklasse ="), filter("Klasse_Heilbronn", "Heilbronner Klasse =")};
     staemme.groupings = {
@@ -91,22 +96,13 @@ QList<MemberDef> build()
         group("Nach der Baumart", "Baumart"),
         group("Nach der Los-Nummer", "Los_Nr"),
         group("Nach den Hieb-Jahren", "Jahr")};
-    staemme.aggregates = QStringLiteral(
-        "COUNT(*) as Anzahl_Stämme, SUM(Efm_oR) as Efm_Stämme, AVG(Efm_oR) as Efm_pro_Stamm, AVG(Länge_m) as Länge_Mittel, "
-        "AVG(Stärke_oR) as Stärke_oR_Mittel, SUM(Preis_berechnet) as Geldwert_berechnet");
-    staemme.defaultSort = QStringLiteral("Laufende_Nr");
     all << staemme;
 
-    MemberDef pfaehle;
-    pfaehle.member = Member::Pfaehle;
-    pfaehle.key = QStringLiteral("pfaehle");
-    pfaehle.windowName = QStringLiteral("BF_Pfaehle_listen");
-    pfaehle.title = QStringLiteral("Pfähle auswerten");
-    pfaehle.table = QStringLiteral("Pfähle");
-    pfaehle.word = QStringLiteral("Pfähle");
-    pfaehle.columns = words("Hieb_Nr Jahr Waldname Hiebart Hiebgrund Los_Nr Baumart Stärke_mR Länge_m Stärkeklasse Anzahl "
-                            "Preis_je_Stück Preis_berechnet Bemerkung");
-    pfaehle.from = QStringLiteral(" from Hiebe, Pfähle where Hiebe.ID = Pfähle.Kennung");
+    MemberDef pfaehle = define(
+        Member::Pfaehle, "pfaehle", "Pfähle", "Pfaehle",
+        "Hieb_Nr Jahr Waldname Hiebart Hiebgrund Los_Nr Baumart Stärke_mR Länge_m Stärkeklasse Anzahl Preis_je_Stück "
+        "Preis_berechnet Bemerkung",
+        "COUNT(*) as Datensätze, SUM(Anzahl) as Anzahl_Pfähle, SUM(Preis_berechnet) as Geldwert_berechnet", "Los_Nr");
     pfaehle.filters = {filter("Stärkeklasse", "Stärkeklasse =")};
     pfaehle.groupings = {
         group("Nach Stärkeklasse und Länge", "Stärkeklasse Länge_m"),
@@ -120,46 +116,27 @@ QList<MemberDef> build()
         group("Nach der Baumart", "Baumart"),
         group("Nach der Los-Nummer", "Los_Nr"),
         group("Nach den Hieb-Jahren", "Jahr")};
-    pfaehle.aggregates = QStringLiteral(
-        "COUNT(*) as Datensätze, SUM(Anzahl) as Anzahl_Pfähle, SUM(Preis_berechnet) as Geldwert_berechnet");
-    pfaehle.defaultSort = QStringLiteral("Los_Nr");
     all << pfaehle;
 
-    MemberDef schicht;
-    schicht.member = Member::Schichtholz;
-    schicht.key = QStringLiteral("schichtholz");
-    schicht.windowName = QStringLiteral("BF_Schichtholz_listen");
-    schicht.title = QStringLiteral("Schichtholz auswerten");
-    schicht.table = QStringLiteral("Schichtholz");
-    schicht.word = QStringLiteral("Schichtholz");
-    schicht.columns = words("Hieb_Nr Jahr Waldname Hiebart Hiebgrund Los_Nr Sektions_Nr Baumart Stärke Sektionslänge_m "
-                            "Sektionstiefe_m Sektionshöhe_m Stärkeklasse m3 Efm Preis_je_Ster Preis_berechnet Bemerkung");
-    schicht.from = QStringLiteral(" from Hiebe, Schichtholz where Hiebe.ID = Schichtholz.Kennung");
+    MemberDef schicht = define(
+        Member::Schichtholz, "schichtholz", "Schichtholz", "Schichtholz",
+        "Hieb_Nr Jahr Waldname Hiebart Hiebgrund Los_Nr Sektions_Nr Baumart Stärke Sektionslänge_m Sektionstiefe_m "
+        "Sektionshöhe_m Stärkeklasse m3 Efm Preis_je_Ster Preis_berechnet Bemerkung",
+        "COUNT(*) as Sektionen, SUM(m3) as Schichtholz_m3, SUM(Efm) as Schichtholz_Efm, SUM(Preis_berechnet) as Geldwert_berechnet",
+        "Los_Nr");
     schicht.groupings = {group("Nach Baumart und Stärkeklassen", "Baumart Stärkeklasse"),
                          group("Nach den Stärkeklassen", "Stärkeklasse"), group("Nach der Baumart", "Baumart"),
                          group("Nach der Los-Nummer", "Los_Nr"), group("Nach den Hieb-Jahren", "Jahr")};
-    schicht.aggregates = QStringLiteral(
-        "COUNT(*) as Sektionen, SUM(m3) as Schichtholz_m3, SUM(Efm) as Schichtholz_Efm, SUM(Preis_berechnet) as Geldwert_berechnet");
-    schicht.defaultSort = QStringLiteral("Los_Nr");
     all << schicht;
 
-    MemberDef rechnungen;
-    rechnungen.member = Member::Rechnungen;
-    rechnungen.key = QStringLiteral("rechnungen");
-    rechnungen.windowName = QStringLiteral("BF_Rechnungen_listen");
-    rechnungen.title = QStringLiteral("Rechnungen auswerten");
-    rechnungen.table = QStringLiteral("Rechnungen");
-    rechnungen.word = QStringLiteral("Rechnungen");
-    rechnungen.columns = words("Abnehmer Vor_Nachname Strasse Wohnort Datum ReNr CMA_Abgabe_Proz Kundeninfo MwSt_Proz Skonto_Proz Betrag");
-    rechnungen.from = QStringLiteral(" from Rechnungen where 1 = 1");
-    rechnungen.joinsHarvests = false;
+    MemberDef rechnungen = define(Member::Rechnungen, "rechnungen", "Rechnungen", "Rechnungen",
+                                  "Abnehmer Vor_Nachname Strasse Wohnort Datum ReNr CMA_Abgabe_Proz Kundeninfo MwSt_Proz Skonto_Proz Betrag",
+                                  "COUNT(*) as Anzahl_Rechnungen, SUM(Betrag) as Geldwert", "ReNr", false);
     // The year of an invoice from its stored ISO date.
     const QString year = QStringLiteral("strftime('%Y', Datum)");
     rechnungen.filters = {filter("Abnehmer", "Abnehmer ="), {QStringLiteral("Jahr"), year, QStringLiteral("Jahr =")}};
     rechnungen.groupings = {group("Nach Abnehmer", "Abnehmer"),
                             {QStringLiteral("Nach Rechnungsjahren"), {QStringLiteral("Jahr")}, {year}}};
-    rechnungen.aggregates = QStringLiteral("COUNT(*) as Anzahl_Rechnungen, SUM(Betrag) as Geldwert");
-    rechnungen.defaultSort = QStringLiteral("ReNr");
     all << rechnungen;
     return all;
 }
