@@ -14,6 +14,7 @@
 #include <QSet>
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <functional>
 
 namespace tarvik {
 namespace {
@@ -80,34 +81,41 @@ void logBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
     }
 }
 
-void poleBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
+// A pole or stacked-wood lot: its heading, the column caption, then one line per row, each
+// ending in the row's price (the statement's sixth column), which the block's amount sums.
+void rowsBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block, const QString& kind, const QString& caption,
+               const QString& sql, const std::function<QString(const QSqlQuery&)>& line)
 {
-    block.lines << QStringLiteral("Pfähle  Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung");
-    block.lines << QStringLiteral("BAUMART               ANZAHL  LÄNGE  KLASSE  PR/STÜCK    PREIS");
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT Baumart, Anzahl, Länge_m, Stärkeklasse, Preis_je_Stück, Preis_berechnet FROM Pfähle "
-                                             "WHERE Kennung = ? AND Los_Nr = ? ORDER BY Stärkeklasse ASC, Anzahl DESC, ID"),
-                          {lot.value(QStringLiteral("Kennung")), lot.value(QStringLiteral("Los_Nr"))});
+    block.lines << kind + QStringLiteral("  Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung");
+    block.lines << caption;
+    QSqlQuery q = execSql(db, sql, {lot.value(QStringLiteral("Kennung")), lot.value(QStringLiteral("Los_Nr"))});
     while (q.next()) {
         const float price = float(readNumber(q.value(5)));
-        block.lines << left(text(q.value(0)), 21) + u' ' + right(text(q.value(1)), 6) + right(decimals(q.value(2), 2), 7) +
-                           QStringLiteral("  ") + left(text(q.value(3)), 6) + right(decimals(q.value(4), 2), 10) + right(money(price), 9);
+        block.lines << line(q) + right(money(price), 9);
         block.amount += price;
     }
 }
 
+void poleBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
+{
+    rowsBlock(db, lot, block, QStringLiteral("Pfähle"), QStringLiteral("BAUMART               ANZAHL  LÄNGE  KLASSE  PR/STÜCK    PREIS"),
+              QStringLiteral("SELECT Baumart, Anzahl, Länge_m, Stärkeklasse, Preis_je_Stück, Preis_berechnet FROM Pfähle "
+                             "WHERE Kennung = ? AND Los_Nr = ? ORDER BY Stärkeklasse ASC, Anzahl DESC, ID"),
+              [](const QSqlQuery& q) {
+                  return left(text(q.value(0)), 21) + u' ' + right(text(q.value(1)), 6) + right(decimals(q.value(2), 2), 7) +
+                         QStringLiteral("  ") + left(text(q.value(3)), 6) + right(decimals(q.value(4), 2), 10);
+              });
+}
+
 void stackBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
 {
-    block.lines << QStringLiteral("Schichtholz  Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung");
-    block.lines << QStringLiteral("BAUMART               SEK-NR  KLASSE    STER  PR/STER    PREIS");
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT Baumart, Sektions_Nr, Stärkeklasse, m3, Preis_je_Ster, Preis_berechnet FROM Schichtholz "
-                                             "WHERE Kennung = ? AND Los_Nr = ? ORDER BY Stärkeklasse ASC, m3 DESC, ID"),
-                          {lot.value(QStringLiteral("Kennung")), lot.value(QStringLiteral("Los_Nr"))});
-    while (q.next()) {
-        const float price = float(readNumber(q.value(5)));
-        block.lines << left(text(q.value(0)), 21) + u' ' + right(text(q.value(1)), 6) + QStringLiteral("  ") + left(text(q.value(2)), 6) +
-                           right(decimals(q.value(3), 2), 8) + right(decimals(q.value(4), 2), 9) + right(money(price), 9);
-        block.amount += price;
-    }
+    rowsBlock(db, lot, block, QStringLiteral("Schichtholz"), QStringLiteral("BAUMART               SEK-NR  KLASSE    STER  PR/STER    PREIS"),
+              QStringLiteral("SELECT Baumart, Sektions_Nr, Stärkeklasse, m3, Preis_je_Ster, Preis_berechnet FROM Schichtholz "
+                             "WHERE Kennung = ? AND Los_Nr = ? ORDER BY Stärkeklasse ASC, m3 DESC, ID"),
+              [](const QSqlQuery& q) {
+                  return left(text(q.value(0)), 21) + u' ' + right(text(q.value(1)), 6) + QStringLiteral("  ") + left(text(q.value(2)), 6) +
+                         right(decimals(q.value(3), 2), 8) + right(decimals(q.value(4), 2), 9);
+              });
 }
 
 } // namespace
