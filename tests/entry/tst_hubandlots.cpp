@@ -60,6 +60,37 @@ private slots:
         QCOMPARE(hub.harvestId(), other);
     }
 
+    // The hub's grid reads as a paper list: money with two decimals, figures right, names left.
+    void hubGridReadsLikeAPaperList_data()
+    {
+        QTest::addColumn<QString>("column");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("alignment");
+        const int right = int(Qt::AlignRight | Qt::AlignVCenter), left = int(Qt::AlignLeft | Qt::AlignVCenter);
+        QTest::newRow("Holzpreis") << "Holzpreis" << "2,50" << right;
+        QTest::newRow("Preis_berechnet") << "Preis_berechnet" << "110,00" << right;
+        QTest::newRow("Länge_m") << "Länge_m" << "5,20" << right;
+        QTest::newRow("Efm_oR") << "Efm_oR" << "0,412" << right;
+        QTest::newRow("Stärke_gemessen") << "Stärke_gemessen" << "30" << right;
+        QTest::newRow("Baumart") << "Baumart" << "FI (Fichte)" << left;
+    }
+    void hubGridReadsLikeAPaperList()
+    {
+        QFETCH(QString, column);
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        test::addTypedLog(db(), m_harvest, 1, 1, QStringLiteral("FI (Fichte)"), 30, double(5.2f), QStringLiteral("O"));
+        execSql(db(), QStringLiteral("UPDATE Stämme SET Holzpreis = 2.5, Preis_berechnet = 110, Efm_oR = 0.41234 WHERE Kennung = ?"),
+                {m_harvest});
+        HubDialog hub(context(), m_harvest, HubList::Staemme);
+        const QAbstractItemModel* m = child<QTableView>(hub, "gridli")->model();
+        int c = 0;
+        while (c < m->columnCount() && m->headerData(c, Qt::Horizontal).toString() != column)
+            ++c;
+        QVERIFY(c < m->columnCount());
+        QTEST(m->index(0, c).data(Qt::DisplayRole).toString(), "text");
+        QTEST(m->index(0, c).data(Qt::TextAlignmentRole).toInt(), "alignment");
+    }
+
     void copyTakesTheNextFreeNumber()
     {
         createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));

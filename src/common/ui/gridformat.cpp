@@ -198,7 +198,7 @@ QVariant GridFormatProxy::data(const QModelIndex& index, int role) const
     case Qt::TextAlignmentRole:
         return int(alignmentOf(kindOf(index.column())));
     case Qt::BackgroundRole:
-        if (m_shadeReadOnly && !(flags(index) & Qt::ItemIsEditable))
+        if (m_view && m_view->editTriggers() != QAbstractItemView::NoEditTriggers && !(flags(index) & Qt::ItemIsEditable))
             return QBrush(readOnlyBackground());
         break;
     default:
@@ -213,7 +213,7 @@ GridFormatProxy* formatGrid(QTableView* grid)
         return already;
     auto* proxy = new GridFormatProxy(grid);
     proxy->setSourceModel(grid->model());
-    proxy->setShadeReadOnly(grid->editTriggers() != QAbstractItemView::NoEditTriggers);
+    proxy->setView(grid);
     grid->setModel(proxy);
     return proxy;
 }

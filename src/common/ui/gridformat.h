@@ -3,7 +3,9 @@
 // a decimal comma, figures right-aligned, names left-aligned, dates as "dd.mm.yyyy". The rules
 // live here once; a grid gets them with one call to formatGrid (a QTableView) or
 // formatTableItems (a QTableWidget filled by hand).
+#include <QAbstractItemView>
 #include <QIdentityProxyModel>
+#include <QPointer>
 #include <QString>
 #include <QVariant>
 #include <QVector>
@@ -43,14 +45,14 @@ public:
     explicit GridFormatProxy(QObject* parent = nullptr);
     void setSourceModel(QAbstractItemModel* source) override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    // Cells that cannot be typed into get the read-only background (grids where some can).
-    void setShadeReadOnly(bool on) { m_shadeReadOnly = on; }
+    // While the view lets cells be typed into, the cells that cannot be get the read-only background.
+    void setView(const QAbstractItemView* view) { m_view = view; }
     CellKind kindOf(int column) const;
 
 private:
     void forgetKinds() { m_kinds.clear(); }
     mutable QVector<int> m_kinds; // CellKind per column, -1 until judged
-    bool m_shadeReadOnly = false;
+    QPointer<const QAbstractItemView> m_view;
 };
 
 // Puts the grid's current model behind a GridFormatProxy (once). Call it right after setModel,
