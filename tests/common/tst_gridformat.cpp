@@ -140,6 +140,8 @@ private slots:
         fixed.setEditTriggers(QAbstractItemView::NoEditTriggers);
         formatGrid(&fixed);
         QVERIFY(!fixed.model()->index(0, 0).data(Qt::BackgroundRole).isValid()); // a list nobody types into stays plain
+        source.item(0, 1)->setEditable(false);
+        QVERIFY(!editable.model()->index(0, 0).data(Qt::BackgroundRole).isValid()); // nor one without a cell to type into
     }
 
     void tableWidgetItems()

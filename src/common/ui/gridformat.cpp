@@ -183,6 +183,17 @@ CellKind GridFormatProxy::kindOf(int column) const
     return CellKind(m_kinds[column]);
 }
 
+bool GridFormatProxy::anyEditable() const
+{
+    if (m_anyEditable < 0) {
+        m_anyEditable = 0;
+        for (int c = 0; c < columnCount() && rowCount() > 0; ++c)
+            if (flags(index(0, c)) & Qt::ItemIsEditable)
+                m_anyEditable = 1;
+    }
+    return m_anyEditable == 1;
+}
+
 QVariant GridFormatProxy::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid() || !sourceModel())
@@ -198,7 +209,8 @@ QVariant GridFormatProxy::data(const QModelIndex& index, int role) const
     case Qt::TextAlignmentRole:
         return int(alignmentOf(kindOf(index.column())));
     case Qt::BackgroundRole:
-        if (m_view && m_view->editTriggers() != QAbstractItemView::NoEditTriggers && !(flags(index) & Qt::ItemIsEditable))
+        if (m_view && m_view->editTriggers() != QAbstractItemView::NoEditTriggers && !(flags(index) & Qt::ItemIsEditable)
+            && anyEditable())
             return QBrush(readOnlyBackground());
         break;
     default:

@@ -45,13 +45,20 @@ public:
     explicit GridFormatProxy(QObject* parent = nullptr);
     void setSourceModel(QAbstractItemModel* source) override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    // While the view lets cells be typed into, the cells that cannot be get the read-only background.
+    // While the view lets cells be typed into and some column can be, the cells that cannot be get
+    // the read-only background.
     void setView(const QAbstractItemView* view) { m_view = view; }
     CellKind kindOf(int column) const;
 
 private:
-    void forgetKinds() { m_kinds.clear(); }
+    void forgetKinds()
+    {
+        m_kinds.clear();
+        m_anyEditable = -1;
+    }
+    bool anyEditable() const;
     mutable QVector<int> m_kinds; // CellKind per column, -1 until judged
+    mutable int m_anyEditable = -1;
     QPointer<const QAbstractItemView> m_view;
 };
 
