@@ -208,6 +208,24 @@ private slots:
         QVERIFY(!m->index(p2, 0).data(Qt::BackgroundRole).isValid()); // a list changed in its editor only
     }
 
+    // A field is as wide as the text it takes: a class name of six letters is not stretched
+    // over the window, a species name of 22 is not cut.
+    void editorFieldsFitTheirText()
+    {
+        ClassEditor classes(context(), ClassTable::Staemme, EditMode::Neu, {}, std::nullopt);
+        SpeciesEditor species(context(), EditMode::Neu, {}, std::nullopt);
+        for (QDialog* d : {static_cast<QDialog*>(&classes), static_cast<QDialog*>(&species)}) {
+            d->resize(900, 300);
+            d->show();
+            QVERIFY(QTest::qWaitForWindowExposed(d));
+        }
+        auto* klasse = child<QLineEdit>(classes, "tz(0)");
+        auto* baumart = child<QLineEdit>(species, "tz(0)");
+        QVERIFY2(klasse->width() < 200, qPrintable(QString::number(klasse->width())));
+        QVERIFY(baumart->width() >= baumart->fontMetrics().horizontalAdvance(QStringLiteral("WK (Weymouthskiefer)")));
+        QVERIFY(baumart->width() < 400);
+    }
+
     void dayPriceCellsAndCopies()
     {
         MasterDataHub hub(context(), MasterList::Tagespreise);

@@ -72,7 +72,7 @@ QString HarvestListModel::infoText(int row) const
     QStringList lines;
     auto line = [&lines](const char* caption, const QString& value) {
         if (!value.isEmpty())
-            lines << QString::fromUtf8(caption).leftJustified(14) + value;
+            lines << QString::fromUtf8(caption).leftJustified(15) + value;
     };
     line("Hieb-Nr.:", cell("Hieb_Nr"));
     line("Jahr:", cell("Jahr"));
