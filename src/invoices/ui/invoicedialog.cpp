@@ -93,6 +93,9 @@ void InvoiceDialog::build()
         m_tz[size_t(i)] = field(QStringLiteral("tz(%1)").arg(i), 10);
     m_date = field(QStringLiteral("tdat(0)"), 10);
     m_date->setPlaceholderText(QStringLiteral("TT.MM.JJJJ"));
+    // Numbers and the date need a few characters, not the column's whole width.
+    for (QLineEdit* e : {m_tz[0], m_tz[1], m_tz[2], m_tz[3], m_date})
+        e->setMaximumWidth(e->fontMetrics().averageCharWidth() * (e->maxLength() + 4));
     for (int i = 0; i < 3; ++i) {
         m_captions[size_t(i)] = new QPushButton;
         m_captions[size_t(i)]->setObjectName(QStringLiteral("roCommand1(%1)").arg(i));
@@ -148,7 +151,7 @@ void InvoiceDialog::build()
     m_lots->setSelectionMode(QAbstractItemView::MultiSelection);
     m_lots->verticalHeader()->setVisible(false);
     m_lots->verticalHeader()->setDefaultSectionSize(m_lots->fontMetrics().height() + 4);
-    m_lots->horizontalHeader()->setStretchLastSection(true);
+    m_lots->horizontalHeader()->setStretchLastSection(false); // the last column is a figure: it stays at the right of its text
 
     m_preview = new QPlainTextEdit;
     m_preview->setObjectName(QStringLiteral("t(3)"));
