@@ -18,6 +18,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSettings>
+#include <QStandardPaths>
 #include <QTableView>
 
 using namespace tarvik;
@@ -89,6 +91,28 @@ private slots:
         QVERIFY(c < m->columnCount());
         QTEST(m->index(0, c).data(Qt::DisplayRole).toString(), "text");
         QTEST(m->index(0, c).data(Qt::TextAlignmentRole).toInt(), "alignment");
+    }
+
+    // Each list keeps its own widths: a width the user gave a column of the lots is not put on
+    // the column of the logs that happens to have the same place.
+    void eachListKeepsItsOwnWidths()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QSettings(QStringLiteral("TARVIK"), QStringLiteral("TARVIK")).remove(QStringLiteral("eingabe"));
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        test::addTypedLog(db(), m_harvest, 1, 1, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        HubDialog hub(context(), m_harvest, HubList::Lose);
+        auto* grid = child<QTableView>(hub, "gridli");
+        grid->setColumnWidth(2, 217);
+        child<QRadioButton>(hub, "opti(1)")->click();
+        QCOMPARE(grid->model()->headerData(2, Qt::Horizontal).toString(), QStringLiteral("Baumart"));
+        QVERIFY(grid->columnWidth(2) != 217);
+        grid->setColumnWidth(2, 150);
+        child<QRadioButton>(hub, "opti(0)")->click();
+        QCOMPARE(grid->columnWidth(2), 217);
+        hub.accept();
+        HubDialog again(context(), m_harvest, HubList::Staemme);
+        QCOMPARE(child<QTableView>(again, "gridli")->columnWidth(2), 150); // and they survive closing
     }
 
     void copyTakesTheNextFreeNumber()
