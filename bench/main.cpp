@@ -26,6 +26,7 @@
 #include <QSqlQueryModel>
 #include <QTemporaryDir>
 #include <QThread>
+#include <functional>
 #include <sqlite3.h>
 
 using namespace tarvik;
@@ -192,35 +193,37 @@ bench::Result logStoreScenario(const QString& path, qint32 harvest, int harvestL
     return r;
 }
 
-// What every store adds to the insert: the totals of every lot of the harvest and the harvest's,
-// beside the raw grouped query alone.
-bench::Result refreshScenario(const QString& path, qint32 harvest, int runs)
+// A scenario of reading or summing: the program's work in a session on the file, then the same
+// minimal work on a raw connection of its own.
+bench::Result sessionScenario(const QString& path, const QString& name, int runs, const std::function<void(const QSqlDatabase&)>& program,
+                              const std::function<void(Raw&)>& rawWork)
 {
     bench::Result r;
-    r.scenario = QStringLiteral("totals of every lot (harvest of 10,000 logs)");
+    r.scenario = name;
     {
         Session session(path);
-        r.program = bench::measure(runs, [&] { refreshHarvest(session.database->shared(), harvest); });
+        const QSqlDatabase db = session.database->shared();
+        r.program = bench::measure(runs, [&] { program(db); });
     }
     Raw raw(path);
-    r.raw = bench::measure(runs, [&] {
-        raw.rows("SELECT Los_Nr, count(*), sum(Efm_oR), sum(Holzpreis), sum(Preis_berechnet) FROM Stämme "
-                 "WHERE Kennung = ? GROUP BY Los_Nr", {harvest});
-    });
+    r.raw = bench::measure(runs, [&] { rawWork(raw); });
     return r;
+}
+
+// What every store adds to the insert: the totals of every lot of the harvest and the harvest's,
+// beside the grouped query alone.
+bench::Result refreshScenario(const QString& path, qint32 harvest, int runs)
+{
+    const QByteArray sums = logLotSumsSql().toUtf8();
+    return sessionScenario(path, QStringLiteral("totals of every lot (harvest of 10,000 logs)"), runs,
+                           [&](const QSqlDatabase& db) { refreshHarvest(db, harvest); },
+                           [&](Raw& raw) { raw.rows(sums.constData(), {harvest}); });
 }
 
 bench::Result timberListScenario(const QString& path, qint32 harvest, int runs)
 {
-    bench::Result r;
-    r.scenario = QStringLiteral("timber list (harvest of 10,000 logs)");
-    {
-        Session session(path);
-        r.program = bench::measure(runs, [&] { timberList(session.database->shared(), harvest); });
-    }
-    Raw raw(path);
-    r.raw = bench::measure(runs, [&] { rawTimberList(raw, harvest); });
-    return r;
+    return sessionScenario(path, QStringLiteral("timber list (harvest of 10,000 logs)"), runs,
+                           [&](const QSqlDatabase& db) { timberList(db, harvest); }, [&](Raw& raw) { rawTimberList(raw, harvest); });
 }
 
 // Peak resident memory of the desktop program showing the main list of this data folder.

@@ -276,6 +276,15 @@ bool hasColumn(const QSqlDatabase& db, const QString& table, const QString& colu
     return columnNames(db, table).contains(column, Qt::CaseInsensitive);
 }
 
+QStringList indexColumns(const QSqlDatabase& db, const QString& index)
+{
+    QStringList columns;
+    QSqlQuery q = execSql(db, QStringLiteral("PRAGMA index_info(%1)").arg(quoted(index)));
+    while (q.next())
+        columns << q.value(2).toString();
+    return columns;
+}
+
 void createTableWithIndexes(const QSqlDatabase& db, const Table& t)
 {
     execSql(db, createTableSql(t));

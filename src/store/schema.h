@@ -59,6 +59,8 @@ QString createOwnIndexSql(const OwnIndex& index);
 bool hasTable(const QSqlDatabase& db, const QString& table);
 QStringList columnNames(const QSqlDatabase& db, const QString& table);
 bool hasColumn(const QSqlDatabase& db, const QString& table, const QString& column);
+// The columns of an index in their order; empty when there is no such index.
+QStringList indexColumns(const QSqlDatabase& db, const QString& index);
 
 // Statements that change the file; callers run them inside their own transaction.
 void createTableWithIndexes(const QSqlDatabase& db, const Table& table);

@@ -135,11 +135,7 @@ private slots:
     void ownIndexesOnTheirColumns()
     {
         for (const schema::OwnIndex& index : schema::ownIndexes()) {
-            QStringList columns;
-            QSqlQuery q = execSql(db(), QStringLiteral("PRAGMA index_info(%1)").arg(quoted(index.name)));
-            while (q.next())
-                columns << q.value(2).toString();
-            QCOMPARE(columns, index.columns);
+            QCOMPARE(schema::indexColumns(db(), index.name), index.columns);
             if (!index.replaces.isEmpty())
                 QVERIFY(!scalar(db(), QStringLiteral("SELECT 1 FROM sqlite_master WHERE name = ?"), {index.replaces}).isValid());
         }
