@@ -262,28 +262,28 @@ bool hasTable(const QSqlDatabase& db, const QString& table)
                   {table}).isValid();
 }
 
-QStringList columnNames(const QSqlDatabase& db, const QString& table)
+namespace {
+
+// One column of a PRAGMA's rows about a table or an index, in order.
+QStringList pragmaColumn(const QSqlDatabase& db, const char* pragma, const QString& name, int column)
 {
-    QStringList names;
-    QSqlQuery q = execSql(db, QStringLiteral("PRAGMA table_info(%1)").arg(quoted(table)));
+    QStringList values;
+    QSqlQuery q = execSql(db, QStringLiteral("PRAGMA %1(%2)").arg(QLatin1String(pragma), quoted(name)));
     while (q.next())
-        names << q.value(1).toString();
-    return names;
+        values << q.value(column).toString();
+    return values;
 }
+
+} // namespace
+
+QStringList columnNames(const QSqlDatabase& db, const QString& table) { return pragmaColumn(db, "table_info", table, 1); }
 
 bool hasColumn(const QSqlDatabase& db, const QString& table, const QString& column)
 {
     return columnNames(db, table).contains(column, Qt::CaseInsensitive);
 }
 
-QStringList indexColumns(const QSqlDatabase& db, const QString& index)
-{
-    QStringList columns;
-    QSqlQuery q = execSql(db, QStringLiteral("PRAGMA index_info(%1)").arg(quoted(index)));
-    while (q.next())
-        columns << q.value(2).toString();
-    return columns;
-}
+QStringList indexColumns(const QSqlDatabase& db, const QString& index) { return pragmaColumn(db, "index_info", index, 2); }
 
 void createTableWithIndexes(const QSqlDatabase& db, const Table& t)
 {
