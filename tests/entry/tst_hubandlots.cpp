@@ -19,6 +19,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTableView>
+#include <QTimer>
 
 using namespace tarvik;
 using test::child;
@@ -151,6 +152,108 @@ private slots:
         child<QComboBox>(again, "kom(0)")->setEditText(QStringLiteral("5"));
         child<QPushButton>(again, "ok")->click();
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n...die Los-Nummer 5 bereits existiert."));
+    }
+
+    // "Ändern" stores the shown lot and shows the next one of the hub's list, after the last the
+    // first; Abbrechen closes on the lot shown last and the hub's list stands on it.
+    void changeStepsThroughTheHubsLots_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::newRow("OK") << "ok";
+        QTest::newRow("OK+Nächster") << "okn_chster";
+    }
+    void changeStepsThroughTheHubsLots()
+    {
+        QFETCH(QString, button);
+        for (int lot : {1, 2, 3})
+            createLot(db(), m_harvest, lot, QStringLiteral("Stämme"));
+        HubDialog hub(context(), m_harvest, HubList::Lose);
+        auto* grid = child<QTableView>(hub, "gridli");
+        grid->selectRow(1);
+        QStringList shown;
+        QTimer::singleShot(0, this, [&] {
+            auto* d = qobject_cast<LotDialog*>(QApplication::activeModalWidget());
+            QVERIFY(d);
+            shown << d->windowTitle();
+            for (const char* name : {"Erste Runde", "Zweite Runde"}) {
+                child<QLineEdit>(*d, "t(0)")->setText(QString::fromUtf8(name));
+                child<QPushButton>(*d, qPrintable(button))->click();
+                shown << child<QComboBox>(*d, "kom(0)")->currentText() + u'/' + d->windowTitle();
+            }
+            child<QPushButton>(*d, "cmdabbrechen")->click();
+        });
+        child<QPushButton>(hub, "ändern")->click();
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        QCOMPARE(shown, (QStringList{"Eingabe Lose - Ändern (2 von 3)", "3/Eingabe Lose - Ändern (3 von 3)",
+                                     "1/Eingabe Lose - Ändern (1 von 3)"}));
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Los_Nr || ':' || coalesce(Los_Bezeichnung, '')) FROM "
+                                      "(SELECT * FROM Lose WHERE Kennung = ? ORDER BY Los_Nr)")),
+                 QStringLiteral("1:,2:Erste Runde,3:Zweite Runde"));
+        QCOMPARE(grid->currentIndex().row(), 0);
+        QVERIFY(grid->selectionModel()->isRowSelected(0, QModelIndex()));
+    }
+
+    // Lots entered one after another: [OK+Nächster] stores and proposes the next free number.
+    void okNextEntersLotsOneAfterAnother()
+    {
+        createLot(db(), m_harvest, 4, QStringLiteral("Stämme"));
+        LotDialog d(context(), m_harvest, std::nullopt);
+        QStringList proposals;
+        for (const char* name : {"Erstes", "Zweites"}) {
+            child<QLineEdit>(d, "t(0)")->setText(QString::fromUtf8(name));
+            child<QComboBox>(d, "kom(3)")->setEditText(QStringLiteral("Säge Nord"));
+            child<QPushButton>(d, "okn_chster")->click();
+            proposals << child<QComboBox>(d, "kom(0)")->currentText() + u'/' + child<QLineEdit>(d, "t(0)")->text() + u'/' +
+                             child<QComboBox>(d, "kom(3)")->currentText();
+        }
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        QCOMPARE(proposals, (QStringList{"6//", "7//"}));
+        QCOMPARE(d.windowTitle(), QStringLiteral("Eingabe Lose - Neu"));
+        QVERIFY(d.result() != QDialog::Accepted);
+        QCOMPARE(child<QComboBox>(d, "kom(0)")->findText(QStringLiteral("6")), 2);  // the lot list grew
+        QCOMPARE(child<QComboBox>(d, "kom(3)")->findText(QStringLiteral("Säge Nord")), 0);
+        child<QPushButton>(d, "ok")->click();
+        QCOMPARE(d.result(), int(QDialog::Accepted));
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Los_Nr || ':' || coalesce(Los_Bezeichnung, '')) FROM "
+                                      "(SELECT * FROM Lose WHERE Kennung = ? ORDER BY Los_Nr)")),
+                 QStringLiteral("4:,5:Erstes,6:Zweites,7:"));
+        QCOMPARE(d.lastId(), idOf(QStringLiteral("SELECT ID FROM Lose WHERE Kennung = ? AND Los_Nr = 7")));
+    }
+
+    void defaultButtonFollowsTheSetting_data()
+    {
+        QTest::addColumn<int>("setting");
+        QTest::addColumn<QString>("defaultButton");
+        QTest::newRow("OK") << 0 << "ok";
+        QTest::newRow("OK+Nächster") << 1 << "okn_chster";
+    }
+    void defaultButtonFollowsTheSetting()
+    {
+        QFETCH(int, setting);
+        QFETCH(QString, defaultButton);
+        m_settings.zahl[28] = qint16(setting);
+        LotDialog d(context(), m_harvest, std::nullopt);
+        QStringList defaults;
+        for (QPushButton* b : d.findChildren<QPushButton*>())
+            if (b->isDefault())
+                defaults << b->objectName();
+        QCOMPARE(defaults, QStringList{defaultButton});
+    }
+
+    // The access key acts at once: digits typed right after Alt+N belong to the next lot.
+    void accessKeyActsAtOnce()
+    {
+        LotDialog d(context(), m_harvest, std::nullopt);
+        d.show();
+        QVERIFY(QTest::qWaitForWindowActive(&d));
+        auto* number = child<QComboBox>(d, "kom(0)");
+        QCOMPARE(number->currentText(), QStringLiteral("1"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_N, Qt::AltModifier);
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("12"));
+        QTest::qWait(150); // longer than a button's click animation
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Los_Nr) FROM Lose WHERE Kennung = ?")), QStringLiteral("1"));
+        QCOMPARE(number->currentText(), QStringLiteral("12"));
     }
 
     void mapLinkOfTheLotChecksItsCoordinates()

@@ -14,6 +14,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
+#include <QShortcutEvent>
 #include <QVBoxLayout>
 
 namespace tarvik {
@@ -56,16 +57,44 @@ HarvestDialog::HarvestDialog(const AppContext& context, std::optional<qint32> ha
     setObjectName(QStringLiteral("FH_Hiebeingabe"));
     setModal(true);
     build();
+    fillLists();
+    if (m_editedId)
+        showHarvest(*m_editedId);
+    else
+        startNew();
+}
+
+HarvestDialog::HarvestDialog(const AppContext& context, qint32 harvestId, QList<qint32> openerIds, QWidget* parent)
+    : HarvestDialog(context, harvestId, parent)
+{
+    m_openerRows = OpenerRows(std::move(openerIds), harvestId);
+    showChangeTitle();
+}
+
+void HarvestDialog::fillLists()
+{
     fill(m_woodland, listValues(m_context.db, QStringLiteral("Liste_Waldnamen"), QStringLiteral("Waldname")));
     fill(m_reason, listValues(m_context.db, QStringLiteral("Liste_Hiebgrund"), QStringLiteral("Inhalt")));
     fill(m_kind, listValues(m_context.db, QStringLiteral("Liste_Hiebart"), QStringLiteral("Inhalt")));
     fill(m_owner, listValues(m_context.db, QStringLiteral("Waldbesitzer"), QStringLiteral("Besitzer")));
-    if (m_editedId) {
-        setWindowTitle(QStringLiteral("Hiebeingabe - Ändern"));
-        showForm(loadHarvest(m_context.db, *m_editedId));
-    } else {
-        startNew();
-    }
+}
+
+void HarvestDialog::showChangeTitle()
+{
+    QString title = QStringLiteral("Hiebeingabe - Ändern");
+    if (m_openerRows.place() > 0)
+        title += QStringLiteral(" (%1 von %2)").arg(m_openerRows.place()).arg(m_openerRows.size());
+    setWindowTitle(title);
+}
+
+void HarvestDialog::showHarvest(qint32 id)
+{
+    m_editedId = id;
+    showChangeTitle();
+    if (const auto form = runGuarded(m_context.prompter, [&] { return loadHarvest(m_context.db, id); }))
+        showForm(*form);
+    m_number->setFocus();
+    m_number->selectAll();
 }
 
 void HarvestDialog::build()
@@ -135,7 +164,6 @@ void HarvestDialog::build()
     m_ok->setObjectName(QStringLiteral("ok"));
     m_okNext = new QPushButton(QStringLiteral("OK+&Nächster"));
     m_okNext->setObjectName(QStringLiteral("okn_chster"));
-    m_okNext->setEnabled(!m_editedId); // stepping through a list of harvests needs the opener's list
     auto* cancel = new QPushButton(QStringLiteral("&Abbrechen"));
     cancel->setObjectName(QStringLiteral("cmdabbrechen"));
     auto* standard = new QPushButton(QStringLiteral("Als &Standard"));
@@ -145,10 +173,11 @@ void HarvestDialog::build()
     help->setObjectName(QStringLiteral("comhilfe"));
     help->setEnabled(false); // the help filter enables and wires it when the window shows
     // RETURN triggers [OK+Nächster] when the settings say so.
-    const bool nextIsDefault = m_context.settings.okNextIsDefault() && !m_editedId;
-    for (QPushButton* b : {m_ok, m_okNext, cancel, standard, help})
+    for (QPushButton* b : {m_ok, m_okNext, cancel, standard, help}) {
         b->setAutoDefault(false);
-    (nextIsDefault ? m_okNext : m_ok)->setDefault(true);
+        b->installEventFilter(this); // access keys act at once
+    }
+    (m_context.settings.okNextIsDefault() ? m_okNext : m_ok)->setDefault(true);
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(help);
@@ -173,6 +202,8 @@ void HarvestDialog::build()
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(standard, &QPushButton::clicked, this, &HarvestDialog::onStandard);
     connect(m_woodland, &QComboBox::textActivated, this, &HarvestDialog::fillWoodland);
+    // A name completed while typing and left with Tab counts as chosen.
+    connect(m_woodland->lineEdit(), &QLineEdit::editingFinished, this, &HarvestDialog::woodlandLeft);
     connect(m_owner, &QComboBox::textActivated, this, &HarvestDialog::fillOwner);
 }
 
@@ -181,6 +212,7 @@ void HarvestDialog::showForm(const HarvestForm& f)
     m_number->setText(f.hiebNr);
     m_year->setText(f.jahr);
     m_woodland->setEditText(f.waldname);
+    m_filledWoodland = f.waldname;
     m_texts[0]->setText(f.waldort);
     m_area->setText(f.hiebflaeche);
     m_reason->setEditText(f.hiebgrund);
@@ -248,20 +280,27 @@ void HarvestDialog::startNew()
     m_number->selectAll();
 }
 
+bool HarvestDialog::stepToNext()
+{
+    const auto next = m_editedId ? m_openerRows.advance() : std::nullopt;
+    if (!next)
+        return false;
+    fillLists();
+    showHarvest(*next);
+    return true;
+}
+
 void HarvestDialog::onOk()
 {
-    if (store())
+    if (store() && !stepToNext())
         accept();
 }
 
 void HarvestDialog::onOkNext()
 {
-    if (!store())
+    if (!store() || stepToNext())
         return;
-    fill(m_woodland, listValues(m_context.db, QStringLiteral("Liste_Waldnamen"), QStringLiteral("Waldname")));
-    fill(m_reason, listValues(m_context.db, QStringLiteral("Liste_Hiebgrund"), QStringLiteral("Inhalt")));
-    fill(m_kind, listValues(m_context.db, QStringLiteral("Liste_Hiebart"), QStringLiteral("Inhalt")));
-    fill(m_owner, listValues(m_context.db, QStringLiteral("Waldbesitzer"), QStringLiteral("Besitzer")));
+    fillLists();
     startNew();
 }
 
@@ -273,10 +312,32 @@ void HarvestDialog::onStandard()
 
 void HarvestDialog::fillWoodland(const QString& name)
 {
-    if (const auto w = woodland(m_context.db, name)) {
+    m_filledWoodland = name;
+    if (const auto w = runGuarded(m_context.prompter, [&] { return woodland(m_context.db, name); })) {
         m_texts[0]->setText(w->waldort);
         m_area->setText(w->flaeche);
     }
+}
+
+void HarvestDialog::woodlandLeft()
+{
+    // Only a changed name fills: tabbing through a stored harvest keeps its own place and area.
+    if (m_woodland->currentText() != m_filledWoodland)
+        fillWoodland(m_woodland->currentText());
+}
+
+bool HarvestDialog::eventFilter(QObject* watched, QEvent* event)
+{
+    // A button's access key clicks only after a short animation; keys typed meanwhile would land
+    // in the record being stored. Clicking at once lets them go to the next one.
+    if (event->type() == QEvent::Shortcut) {
+        auto* button = qobject_cast<QPushButton*>(watched);
+        if (button && button->isEnabled() && !static_cast<QShortcutEvent*>(event)->isAmbiguous()) {
+            button->click();
+            return true;
+        }
+    }
+    return QDialog::eventFilter(watched, event);
 }
 
 void HarvestDialog::fillOwner(const QString& name)

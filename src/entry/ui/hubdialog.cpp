@@ -162,8 +162,17 @@ std::optional<qint32> HubDialog::markedId() const
 void HubDialog::openWindow(std::optional<qint32> id)
 {
     if (list() == HubList::Lose) {
-        LotDialog dialog(m_context, m_harvestId, id, this);
+        // "Ändern" steps through the listed lots; the list then stands on the lot shown last.
+        QList<qint32> lots;
+        for (int row = 0; row < m_model->rowCount(); ++row)
+            lots << m_model->record(row).value(m_model->columnCount() - 1).toInt();
+        LotDialog dialog(m_context, m_harvestId, id, lots, this);
         dialog.exec();
+        refresh();
+        for (int row = 0; row < m_model->rowCount(); ++row)
+            if (dialog.lastId() && m_model->record(row).value(m_model->columnCount() - 1).toInt() == *dialog.lastId())
+                m_grid->selectRow(row);
+        return;
     } else if (list() == HubList::Staemme) {
         LogDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
         dialog.exec();

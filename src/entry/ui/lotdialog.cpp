@@ -20,6 +20,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpressionValidator>
+#include <QShortcutEvent>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -55,18 +56,23 @@ const QStringList Sortings{QStringLiteral("Stämme"), QStringLiteral("Pfähle"),
 } // namespace
 
 LotDialog::LotDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> lotId, QWidget* parent)
-    : QDialog(parent), m_context(context), m_harvestId(harvestId), m_editedId(lotId)
+    : LotDialog(context, harvestId, lotId, {}, parent)
+{
+}
+
+LotDialog::LotDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> lotId, QList<qint32> openerIds, QWidget* parent)
+    : QDialog(parent), m_context(context), m_harvestId(harvestId)
 {
     setObjectName(QStringLiteral("EF_Eingabe_Lose"));
-    setWindowTitle(lotId ? QStringLiteral("Eingabe Lose - Ändern") : QStringLiteral("Eingabe Lose - Neu"));
     setModal(true);
     auto* tabs = new QTabWidget;
     tabs->addTab(buildLotPage(), QStringLiteral("Losdaten"));
     tabs->addTab(buildChangesPage(), QStringLiteral("Änderung für Stämme"));
 
-    auto* ok = new QPushButton(QStringLiteral("&OK"));
-    ok->setObjectName(QStringLiteral("ok"));
-    ok->setDefault(true);
+    m_ok = new QPushButton(QStringLiteral("&OK"));
+    m_ok->setObjectName(QStringLiteral("ok"));
+    m_okNext = new QPushButton(QStringLiteral("OK+&Nächster"));
+    m_okNext->setObjectName(QStringLiteral("okn_chster"));
     auto* cancel = new QPushButton(QStringLiteral("&Abbrechen"));
     cancel->setObjectName(QStringLiteral("cmdabbrechen"));
     auto* help = new QPushButton(QStringLiteral("&Hilfe"));
@@ -75,17 +81,26 @@ LotDialog::LotDialog(const AppContext& context, qint32 harvestId, std::optional<
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(help);
     buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
+    for (QPushButton* b : {m_ok, m_okNext, cancel}) {
+        b->setAutoDefault(false);
+        b->installEventFilter(this); // access keys act at once
+        buttons->addWidget(b);
+    }
+    // RETURN triggers [OK+Nächster] when the settings say so.
+    (m_context.settings.okNextIsDefault() ? m_okNext : m_ok)->setDefault(true);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(tabs);
     layout->addLayout(buttons);
-    connect(ok, &QPushButton::clicked, this, &LotDialog::onOk);
+    connect(m_ok, &QPushButton::clicked, this, &LotDialog::onOk);
+    connect(m_okNext, &QPushButton::clicked, this, &LotDialog::onOkNext);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
 
-    fillLists();
-    showForm(lotId ? loadLot(m_context.db, *lotId) : proposeNewLot(m_context.db, m_harvestId, m_context.dataFolder));
-    updateChangesHeading();
+    if (lotId) {
+        m_openerRows = OpenerRows(std::move(openerIds), *lotId);
+        showLot(*lotId);
+    } else {
+        startNew();
+    }
 }
 
 QWidget* LotDialog::buildLotPage()
@@ -228,17 +243,21 @@ QWidget* LotDialog::buildChangesPage()
 void LotDialog::fillLists()
 {
     const QSqlDatabase& db = m_context.db;
-    m_lotNr->addItems(lotNumbers(db, m_harvestId));
-    m_sorting->addItems(Sortings);
-    m_place->addItems(listValues(db, QStringLiteral("Liste_Lagerort"), QStringLiteral("Inhalt")));
-    m_buyer->addItems(listValues(db, QStringLiteral("Liste_Abnehmer"), QStringLiteral("Inhalt")));
-    m_remark->addItems(listValues(db, QStringLiteral("Liste_Bemerkungen"), QStringLiteral("Inhalt")));
-    m_measuring->addItems(distinctLotValues(db, QStringLiteral("Vermessungsart")));
-    m_quality->addItems(distinctLotValues(db, QStringLiteral("Qualität")));
-    m_newQuality->addItems(QStringList{QString()} + listValues(db, QStringLiteral("Güteklassen"), QStringLiteral("Güteklasse")));
+    auto refill = [](QComboBox* box, const QStringList& values) {
+        box->clear();
+        box->addItems(values);
+    };
+    refill(m_lotNr, lotNumbers(db, m_harvestId));
+    refill(m_sorting, Sortings);
+    refill(m_place, listValues(db, QStringLiteral("Liste_Lagerort"), QStringLiteral("Inhalt")));
+    refill(m_buyer, listValues(db, QStringLiteral("Liste_Abnehmer"), QStringLiteral("Inhalt")));
+    refill(m_remark, listValues(db, QStringLiteral("Liste_Bemerkungen"), QStringLiteral("Inhalt")));
+    refill(m_measuring, distinctLotValues(db, QStringLiteral("Vermessungsart")));
+    refill(m_quality, distinctLotValues(db, QStringLiteral("Qualität")));
+    refill(m_newQuality, QStringList{QString()} + listValues(db, QStringLiteral("Güteklassen"), QStringLiteral("Güteklasse")));
     const QStringList species = listValues(db, QStringLiteral("Baumarten"), QStringLiteral("Baumart"));
     for (QComboBox* box : {m_newSpecies, m_fromSpecies, m_toSpecies})
-        box->addItems(QStringList{QString()} + species);
+        refill(box, QStringList{QString()} + species);
 }
 
 PriceSettings LotDialog::prices() const
@@ -317,12 +336,80 @@ void LotDialog::showForm(const LotForm& f)
     m_rangeLot->setText(f.losNr);
 }
 
-void LotDialog::onOk()
+void LotDialog::showLot(qint32 id)
+{
+    m_editedId = id;
+    QString title = QStringLiteral("Eingabe Lose - Ändern");
+    if (m_openerRows.place() > 0)
+        title += QStringLiteral(" (%1 von %2)").arg(m_openerRows.place()).arg(m_openerRows.size());
+    setWindowTitle(title);
+    const bool filled = runGuarded(m_context.prompter, [&] {
+        fillLists();
+        showForm(loadLot(m_context.db, id));
+    });
+    if (filled)
+        updateChangesHeading();
+    m_lotNr->setFocus();
+    m_lotNr->lineEdit()->selectAll();
+}
+
+void LotDialog::startNew()
+{
+    m_editedId.reset();
+    setWindowTitle(QStringLiteral("Eingabe Lose - Neu"));
+    const bool filled = runGuarded(m_context.prompter, [&] {
+        fillLists();
+        showForm(proposeNewLot(m_context.db, m_harvestId, m_context.dataFolder));
+    });
+    if (filled)
+        updateChangesHeading();
+    m_lotNr->setFocus();
+    m_lotNr->lineEdit()->selectAll();
+}
+
+bool LotDialog::store()
 {
     const LotForm form = read();
     const auto stored = runGuarded(m_context.prompter, [&] { return storeLot(m_context, m_harvestId, form, m_editedId); });
-    if (stored)
+    if (!stored)
+        return false;
+    m_storedId = stored;
+    return true;
+}
+
+bool LotDialog::stepToNext()
+{
+    const auto next = m_editedId ? m_openerRows.advance() : std::nullopt;
+    if (!next)
+        return false;
+    showLot(*next);
+    return true;
+}
+
+void LotDialog::onOk()
+{
+    if (store() && !stepToNext())
         accept();
+}
+
+void LotDialog::onOkNext()
+{
+    if (store() && !stepToNext())
+        startNew();
+}
+
+bool LotDialog::eventFilter(QObject* watched, QEvent* event)
+{
+    // A button's access key clicks only after a short animation; keys typed meanwhile would land
+    // in the lot being stored. Clicking at once lets them go to the next one.
+    if (event->type() == QEvent::Shortcut) {
+        auto* button = qobject_cast<QPushButton*>(watched);
+        if (button && button->isEnabled() && !static_cast<QShortcutEvent*>(event)->isAmbiguous()) {
+            button->click();
+            return true;
+        }
+    }
+    return QDialog::eventFilter(watched, event);
 }
 
 void LotDialog::onPlaceChosen(const QString& place)
