@@ -25,6 +25,19 @@ class TestHarvestDialog : public QObject, protected test::EntryFixture {
     static void press(QDialog& d, const char* name) { child<QPushButton>(d, name)->click(); }
     int count(const QString& sql) const { return scalar(db(), sql).toInt(); }
 
+
+    // How wide a field shows its text; number fields must not be stretched beyond their digits.
+    static void checkWidth(QWidget* w, const QString& text, bool number)
+    {
+        auto* box = qobject_cast<QComboBox*>(w);
+        QWidget* shown = box && box->isEditable() ? box->lineEdit() : w;
+        const int room = shown->width() - (box && !box->isEditable() ? 28 : 8); // frame, margins, arrow
+        const int needed = w->fontMetrics().horizontalAdvance(text);
+        QVERIFY2(room >= needed, qPrintable(QStringLiteral("%1: %2 px for %3 px").arg(w->objectName()).arg(room).arg(needed)));
+        if (number)
+            QVERIFY2(w->width() <= needed + 80, qPrintable(QStringLiteral("%1 stretched to %2 px").arg(w->objectName()).arg(w->width())));
+    }
+
 private slots:
     void init()
     {
@@ -289,6 +302,37 @@ private slots:
         QCOMPARE(child<QLineEdit>(d, "t(0)")->maxLength(), 50);
         QCOMPARE(child<QLineEdit>(d, "t(4)")->maxLength(), 15);
         QCOMPARE(child<QLineEdit>(d, "tz(1)")->maxLength(), 4);
+    }
+
+    // Text fields show a usual value whole, number fields keep to their digits however wide the
+    // window is, and the window fits a 1366×768 screen.
+    void fieldWidths_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("number");
+        QTest::newRow("Hieb-Nr") << "tz(0)" << "999999" << true;
+        QTest::newRow("Jahr") << "tz(1)" << "2026" << true;
+        QTest::newRow("Waldname") << "komwaldname" << "Großer Eichwald am Hang" << false;
+        QTest::newRow("Waldort") << "t(0)" << "Oberhausen-Rheinhausen" << false;
+        QTest::newRow("Hiebfläche") << "tz(2)" << "1234,5678" << true;
+        QTest::newRow("Hiebgrund") << "komhiebgrund" << "Käferbefall" << false;
+        QTest::newRow("Hiebdatum von") << "tdat(0)" << "31.12.2026" << true;
+        QTest::newRow("Bemerkung") << "t(1)" << "Sturmholz nach Orkan" << false;
+        QTest::newRow("Waldbesitzer") << "komwaldbesitzer" << "Gemeinde Musterstadt" << false;
+        QTest::newRow("Stämme Efm") << "tsumme(2)" << "12.345,678" << true;
+    }
+    void fieldWidths()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, text);
+        QFETCH(bool, number);
+        HarvestDialog d(context(), std::nullopt);
+        QVERIFY(d.sizeHint().width() <= 1366 && d.sizeHint().height() <= 700);
+        d.resize(1366, d.sizeHint().height());
+        d.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        checkWidth(d.findChild<QWidget*>(name), text, number);
     }
 };
 

@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTabWidget>
 #include <QTableView>
 #include <QTimer>
 
@@ -29,6 +30,19 @@ class TestHubAndLots : public QObject, protected test::EntryFixture {
     Q_OBJECT
 
 
+
+
+    // How wide a field shows its text; number fields must not be stretched beyond their digits.
+    static void checkWidth(QWidget* w, const QString& text, bool number)
+    {
+        auto* box = qobject_cast<QComboBox*>(w);
+        QWidget* shown = box && box->isEditable() ? box->lineEdit() : w;
+        const int room = shown->width() - (box && !box->isEditable() ? 28 : 8); // frame, margins, arrow
+        const int needed = w->fontMetrics().horizontalAdvance(text);
+        QVERIFY2(room >= needed, qPrintable(QStringLiteral("%1: %2 px for %3 px").arg(w->objectName()).arg(room).arg(needed)));
+        if (number)
+            QVERIFY2(w->width() <= needed + 80, qPrintable(QStringLiteral("%1 stretched to %2 px").arg(w->objectName()).arg(w->width())));
+    }
 
 private slots:
     void init()
@@ -254,6 +268,45 @@ private slots:
         QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
         QCOMPARE(value(QStringLiteral("SELECT group_concat(Los_Nr) FROM Lose WHERE Kennung = ?")), QStringLiteral("1"));
         QCOMPARE(number->currentText(), QStringLiteral("12"));
+    }
+
+    // Text fields show a usual value whole, number fields keep to their digits however wide the
+    // window is, and the window fits a 1366×768 screen.
+    void fieldWidths_data()
+    {
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("number");
+        QTest::newRow("Los-Nr") << 0 << "kom(0)" << "123456789" << true;
+        QTest::newRow("Sortierung") << 0 << "kom(1)" << "Schichtholz" << false;
+        QTest::newRow("Los-Bezeichnung") << 0 << "t(0)" << "Abteilung 12a/b" << false;
+        QTest::newRow("Lagerort") << 0 << "kom(2)" << "Waldweg an der Hütte 12" << false;
+        QTest::newRow("Anfahrt") << 0 << "t(1)" << "Über die Brücke, dann links" << false;
+        QTest::newRow("GPS Breite") << 0 << "t(2)" << "48,1234567" << true;
+        QTest::newRow("Abnehmer") << 0 << "kom(3)" << "Sägewerk Müller GmbH & Co. KG" << false;
+        QTest::newRow("Vermessungsart") << 0 << "kom(5)" << "Mittenstärke o.R." << false;
+        QTest::newRow("Fixlänge") << 0 << "t(4)" << "12,50" << true;
+        QTest::newRow("Preis erhalten") << 0 << "t(6)" << "123.456,78" << true;
+        QTest::newRow("Pauschalpreis") << 0 << "tp(1)" << "12.345,00" << true;
+        QTest::newRow("Efm o.R.") << 0 << "tsumme(1)" << "12.345,678" << true;
+        QTest::newRow("Stamm-Nr von") << 1 << "tr(1)" << "123456" << true;
+        QTest::newRow("Neue Los-Nr") << 1 << "tr(3)" << "123456789" << true;
+        QTest::newRow("auf Baumart") << 1 << "kom(10)" << "DGL (Douglasie)" << false;
+    }
+    void fieldWidths()
+    {
+        QFETCH(int, page);
+        QFETCH(QString, name);
+        QFETCH(QString, text);
+        QFETCH(bool, number);
+        LotDialog d(context(), m_harvest, std::nullopt);
+        QVERIFY(d.sizeHint().width() <= 1366 && d.sizeHint().height() <= 700);
+        d.resize(1366, d.sizeHint().height());
+        d.show();
+        d.findChild<QTabWidget*>()->setCurrentIndex(page);
+        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        checkWidth(d.findChild<QWidget*>(name), text, number);
     }
 
     void mapLinkOfTheLotChecksItsCoordinates()

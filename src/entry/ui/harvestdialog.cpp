@@ -46,6 +46,17 @@ void fill(QComboBox* box, const QStringList& values)
     box->setEditText(text);
 }
 
+// Room for `chars` characters of the field's font plus its frame (and a combo box's arrow).
+int roomFor(const QWidget* w, int chars, QChar sample)
+{
+    const int frame = qobject_cast<const QComboBox*>(w) ? 36 : 14;
+    return w->fontMetrics().horizontalAdvance(QString(chars, sample)) + frame;
+}
+// A number field is as wide as its digits and never stretched with the window.
+void fixChars(QWidget* w, int digits) { w->setFixedWidth(roomFor(w, digits, u'0')); }
+// A text field shows at least that many characters and may grow.
+void minChars(QWidget* w, int chars) { w->setMinimumWidth(roomFor(w, chars, u'n')); }
+
 const char* const TotalCaptions[] = {"Anzahl Lose", "Stämme Anzahl", "Stämme Efm", "Efm je Stück", "Pfähle Anzahl",
                                      "Schichtholz Efm", "Schichtholz m3", "Teilverkauft", "Verkauft"};
 
@@ -119,13 +130,26 @@ void HarvestDialog::build()
     m_harvester->setMaximumHeight(60);
     m_dates[0] = new DateEdit(QStringLiteral("tdat(0)"));
     m_dates[1] = new DateEdit(QStringLiteral("tdat(1)"));
+    fixChars(m_number, 7);
+    fixChars(m_year, 5);
+    fixChars(m_area, 11);
+    for (DateEdit* date : m_dates) {
+        fixChars(date->lineEdit(), 10);
+        date->setFixedWidth(date->sizeHint().width());
+    }
+    QWidget* const longTexts[] = {m_woodland, m_owner, m_texts[0], m_texts[1], m_texts[2], m_texts[3], m_texts[5]};
+    for (QWidget* w : longTexts)
+        minChars(w, 28);
+    minChars(m_reason, 20);
+    minChars(m_kind, 20);
+    minChars(m_texts[4], 15);
 
     auto* harvest = new QGroupBox(QStringLiteral("Hieb"));
     auto* grid = new QGridLayout(harvest);
     int row = 0;
     auto add = [&grid, &row](const QString& caption, QWidget* w, int span = 3) {
         grid->addWidget(new QLabel(caption), row, 0);
-        grid->addWidget(w, row++, 1, 1, span);
+        grid->addWidget(w, row++, 1, 1, span, span == 1 ? Qt::AlignLeft : Qt::Alignment());
     };
     add(QStringLiteral("Hieb-Nr"), m_number, 1);
     add(QStringLiteral("Jahr"), m_year, 1);
@@ -155,10 +179,14 @@ void HarvestDialog::build()
         QLineEdit* t = field(QStringLiteral("tsumme(%1)").arg(i), 20);
         t->setReadOnly(true);
         t->setFocusPolicy(Qt::NoFocus);
+        fixChars(t, 11);
+        if (i < 7)
+            t->setAlignment(Qt::AlignRight);
         m_totals[size_t(i)] = t;
         totalsGrid->addWidget(new QLabel(QString::fromUtf8(TotalCaptions[i])), i % 5, (i / 5) * 2);
         totalsGrid->addWidget(t, i % 5, (i / 5) * 2 + 1);
     }
+    totalsGrid->setColumnStretch(4, 1);
 
     m_ok = new QPushButton(QStringLiteral("&OK"));
     m_ok->setObjectName(QStringLiteral("ok"));

@@ -51,6 +51,17 @@ QComboBox* combo(const QString& name, int maxLength, bool editable = true)
     return c;
 }
 
+// Room for `chars` characters of the field's font plus its frame (and a combo box's arrow).
+int roomFor(const QWidget* w, int chars, QChar sample)
+{
+    const int frame = qobject_cast<const QComboBox*>(w) ? 36 : 14;
+    return w->fontMetrics().horizontalAdvance(QString(chars, sample)) + frame;
+}
+// A number field is as wide as its digits and never stretched with the window.
+void fixChars(QWidget* w, int digits) { w->setFixedWidth(roomFor(w, digits, u'0')); }
+// A text field shows at least that many characters and may grow.
+void minChars(QWidget* w, int chars) { w->setMinimumWidth(roomFor(w, chars, u'n')); }
+
 const QStringList Sortings{QStringLiteral("Stämme"), QStringLiteral("Pfähle"), QStringLiteral("Schichtholz")};
 
 } // namespace
@@ -137,6 +148,20 @@ QWidget* LotDialog::buildLotPage()
     m_settled = new QCheckBox(QStringLiteral("Abgerechnet"));
     m_settled->setObjectName(QStringLiteral("konabgerechnet"));
     form->addRow(QString(), m_settled);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    fixChars(m_lotNr, 9);
+    m_sorting->setFixedWidth(roomFor(m_sorting, 12, u'n'));
+    for (QLineEdit* e : {m_gpsB, m_gpsL})
+        fixChars(e, 11);
+    for (QLineEdit* e : {m_fixLength, m_overLength})
+        fixChars(e, 8);
+    fixChars(m_received, 12);
+    minChars(m_name, 16);
+    for (QWidget* w : std::initializer_list<QWidget*>{m_place, m_directions, m_buyer, m_remark})
+        minChars(w, 28);
+    minChars(m_measuring, 20);
+    minChars(m_quality, 20);
+    map->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 
     auto* price = new QGroupBox(QStringLiteral("Preisberechnung für Stammholz"));
     auto* grid = new QGridLayout(price);
@@ -154,6 +179,8 @@ QWidget* LotDialog::buildLotPage()
     for (int i = 0; i < 6; ++i) {
         grid->addWidget(new QLabel(QString::fromUtf8(captions[i])), row, 0);
         grid->addWidget(m_priceFields[size_t(i)] = edit(QStringLiteral("tp(%1)").arg(i), 12), row++, 1);
+        fixChars(m_priceFields[size_t(i)], 11);
+        m_priceFields[size_t(i)]->setAlignment(Qt::AlignRight);
     }
     auto* recompute = new QPushButton(QStringLiteral("Holzpreis neu berechnen"));
     recompute->setObjectName(QStringLiteral("holzpreisneuberechnen"));
@@ -171,6 +198,7 @@ QWidget* LotDialog::buildLotPage()
     auto* standard = new QPushButton(QStringLiteral("Ausführen"));
     standard->setObjectName(QStringLiteral("preisstandard"));
     grid->addWidget(standard, row++, 0, 1, 2);
+    grid->setColumnStretch(2, 1);
 
     auto* totals = new QGroupBox(QStringLiteral("Summen (werden berechnet)"));
     auto* totalsGrid = new QGridLayout(totals);
@@ -178,9 +206,12 @@ QWidget* LotDialog::buildLotPage()
         QLineEdit* t = m_totals[size_t(i)] = edit(QStringLiteral("tsumme(%1)").arg(i), 20);
         t->setReadOnly(true);
         t->setFocusPolicy(Qt::NoFocus);
+        t->setAlignment(Qt::AlignRight);
+        fixChars(t, 11);
         totalsGrid->addWidget(new QLabel(QString::fromUtf8(TotalCaptions[i])), i % 4, (i / 4) * 2);
         totalsGrid->addWidget(t, i % 4, (i / 4) * 2 + 1);
     }
+    totalsGrid->setColumnStretch(4, 1);
 
     auto* right = new QVBoxLayout;
     right->addWidget(price);
@@ -220,6 +251,11 @@ QWidget* LotDialog::buildChangesPage()
     auto* apply = new QPushButton(QStringLiteral("Ändern"));
     apply->setObjectName(QStringLiteral("btn_ndern"));
     form->addRow(QString(), apply);
+    form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
+    fixChars(m_rangeLot, 9);
+    fixChars(m_rangeFrom, 7);
+    fixChars(m_rangeTo, 7);
+    fixChars(m_targetLot, 9);
 
     auto* species = new QGroupBox(QStringLiteral("Baumart aller Stämme des Loses ändern"));
     auto* speciesForm = new QFormLayout(species);
@@ -228,6 +264,10 @@ QWidget* LotDialog::buildChangesPage()
     auto* change = new QPushButton(QStringLiteral("Baumart ändern"));
     change->setObjectName(QStringLiteral("staemmeaendern"));
     speciesForm->addRow(QString(), change);
+    speciesForm->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
+    for (QComboBox* box : {m_newSpecies, m_fromSpecies, m_toSpecies})
+        minChars(box, 22);
+    minChars(m_newQuality, 6);
 
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(m_changesHeading);
