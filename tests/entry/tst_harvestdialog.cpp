@@ -221,6 +221,23 @@ private slots:
         QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Hiebe WHERE Hieb_Nr = 10")), 1);
     }
 
+    // The access key of [OK+Nächster] acts at once: digits typed right after it belong to the
+    // next harvest, not to the one being stored.
+    void accessKeyActsAtOnce()
+    {
+        HarvestDialog d(context(), std::nullopt);
+        choose(d, "komwaldname", QStringLiteral("Eichwald"));
+        d.show();
+        QVERIFY(QTest::qWaitForWindowActive(&d));
+        child<QLineEdit>(d, "tz(0)")->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_N, Qt::AltModifier);
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("77"));
+        QTest::qWait(150); // longer than a button's click animation
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT group_concat(Hieb_Nr) FROM Hiebe")).toString(), QStringLiteral("1"));
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("77"));
+    }
+
     // Opened without a list, OK closes and [OK+Nächster] begins a new harvest.
     void changeWithoutAList_data()
     {

@@ -207,6 +207,25 @@ private slots:
         QVERIFY(grid->selectionModel()->isRowSelected(0, QModelIndex()));
     }
 
+    // New lots from the hub: the list then stands on the lot stored last.
+    void hubStandsOnTheNewLotStoredLast()
+    {
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        HubDialog hub(context(), m_harvest, HubList::Lose);
+        QTimer::singleShot(0, this, [] {
+            auto* d = qobject_cast<LotDialog*>(QApplication::activeModalWidget());
+            QVERIFY(d);
+            child<QPushButton>(*d, "okn_chster")->click();
+            child<QPushButton>(*d, "okn_chster")->click();
+            child<QPushButton>(*d, "cmdabbrechen")->click();
+        });
+        child<QPushButton>(hub, "neu")->click();
+        auto* grid = child<QTableView>(hub, "gridli");
+        QCOMPARE(grid->model()->rowCount(), 3);
+        QCOMPARE(grid->currentIndex().row(), 2);
+        QCOMPARE(grid->model()->index(2, 0).data().toString(), QStringLiteral("3"));
+    }
+
     // Lots entered one after another: [OK+Nächster] stores and proposes the next free number.
     void okNextEntersLotsOneAfterAnother()
     {
