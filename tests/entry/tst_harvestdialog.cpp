@@ -1,4 +1,5 @@
 // FH_Hiebeingabe driven through its controls, headless.
+#include "common/ui/gridformat.h"
 #include "entry/ui/harvestdialog.h"
 #include "store/sql.h"
 #include "support/entryfixture.h"
@@ -350,6 +351,8 @@ private slots:
         d.show();
         QVERIFY(QTest::qWaitForWindowExposed(&d));
         checkWidth(d.findChild<QWidget*>(name), text, number);
+        if (name.startsWith(QLatin1String("tsumme")))
+            QVERIFY(looksReadOnly(d.findChild<QWidget*>(name)));
     }
 };
 

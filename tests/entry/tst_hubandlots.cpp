@@ -1,4 +1,5 @@
 // The entry hub and the lot window: listing, copying, deleting, paying, lots and their bulk changes.
+#include "common/ui/gridformat.h"
 #include "entry/hub.h"
 #include "entry/lotentry.h"
 #include "entry/ui/hubdialog.h"
@@ -381,6 +382,8 @@ private slots:
         d.findChild<QTabWidget*>()->setCurrentIndex(page);
         QVERIFY(QTest::qWaitForWindowExposed(&d));
         checkWidth(d.findChild<QWidget*>(name), text, number);
+        if (name.startsWith(QLatin1String("tsumme")))
+            QVERIFY(looksReadOnly(d.findChild<QWidget*>(name)));
     }
 
     void mapLinkOfTheLotChecksItsCoordinates()

@@ -1,6 +1,7 @@
 #include "entry/ui/harvestdialog.h"
 
 #include "common/ui/dateedit.h"
+#include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
 #include "store/sql.h"
 
@@ -177,7 +178,7 @@ void HarvestDialog::build()
     auto* totalsGrid = new QGridLayout(totalsBox);
     for (int i = 0; i < 9; ++i) {
         QLineEdit* t = field(QStringLiteral("tsumme(%1)").arg(i), 20);
-        t->setReadOnly(true);
+        showReadOnly(t);
         t->setFocusPolicy(Qt::NoFocus);
         fixChars(t, 11);
         if (i < 7)

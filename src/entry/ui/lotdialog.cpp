@@ -1,6 +1,7 @@
 #include "entry/ui/lotdialog.h"
 
 #include "common/numbers.h"
+#include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
 #include "entry/harvestentry.h"
 #include "reports/maplink.h"
@@ -204,7 +205,7 @@ QWidget* LotDialog::buildLotPage()
     auto* totalsGrid = new QGridLayout(totals);
     for (int i = 0; i < 8; ++i) {
         QLineEdit* t = m_totals[size_t(i)] = edit(QStringLiteral("tsumme(%1)").arg(i), 20);
-        t->setReadOnly(true);
+        showReadOnly(t);
         t->setFocusPolicy(Qt::NoFocus);
         t->setAlignment(Qt::AlignRight);
         fixChars(t, 11);
