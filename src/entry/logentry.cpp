@@ -97,6 +97,16 @@ std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const 
     return std::nullopt;
 }
 
+QStringList logDoubts(const LogForm& f)
+{
+    QStringList doubts;
+    if (const double diameter = readNumber(f.measuredDiameter); diameter > PlausibleDiameterCm)
+        doubts << QStringLiteral("...die Stärke von %1 cm größer als %2 cm ist.").arg(numberText(diameter), numberText(PlausibleDiameterCm));
+    if (const double length = readNumber(f.length); length > PlausibleLengthM)
+        doubts << QStringLiteral("...die Länge von %1 m größer als %2 m ist.").arg(numberText(length), numberText(PlausibleLengthM));
+    return doubts;
+}
+
 std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& masterData, qint32 harvestId, LogForm& f,
                                        std::optional<qint32> editedId)
 {
@@ -110,6 +120,12 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
     const qint32 girthCount = toLong(readNumber(f.girthCount));
 
     // Every question is asked before anything is written.
+    if (const QStringList doubts = logDoubts(f); !doubts.isEmpty()) {
+        const QString question = QStringLiteral("Bitte prüfen Sie die Eingabe, weil...\n\n%1\n\nSoll der Stamm trotzdem so gespeichert werden?")
+                                     .arg(doubts.join(QStringLiteral("\n")));
+        if (!ctx.prompter.askYesNo(question))
+            return std::nullopt;
+    }
     qint32 number = toLong(readNumber(f.laufendeNr));
     if (!girth && runningNumberTaken(ctx.db, ctx.settings, harvestId, lot, number, editedId)) {
         const QString question = QStringLiteral("Die Laufende Nummer %1 existiert beim aktuellen Hieb (ggf. Los) bereits.\n\n"

@@ -40,6 +40,13 @@ void recomputeLog(LogForm& form, MasterDataLookup& masterData);
 // The first failed check as the whole message, or nullopt.
 std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const LogForm& form);
 
+// Values no log has, most likely a slip of the finger: storing them asks first.
+inline constexpr double PlausibleDiameterCm = 150;
+inline constexpr double PlausibleLengthM = 40;
+
+// The reasons to doubt a recomputed log ("...die Stärke von 337 cm ..."), empty when none.
+QStringList logDoubts(const LogForm& form);
+
 struct LogStoreResult {
     int rows = 0;          // 1, or the count of a girth measurement
     qint32 lastNumber = 0; // the running number stored last

@@ -226,6 +226,42 @@ private slots:
         QCOMPARE(QApplication::focusWidget(), tz(d, 1));
     }
 
+    // A crew reads out the next log while the first is stored by its access key: every key after
+    // Alt+N belongs to the new log, however fast it follows.
+    void accessKeyStoresTheLogAsItStood_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<char>("key");
+        QTest::newRow("OK+Nächster") << "okn_chster" << 'N';
+        QTest::newRow("OK") << "ok" << 'O';
+    }
+    void accessKeyStoresTheLogAsItStood()
+    {
+        QFETCH(QString, button);
+        QFETCH(char, key);
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        QApplication::setActiveWindow(&d);
+        child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("FI (Fichte)"));
+        typeLog(d, QStringLiteral("4,5"), QStringLiteral("35"));
+        tz(d, 1)->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), Qt::AltModifier);
+        const bool next = button == QStringLiteral("okn_chster");
+        if (next) {
+            for (QChar c : QStringLiteral("52"))
+                QTest::keyClick(QApplication::focusWidget(), c.toLatin1());
+        }
+        QTest::qWait(250); // long enough for a delayed click to have come
+        QCOMPARE(value(QStringLiteral("SELECT count(*) || '/' || Stärke_gemessen || '/' || Länge_m FROM Stämme WHERE Kennung = ?")),
+                 QStringLiteral("1/35/4.5"));
+        QCOMPARE(d.result(), next ? 0 : int(QDialog::Accepted));
+        if (next) {
+            QCOMPARE(tz(d, 0)->text(), QStringLiteral("2"));
+            QCOMPARE(tz(d, 2)->text(), QStringLiteral("52")); // the new log's length field
+            QCOMPARE(tz(d, 1)->text(), QStringLiteral("35"));  // the old diameter, untouched
+        }
+    }
+
     void girthFailingHalfWayStoresNothing()
     {
         execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Kennung) VALUES (1, 999998, ?)"), {m_harvest});

@@ -3,6 +3,7 @@
 #include "common/numbers.h"
 #include "common/ui/guarded.h"
 #include "devices/ui/importrun.h"
+#include "entry/ui/entrywindow.h"
 #include "entry/harvestentry.h"
 #include "entry/lotentry.h"
 #include "rules/lotrecompute.h"
@@ -205,6 +206,8 @@ void LogDialog::build()
         b->setAutoDefault(false);
         buttons->addWidget(b);
     }
+    actAtOnceOnAccessKey(m_ok);
+    actAtOnceOnAccessKey(m_okNext);
     (m_context.settings.okNextIsDefault() ? m_okNext : m_ok)->setDefault(true);
 
     auto* right = new QVBoxLayout;

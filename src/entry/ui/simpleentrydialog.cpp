@@ -5,6 +5,7 @@
 #include "common/ui/guarded.h"
 #include "entry/harvestentry.h"
 #include "entry/lotentry.h"
+#include "entry/ui/entrywindow.h"
 #include "store/gridquery.h"
 
 #include <QApplication>
@@ -94,6 +95,8 @@ void SimpleEntryDialog::finish(std::optional<qint32> lotNr)
     help->setEnabled(false); // the help filter enables and wires it when the window shows
     for (QPushButton* b : {ok, next, cancel, help})
         b->setAutoDefault(false);
+    actAtOnceOnAccessKey(ok);
+    actAtOnceOnAccessKey(next);
     (m_context.settings.okNextIsDefault() ? next : ok)->setDefault(true);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(help);

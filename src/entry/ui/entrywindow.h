@@ -1,0 +1,11 @@
+#pragma once
+// What the log, pole and stacked-wood windows share.
+class QAbstractButton;
+
+namespace tarvik {
+
+// A button's access key (Alt+N) acts at once instead of through the button's delayed animated
+// click, so keys typed right after it reach the next entry, not the one being stored.
+void actAtOnceOnAccessKey(QAbstractButton* button);
+
+} // namespace tarvik
