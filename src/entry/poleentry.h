@@ -3,6 +3,7 @@
 // of the row, the checks and the store.
 #include "store/context.h"
 
+#include <QSqlQuery>
 #include <optional>
 
 namespace tarvik {
@@ -22,5 +23,8 @@ std::optional<QString> checkPole(const QSqlDatabase& db, qint32 harvestId, const
 // Checks, asks for a missing lot, stores and brings the totals up to date; false when stopped.
 bool storePole(const AppContext& context, qint32 harvestId, PoleForm& form, std::optional<qint32> editedId);
 PoleForm loadPole(const QSqlDatabase& db, qint32 id);
+
+// The poles for the window's grid, newest first; the row's ID comes last.
+QSqlQuery poleGridQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
 
 } // namespace tarvik

@@ -4,6 +4,7 @@
 #include "rules/stackedwood.h"
 #include "store/context.h"
 
+#include <QSqlQuery>
 #include <optional>
 
 namespace tarvik {
@@ -25,5 +26,8 @@ std::optional<QString> checkStack(const QSqlDatabase& db, qint32 harvestId, cons
 // up to date; false when stopped. A section number is never stored twice.
 bool storeStack(const AppContext& context, qint32 harvestId, StackForm& form, std::optional<qint32> editedId);
 StackForm loadStack(const QSqlDatabase& db, qint32 id);
+
+// The sections for the window's grid, newest first; the row's ID comes last.
+QSqlQuery stackGridQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
 
 } // namespace tarvik
