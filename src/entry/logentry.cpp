@@ -258,12 +258,12 @@ qint32 proposedRunningNumber(const QSqlDatabase& db, const Einstellungen& settin
     return nextRunningNumber(db, settings, harvestId, lotNr, QString::number(toLong(readNumber(last)) + 1));
 }
 
-QSqlQuery lotLogsQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
+HarvestRows logGridRows(qint32 harvestId)
 {
-    return lotRowsQuery(db, QStringLiteral("Stämme"),
-                        QStringLiteral("Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, Stärke_oR, Länge_m, "
-                                       "Efm_oR, Stärkeklasse, Güteklasse, Klasse_Heilbronn, Holzpreis, Preis_berechnet, Bemerkung"),
-                        harvestId, lotNr, QStringLiteral("Laufende_Nr DESC, ID DESC"));
+    return {QStringLiteral("Stämme"),
+            QString::fromUtf8("Los_Nr Laufende_Nr Baumart Stärke_gemessen Rindenabzugsart Rindenabzug Stärke_oR Länge_m Efm_oR "
+                              "Stärkeklasse Güteklasse Zopfdurchm_cm Klasse_Heilbronn Holzpreis Preis_berechnet Bemerkung").split(u' '),
+            harvestId};
 }
 
 QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)

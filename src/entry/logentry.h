@@ -5,6 +5,7 @@
 #include "rules/pricing.h"
 #include "store/context.h"
 
+#include "store/gridquery.h"
 #include "store/rows.h"
 
 #include <QSqlQuery>
@@ -81,8 +82,8 @@ QString decimetreLength(const QString& text);
 // the lot with numbering per lot.
 qint32 proposedRunningNumber(const QSqlDatabase& db, const Einstellungen& settings, qint32 harvestId, qint32 lotNr);
 
-// The lot's logs for the window's grid, highest running number first.
-QSqlQuery lotLogsQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
+// The harvest's logs for the window's grid, newest first.
+HarvestRows logGridRows(qint32 harvestId);
 
 // The species of the lot's last entered log, proposed for the next one.
 QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);

@@ -97,11 +97,9 @@ PoleForm loadPole(const QSqlDatabase& db, qint32 id)
     return f;
 }
 
-QSqlQuery poleGridQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
+HarvestRows poleGridRows(qint32 harvestId)
 {
-    return lotRowsQuery(db, QStringLiteral("Pfähle"),
-                        QStringLiteral("Baumart, Stärke_mR, Länge_m, Anzahl, Stärkeklasse, Preis_je_Stück, Preis_berechnet, Bemerkung, ID"),
-                        harvestId, lotNr);
+    return {QStringLiteral("Pfähle"), QString::fromUtf8("Los_Nr Baumart Stärke_mR Länge_m Anzahl Stärkeklasse Preis_je_Stück Preis_berechnet Bemerkung").split(u' '), harvestId};
 }
 
 } // namespace tarvik

@@ -2,8 +2,8 @@
 // Entering poles: the class from diameter and length, the proposed price per piece, the price
 // of the row, the checks and the store.
 #include "store/context.h"
+#include "store/gridquery.h"
 
-#include <QSqlQuery>
 #include <optional>
 
 namespace tarvik {
@@ -24,7 +24,7 @@ std::optional<QString> checkPole(const QSqlDatabase& db, qint32 harvestId, const
 bool storePole(const AppContext& context, qint32 harvestId, PoleForm& form, std::optional<qint32> editedId);
 PoleForm loadPole(const QSqlDatabase& db, qint32 id);
 
-// The poles for the window's grid, newest first; the row's ID comes last.
-QSqlQuery poleGridQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
+// The poles of the harvest for the window's grid, newest first.
+HarvestRows poleGridRows(qint32 harvestId);
 
 } // namespace tarvik

@@ -130,12 +130,9 @@ StackForm loadStack(const QSqlDatabase& db, qint32 id)
     return f;
 }
 
-QSqlQuery stackGridQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
+HarvestRows stackGridRows(qint32 harvestId)
 {
-    return lotRowsQuery(db, QStringLiteral("Schichtholz"),
-                        QStringLiteral("Sektions_Nr, Baumart, Stärke, Sektionslänge_m, Sektionstiefe_m, Sektionshöhe_m, Stärkeklasse, "
-                                       "m3, Efm, Preis_je_Ster, Preis_berechnet, Bemerkung, ID"),
-                        harvestId, lotNr);
+    return {QStringLiteral("Schichtholz"), QString::fromUtf8("Los_Nr Sektions_Nr Baumart Stärke Sektionslänge_m Sektionstiefe_m Sektionshöhe_m Stärkeklasse m3 Efm Preis_je_Ster Preis_berechnet Bemerkung").split(u' '), harvestId};
 }
 
 } // namespace tarvik

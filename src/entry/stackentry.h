@@ -3,8 +3,8 @@
 // from the diameter, the checks, and the store with its section number.
 #include "rules/stackedwood.h"
 #include "store/context.h"
+#include "store/gridquery.h"
 
-#include <QSqlQuery>
 #include <optional>
 
 namespace tarvik {
@@ -27,7 +27,7 @@ std::optional<QString> checkStack(const QSqlDatabase& db, qint32 harvestId, cons
 bool storeStack(const AppContext& context, qint32 harvestId, StackForm& form, std::optional<qint32> editedId);
 StackForm loadStack(const QSqlDatabase& db, qint32 id);
 
-// The sections for the window's grid, newest first; the row's ID comes last.
-QSqlQuery stackGridQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
+// The sections of the harvest for the window's grid, newest first.
+HarvestRows stackGridRows(qint32 harvestId);
 
 } // namespace tarvik

@@ -262,6 +262,30 @@ private slots:
         }
     }
 
+    // The grid lists every log of the harvest, a page at a time: a store in a large harvest reads
+    // one page again and shows the new log on top.
+    void gridListsTheWholeHarvest()
+    {
+        createLot(db(), m_harvest, 2, QStringLiteral("Stämme"));
+        execSql(db(), QStringLiteral("WITH RECURSIVE k(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM k WHERE i < 3000) "
+                                     "INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Kennung) SELECT 1, i, 'FI (Fichte)', ? FROM k"),
+                {m_harvest});
+        LogDialog d(context(), m_harvest, std::nullopt, 2);
+        d.show();
+        auto* grid = child<QTableView>(d, "gridli");
+        QCOMPARE(grid->model()->rowCount(), 256);
+        QCOMPARE(grid->model()->headerData(0, Qt::Horizontal).toString(), QStringLiteral("Los_Nr"));
+        child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, "kom(2)")->setEditText(QStringLiteral("B"));
+        typeLog(d, QStringLiteral("4,5"), QStringLiteral("35"));
+        child<QPushButton>(d, "okn_chster")->click();
+        QCOMPARE(grid->model()->rowCount(), 256);
+        QCOMPARE(grid->model()->index(0, 0).data().toString() + u'/' + grid->model()->index(0, 1).data().toString(),
+                 QStringLiteral("2/3001"));
+        QCOMPARE(grid->selectionModel()->selectedRows().value(0).row(), 0);
+        QVERIFY(grid->isColumnHidden(grid->model()->columnCount() - 1)); // the ID
+    }
+
     void girthFailingHalfWayStoresNothing()
     {
         execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Kennung) VALUES (1, 999998, ?)"), {m_harvest});

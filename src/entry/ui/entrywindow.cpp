@@ -15,7 +15,6 @@
 #include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QShortcutEvent>
-#include <QSqlQueryModel>
 #include <QTableView>
 #include <QVBoxLayout>
 
@@ -73,7 +72,7 @@ EntryWindow::EntryWindow(const AppContext& context, qint32 harvestId, std::optio
     m_class = makeList(m_setup.classList, 6, false);
     m_remark = makeList(m_setup.remarkList, 30, true);
 
-    m_rows = new QSqlQueryModel(this);
+    m_rows = new HarvestRowsModel(this);
     m_grid = new QTableView;
     m_grid->setObjectName(QStringLiteral("gridli"));
     m_grid->setModel(m_rows);
@@ -209,13 +208,25 @@ void EntryWindow::chooseLot()
 
 void EntryWindow::refreshRows()
 {
-    const bool shown = runGuarded(m_context.prompter, [this] { m_rows->setQuery(gridRows()); });
+    const bool shown = runGuarded(m_context.prompter, [this] { m_rows->setSource(m_context.db, gridRows()); });
     if (!shown)
         m_rows->clear();
+    if (m_rows->columnCount() > 0)
+        m_grid->setColumnHidden(m_rows->columnCount() - 1, true); // the ID
+}
+
+void EntryWindow::showRow(std::optional<qint32> id)
+{
+    const int row = id ? m_rows->rowOfId(*id) : 0;
+    if (row < 0 || row >= m_rows->rowCount())
+        return;
+    m_grid->selectRow(row);
+    m_grid->scrollTo(m_rows->index(row, 0));
 }
 
 bool EntryWindow::store()
 {
+    const std::optional<qint32> stored = m_editedId; // a new row comes first in the grid
     if (!runGuarded(m_context.prompter, [this] { return storeEntry(); }))
         return false;
     if (m_context.settings.confirmationBeep())
@@ -229,6 +240,7 @@ bool EntryWindow::store()
         m_remark->addItem(remark);
     m_filling = false;
     refreshRows();
+    showRow(stored);
     return true;
 }
 

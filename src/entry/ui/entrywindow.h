@@ -4,10 +4,10 @@
 // OK/OK+Nächster/Abbrechen buttons and the flow of choosing a lot and storing an entry.
 #include "rules/masterdatalookup.h"
 #include "store/context.h"
+#include "store/gridquery.h"
 
 #include <QDialog>
 #include <QHash>
-#include <QSqlQuery>
 #include <optional>
 
 class QAbstractButton;
@@ -17,7 +17,6 @@ class QHBoxLayout;
 class QLayout;
 class QLineEdit;
 class QPushButton;
-class QSqlQueryModel;
 class QTableView;
 
 namespace tarvik {
@@ -70,12 +69,14 @@ protected:
     virtual void loadEntry(qint32 id) = 0;
     virtual void startNew() {}                                // a new entry was opened
     virtual void lotChosen(std::optional<qint32>) {}          // after the species of the lot
-    virtual QSqlQuery gridRows() const = 0;                   // the grid's query from the core
+    virtual HarvestRows gridRows() const = 0;                 // what the grid lists, from the core
     virtual bool storeEntry() = 0;                            // true when stored
     virtual void afterNext() = 0;                             // fields for the next entry
     virtual void refreshRows();                               // the grid (and what goes with it)
 
     void chooseLot();
+    // Marks the row of that ID in the grid (the newest without one) and scrolls to it.
+    void showRow(std::optional<qint32> id);
 
     AppContext m_context;
     qint32 m_harvestId;
@@ -94,7 +95,7 @@ private:
     QComboBox* m_species = nullptr;
     QComboBox* m_class = nullptr;
     QComboBox* m_remark = nullptr;
-    QSqlQueryModel* m_rows = nullptr;
+    HarvestRowsModel* m_rows = nullptr;
     QTableView* m_grid = nullptr;
     QPushButton* m_ok = nullptr;
     QPushButton* m_okNext = nullptr;

@@ -313,9 +313,9 @@ void LogDialog::lotChosen(std::optional<qint32> lot)
     recompute();
 }
 
-QSqlQuery LogDialog::gridRows() const
+HarvestRows LogDialog::gridRows() const
 {
-    return lotLogsQuery(m_context.db, m_harvestId, lotNumber().value_or(-1));
+    return logGridRows(m_harvestId);
 }
 
 void LogDialog::refreshRows()

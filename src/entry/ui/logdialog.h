@@ -25,7 +25,7 @@ protected:
     void loadEntry(qint32 id) override;
     void startNew() override;
     void lotChosen(std::optional<qint32> lot) override;
-    QSqlQuery gridRows() const override;
+    HarvestRows gridRows() const override;
     bool storeEntry() override;
     void afterNext() override;
     void refreshRows() override;

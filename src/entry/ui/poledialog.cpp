@@ -69,9 +69,9 @@ void PoleDialog::loadEntry(qint32 id)
     showDerived(f);
 }
 
-QSqlQuery PoleDialog::gridRows() const
+HarvestRows PoleDialog::gridRows() const
 {
-    return poleGridQuery(m_context.db, m_harvestId, lotNumber().value_or(0));
+    return poleGridRows(m_harvestId);
 }
 
 bool PoleDialog::storeEntry()

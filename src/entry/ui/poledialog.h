@@ -14,7 +14,7 @@ public:
 protected:
     void addFields(QFormLayout* form) override;
     void loadEntry(qint32 id) override;
-    QSqlQuery gridRows() const override;
+    HarvestRows gridRows() const override;
     bool storeEntry() override;
     void afterNext() override;
 

@@ -91,9 +91,9 @@ void StackDialog::loadEntry(qint32 id)
     showDerived(f);
 }
 
-QSqlQuery StackDialog::gridRows() const
+HarvestRows StackDialog::gridRows() const
 {
-    return stackGridQuery(m_context.db, m_harvestId, lotNumber().value_or(0));
+    return stackGridRows(m_harvestId);
 }
 
 bool StackDialog::storeEntry()

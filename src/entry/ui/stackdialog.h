@@ -15,7 +15,7 @@ protected:
     void addFields(QFormLayout* form) override;
     void loadEntry(qint32 id) override;
     void startNew() override { proposeSection(); }
-    QSqlQuery gridRows() const override;
+    HarvestRows gridRows() const override;
     bool storeEntry() override;
     void afterNext() override;
 
