@@ -63,7 +63,7 @@ EntryWindow::EntryWindow(const AppContext& context, qint32 harvestId, std::optio
       m_editedId(editedId)
 {
     setObjectName(m_setup.objectName);
-    setWindowTitle(m_setup.title + (editedId ? QStringLiteral(" - Ändern") : QStringLiteral(" - Neu")));
+    updateTitle();
     setModal(true);
 
     m_lot = makeList(0, 9, true);
@@ -100,6 +100,20 @@ EntryWindow::EntryWindow(const AppContext& context, qint32 harvestId, std::optio
     connect(m_okNext, &QPushButton::clicked, this, &EntryWindow::onOkNext);
     connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(m_lot, &QComboBox::currentTextChanged, this, &EntryWindow::chooseLot);
+}
+
+void EntryWindow::updateTitle()
+{
+    QString title = m_setup.title + (m_editedId ? QStringLiteral(" - Ändern") : QStringLiteral(" - Neu"));
+    if (m_editedId && m_opener.place() > 0)
+        title += QStringLiteral(" (%1 von %2)").arg(m_opener.place()).arg(m_opener.size());
+    setWindowTitle(title);
+}
+
+void EntryWindow::stepThrough(OpenerRows rows)
+{
+    m_opener = std::move(rows);
+    updateTitle();
 }
 
 QLineEdit* EntryWindow::makeField(int index, int maxLength, bool readOnly)
@@ -164,7 +178,9 @@ void EntryWindow::start(std::optional<qint32> lotNr)
     if (m_editedId) {
         loadEntry(*m_editedId);
         m_filling = false;
+        afterLoad();
         refreshRows();
+        showRow(m_editedId);
         return;
     }
     if (lotNr)
@@ -246,8 +262,20 @@ bool EntryWindow::store()
 
 void EntryWindow::onOk()
 {
-    if (store())
+    if (!store())
+        return;
+    const std::optional<qint32> next = m_editedId && !m_opener.isEmpty() ? m_opener.advance() : std::nullopt;
+    if (!next) {
         accept();
+        return;
+    }
+    m_editedId = next;
+    updateTitle();
+    m_filling = true;
+    loadEntry(*next);
+    m_filling = false;
+    afterLoad();
+    showRow(next);
 }
 
 void EntryWindow::onOkNext()
@@ -255,7 +283,7 @@ void EntryWindow::onOkNext()
     if (!store())
         return;
     m_editedId.reset();
-    setWindowTitle(m_setup.title + QStringLiteral(" - Neu"));
+    updateTitle();
     m_filling = true;
     afterNext();
     m_filling = false;

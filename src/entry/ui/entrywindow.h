@@ -2,6 +2,7 @@
 // What the log, pole and stacked-wood windows share: the harvest they work in, the row being
 // changed, the lot, species, class and remark lists, the grid of the harvest's rows, the
 // OK/OK+Nächster/Abbrechen buttons and the flow of choosing a lot and storing an entry.
+#include "common/openerrows.h"
 #include "rules/masterdatalookup.h"
 #include "store/context.h"
 #include "store/gridquery.h"
@@ -29,6 +30,9 @@ class EntryWindow : public QDialog {
     Q_OBJECT
 public:
     QLineEdit* field(int index) const { return m_fields.value(index); }
+    // Mode "Ändern": OK stores the row shown and shows the next of the opener's list (after the
+    // last the first) instead of closing; Abbrechen closes.
+    void stepThrough(OpenerRows rows);
 
 protected:
     struct Setup {
@@ -67,6 +71,7 @@ protected:
 
     virtual void addFields(QFormLayout*) {}
     virtual void loadEntry(qint32 id) = 0;
+    virtual void afterLoad() {}                               // a stored row is shown (m_filling off)
     virtual void startNew() {}                                // a new entry was opened
     virtual void lotChosen(std::optional<qint32>) {}          // after the species of the lot
     virtual HarvestRows gridRows() const = 0;                 // what the grid lists, from the core
@@ -85,11 +90,13 @@ protected:
 
 private:
     bool store();
+    void updateTitle();
     void onOk();
     void onOkNext();
 
     Setup m_setup;
     std::optional<qint32> m_editedId;
+    OpenerRows m_opener;
     QHash<int, QLineEdit*> m_fields;
     QComboBox* m_lot = nullptr;
     QComboBox* m_species = nullptr;

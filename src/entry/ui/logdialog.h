@@ -23,6 +23,7 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void loadEntry(qint32 id) override;
+    void afterLoad() override { recompute(); }
     void startNew() override;
     void lotChosen(std::optional<qint32> lot) override;
     HarvestRows gridRows() const override;
