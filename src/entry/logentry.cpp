@@ -104,6 +104,8 @@ QStringList logDoubts(const LogForm& f)
         doubts << QStringLiteral("...die Stärke von %1 cm größer als %2 cm ist.").arg(numberText(diameter), numberText(PlausibleDiameterCm));
     if (const double length = readNumber(f.length); length > PlausibleLengthM)
         doubts << QStringLiteral("...die Länge von %1 m größer als %2 m ist.").arg(numberText(length), numberText(PlausibleLengthM));
+    if (f.quality.trimmed().isEmpty() && formatDecimal(f.gross, 2) == QStringLiteral("0,00"))
+        doubts << QStringLiteral("...der Stamm keine Güteklasse hat und 0,00 € kostet.");
     return doubts;
 }
 
@@ -245,7 +247,7 @@ QString lotSummary(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
 QString decimetreLength(const QString& text)
 {
     if (text.size() == 3 && !text.contains(u'.') && !text.contains(u','))
-        return text.left(2) + u'.' + text.right(1);
+        return formatDecimal(readNumber(text) / 10, 1);
     return text;
 }
 
@@ -269,6 +271,11 @@ HarvestRows logGridRows(qint32 harvestId)
 QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
 {
     return lastValueOfLot(db, QStringLiteral("Stämme"), QStringLiteral("Baumart"), harvestId, lotNr);
+}
+
+QString lastQualityOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
+{
+    return lastValueOfLot(db, QStringLiteral("Stämme"), QStringLiteral("Güteklasse"), harvestId, lotNr);
 }
 
 } // namespace tarvik

@@ -45,7 +45,8 @@ std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const 
 inline constexpr double PlausibleDiameterCm = 150;
 inline constexpr double PlausibleLengthM = 40;
 
-// The reasons to doubt a recomputed log ("...die Stärke von 337 cm ..."), empty when none.
+// The reasons to doubt a recomputed log ("...die Stärke von 337 cm ...", a log without a
+// quality that is worth nothing), empty when none.
 QStringList logDoubts(const LogForm& form);
 
 struct LogStoreResult {
@@ -75,7 +76,7 @@ LogForm loadLog(const QSqlDatabase& db, qint32 id);
 // "Gesamt: …" summary of a lot with the average log's length and diameter.
 QString lotSummary(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
 
-// Quick entry of lengths in decimetres: "125" becomes "12.5"; other texts stay.
+// Quick entry of lengths in decimetres: "125" becomes "12,5", "052" "5,2"; other texts stay.
 QString decimetreLength(const QString& text);
 
 // The running number proposed for a new log: the next after the highest of the harvest, or of
@@ -85,7 +86,8 @@ qint32 proposedRunningNumber(const QSqlDatabase& db, const Einstellungen& settin
 // The harvest's logs for the window's grid, newest first.
 HarvestRows logGridRows(qint32 harvestId);
 
-// The species of the lot's last entered log, proposed for the next one.
+// The species and the quality of the lot's last entered log, proposed for the next one.
 QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
+QString lastQualityOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
 
 } // namespace tarvik

@@ -38,24 +38,35 @@ private slots:
         QTest::addColumn<QString>("diameter");
         QTest::addColumn<QString>("length");
         QTest::addColumn<QString>("quality");
+        QTest::addColumn<float>("flatPrice");
         QTest::addColumn<QStringList>("doubts");
-        QTest::newRow("ordinary log") << "35" << "4,5" << "B" << QStringList();
-        QTest::newRow("at both limits") << "150" << "40" << "B" << QStringList();
-        QTest::newRow("slipped diameter") << "337" << "4,5" << "B" << QStringList{"...die Stärke von 337 cm größer als 150 cm ist."};
-        QTest::newRow("slipped length") << "3" << "52,3" << "B"
+        const QString noQuality = QStringLiteral("...der Stamm keine Güteklasse hat und 0,00 € kostet.");
+        QTest::newRow("ordinary log") << "35" << "4,5" << "B" << 0.f << QStringList();
+        QTest::newRow("at both limits") << "150" << "40" << "B" << 0.f << QStringList();
+        QTest::newRow("slipped diameter") << "337" << "4,5" << "B" << 0.f << QStringList{"...die Stärke von 337 cm größer als 150 cm ist."};
+        QTest::newRow("slipped length") << "3" << "52,3" << "B" << 0.f
                                         << QStringList{"...die Länge von 52,3 m größer als 40 m ist."};
-        QTest::newRow("both") << "151" << "40,5" << "B"
+        QTest::newRow("both") << "151" << "40,5" << "B" << 0.f
                               << QStringList{"...die Stärke von 151 cm größer als 150 cm ist.",
                                              "...die Länge von 40,5 m größer als 40 m ist."};
+        QTest::newRow("no quality, no price") << "35" << "4,5" << "" << 0.f << QStringList{noQuality};
+        QTest::newRow("no quality, flat price") << "35" << "4,5" << "" << 50.f << QStringList();
+        QTest::newRow("no quality and slipped") << "351" << "4,5" << "" << 0.f
+                                                << QStringList{"...die Stärke von 351 cm größer als 150 cm ist.", noQuality};
     }
     void doubtfulValuesAskFirst()
     {
         QFETCH(QString, diameter);
         QFETCH(QString, length);
         QFETCH(QString, quality);
+        QFETCH(float, flatPrice);
         QFETCH(QStringList, doubts);
         MasterDataLookup lookup(db());
         LogForm f = log(diameter, length, quality);
+        if (flatPrice > 0) {
+            f.prices.preisArt = 2;
+            f.prices.pauschalpreisEfm = flatPrice;
+        }
         recomputeLog(f, lookup);
         QCOMPARE(logDoubts(f), doubts);
         const AppContext ctx = context();

@@ -166,6 +166,7 @@ QHBoxLayout* EntryWindow::buttonRow(const QList<QPushButton*>& leading)
 
 void EntryWindow::start(std::optional<qint32> lotNr)
 {
+    m_filling = true; // filling the lot list is not choosing a lot
     const QStringList lots = lotNumbers(m_context.db, m_harvestId, m_setup.sorting);
     m_lot->addItems(lots);
     m_species->addItems(listValues(m_context.db, QStringLiteral("Baumarten"), QStringLiteral("Baumart")));
@@ -174,7 +175,6 @@ void EntryWindow::start(std::optional<qint32> lotNr)
     for (QComboBox* box : {m_lot, m_species, m_remark})
         box->setEditText(QString());
 
-    m_filling = true;
     if (m_editedId) {
         loadEntry(*m_editedId);
         m_filling = false;
@@ -185,6 +185,8 @@ void EntryWindow::start(std::optional<qint32> lotNr)
     }
     if (lotNr)
         m_lot->setEditText(QString::number(*lotNr));
+    else if (lots.size() == 1)
+        m_lot->setEditText(lots.first()); // the only lot of its kind is the one meant
     m_filling = false;
     chooseLot();
     startNew();

@@ -13,6 +13,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -38,11 +39,14 @@ struct MeasureField {
     int maxLength;
     bool readOnly;
 };
-constexpr MeasureField MeasureFields[] = {
-    {0, "Laufende Nr", 6, false}, {2, "Länge (m)", 8, false},      {1, "Stärke m.R. (cm)", 4, false},
-    {3, "Zopf (cm)", 4, false},   {4, "Rindenabzug (cm)", 4, false}, {5, "Stärke o.R. (cm)", 4, true},
-    {6, "Efm o.R.", 10, true},    {8, "Mantelmessung: Anzahl", 4, false},
+// In the order a measuring crew reads out a log; the tab order is the same.
+constexpr MeasureField TypedFields[] = {
+    {0, "Laufende Nr", 6, false}, {2, "Länge (m)", 8, false}, {1, "Stärke m.R. (cm)", 4, false}, {3, "Zopf (cm)", 4, false},
 };
+constexpr MeasureField DerivedFields[] = {
+    {4, "Rindenabzug (cm)", 4, false}, {5, "Stärke o.R. (cm)", 4, true}, {6, "Efm o.R.", 10, true},
+};
+// Two columns, row by row.
 constexpr MeasureField PriceFields[] = {
     {13, "Pauschalpreis je Efm", 10, false}, {16, "Pauschalpreis für das Los", 12, false},
     {10, "- Lohn je Festmeter Holz (Einschlag)", 10, false}, {11, "- Lohn je Festmeter Holz (Rücken)", 10, false},
@@ -85,73 +89,96 @@ void LogDialog::startNew()
 
 void LogDialog::build()
 {
-    auto* measure = new QGroupBox(QStringLiteral("Stammdaten"));
-    auto* measureGrid = new QGridLayout(measure);
-    int row = 0;
     m_quality = new QComboBox;
     m_quality->setObjectName(QStringLiteral("kom(2)"));
     m_quality->setEditable(true);
     m_quality->setInsertPolicy(QComboBox::NoInsert);
     m_quality->lineEdit()->setMaxLength(5);
+    m_quality->addItems(QStringList{QString()} + listValues(m_context.db, QStringLiteral("Güteklassen"), QStringLiteral("Güteklasse")));
+    m_quality->setEditText(QString());
     m_heilbronn = new QComboBox;
     m_heilbronn->setObjectName(QStringLiteral("kom(4)"));
     m_heilbronn->setFocusPolicy(Qt::NoFocus); // from the top diameter, or picked with the mouse
-    auto addRow = [&measureGrid, &row](const QString& caption, QWidget* w) {
-        measureGrid->addWidget(new QLabel(caption), row, 0);
-        measureGrid->addWidget(w, row++, 1);
-    };
-    addRow(QStringLiteral("Los-Nr"), lotList());
-    for (const MeasureField& f : MeasureFields) {
-        addRow(QString::fromUtf8(f.caption), makeField(f.index, f.maxLength, f.readOnly));
-        if (f.index == 1)
-            addRow(QStringLiteral("Baumart"), speciesList());
-    }
-    field(0)->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,6}")), this));
-    addRow(QStringLiteral("Güteklasse"), m_quality);
-    addRow(QStringLiteral("Stärkeklasse"), classList());
-    addRow(QStringLiteral("Heilbronner Klasse"), m_heilbronn);
-    addRow(QStringLiteral("Bemerkung"), remarkList());
+    m_heilbronn->addItems(QStringList{QString()} + listValues(m_context.db, QStringLiteral("Stärkeklassen_Stämme_Heilbronn"), QStringLiteral("Klasse")));
     m_beetle = new QCheckBox(QStringLiteral("Käferholz"));
     m_beetle->setObjectName(QStringLiteral("konkäfer"));
-    addRow(QString(), m_beetle);
-    m_quality->addItems(QStringList{QString()} + listValues(m_context.db, QStringLiteral("Güteklassen"), QStringLiteral("Güteklasse")));
-    m_quality->setEditText(QString());
-    m_heilbronn->addItems(QStringList{QString()} + listValues(m_context.db, QStringLiteral("Stärkeklassen_Stämme_Heilbronn"), QStringLiteral("Klasse")));
 
-    auto* bark = new QGroupBox(QStringLiteral("Rindenabzug"));
-    auto* barkLayout = new QVBoxLayout(bark);
-    m_barkModes = new QButtonGroup(this);
-    int index = 0;
-    for (const char* caption : {"Ohne Rinde (O)", "Fester Abzug (F)", "Abzug lt. Tabelle (T)"}) {
-        auto* b = new QRadioButton(QString::fromUtf8(caption));
-        b->setObjectName(QStringLiteral("optirinde(%1)").arg(index));
-        m_barkModes->addButton(b, index++);
-        barkLayout->addWidget(b);
+    // Every control is added in reading order (down each box, boxes left to right); the tab
+    // order follows the same list, so what the eye and the Tab key meet agree.
+    QList<QWidget*> reading;
+    auto formBox = [&reading](const QString& title) {
+        auto* box = new QGroupBox(title);
+        auto* form = new QFormLayout(box);
+        auto add = [form, &reading](const QString& caption, QWidget* w) {
+            form->addRow(caption, w);
+            reading << w;
+        };
+        return std::pair{box, add};
+    };
+    auto [typed, addTyped] = formBox(QStringLiteral("Stammdaten"));
+    addTyped(QStringLiteral("Los-Nr"), lotList());
+    for (const MeasureField& f : TypedFields) {
+        if (f.index == 3)
+            addTyped(QStringLiteral("Baumart"), speciesList());
+        addTyped(QString::fromUtf8(f.caption), makeField(f.index, f.maxLength, f.readOnly));
     }
-    auto* barkLot = new QPushButton(QStringLiteral("Rindenabzug Los neu"));
-    barkLot->setObjectName(QStringLiteral("rindenabzuglos"));
-    barkLot->setToolTip(QStringLiteral("Den Rindenabzug für das LOS (links) lt. aktueller Einstellung neu berechnen"));
-    barkLayout->addWidget(barkLot);
+    addTyped(QStringLiteral("Güteklasse"), m_quality);
+    addTyped(QStringLiteral("Bemerkung"), remarkList());
+    field(0)->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,6}")), this));
+
+    auto [derived, addDerived] = formBox(QStringLiteral("Rinde und Klassen"));
+    for (const MeasureField& f : DerivedFields)
+        addDerived(QString::fromUtf8(f.caption), makeField(f.index, f.maxLength, f.readOnly));
+    addDerived(QStringLiteral("Stärkeklasse"), classList());
+    addDerived(QStringLiteral("Heilbronner Klasse"), m_heilbronn);
+    addDerived(QStringLiteral("Mantelmessung: Anzahl"), makeField(8, 4));
+    addDerived(QString(), m_beetle);
 
     auto* price = new QGroupBox(QStringLiteral("Preisberechnung"));
     auto* priceGrid = new QGridLayout(price);
     m_priceKinds = new QButtonGroup(this);
-    index = 0;
+    int index = 0;
     for (const char* caption : {"Nach der Messzahl / 100 x Messbetrag", "Nach dem Tagespreis in den Stammdaten",
                                 "Pauschalpreis von ... je Efm Holz", "Pauschalpreis von ... für das Los"}) {
         auto* b = new QRadioButton(QString::fromUtf8(caption));
         b->setObjectName(QStringLiteral("optipreis(%1)").arg(index));
         m_priceKinds->addButton(b, index);
-        priceGrid->addWidget(b, index++, 0, 1, 2);
+        priceGrid->addWidget(b, index / 2, (index % 2) * 2, 1, 2);
+        reading << b;
+        ++index;
     }
+    index = 0;
     for (const MeasureField& f : PriceFields) {
-        priceGrid->addWidget(new QLabel(QString::fromUtf8(f.caption)), index, 0);
-        priceGrid->addWidget(makeField(f.index, f.maxLength, f.readOnly), index++, 1);
+        QLineEdit* edit = makeField(f.index, f.maxLength, f.readOnly);
+        edit->setMaximumWidth(110);
+        priceGrid->addWidget(new QLabel(QString::fromUtf8(f.caption)), 2 + index / 2, (index % 2) * 2);
+        priceGrid->addWidget(edit, 2 + index / 2, (index % 2) * 2 + 1);
+        reading << edit;
+        ++index;
     }
     auto* priceLot = new QPushButton(QStringLiteral("Preise Los neu berechnen"));
     priceLot->setObjectName(QStringLiteral("preisberechnung"));
     priceLot->setToolTip(QStringLiteral("Das Los dieser Preisberechnung neu berechnen"));
-    priceGrid->addWidget(priceLot, index, 0, 1, 2);
+    priceGrid->addWidget(priceLot, 6, 0, 1, 4, Qt::AlignLeft);
+    reading << priceLot;
+
+    auto* bark = new QGroupBox(QStringLiteral("Rindenabzug"));
+    auto* barkLayout = new QHBoxLayout(bark);
+    m_barkModes = new QButtonGroup(this);
+    index = 0;
+    for (const char* caption : {"Ohne Rinde (O)", "Fester Abzug (F)", "Abzug lt. Tabelle (T)"}) {
+        auto* b = new QRadioButton(QString::fromUtf8(caption));
+        b->setObjectName(QStringLiteral("optirinde(%1)").arg(index));
+        m_barkModes->addButton(b, index++);
+        barkLayout->addWidget(b);
+        reading << b;
+    }
+    auto* barkLot = new QPushButton(QStringLiteral("Rindenabzug Los neu"));
+    barkLot->setObjectName(QStringLiteral("rindenabzuglos"));
+    barkLot->setToolTip(QStringLiteral("Den Rindenabzug für das LOS (links) lt. aktueller Einstellung neu berechnen"));
+    barkLayout->addStretch();
+    barkLayout->addWidget(barkLot);
+    reading << barkLot;
 
     m_summary = new QLabel;
     m_summary->setObjectName(QStringLiteral("bezsumme"));
@@ -163,30 +190,29 @@ void LogDialog::build()
         b->setObjectName(QString::fromUtf8(name));
         connect(b, &QPushButton::clicked, this, [this, source] { onImport(source); });
         imports << b;
+        reading << b;
     }
+    reading << okButton() << okNextButton();
+    for (qsizetype i = 1; i < reading.size(); ++i)
+        setTabOrder(reading[i - 1], reading[i]);
 
     auto* right = new QVBoxLayout;
-    right->addWidget(bark);
     right->addWidget(price);
+    right->addWidget(bark);
     right->addStretch();
     auto* top = new QHBoxLayout;
-    top->addWidget(measure);
-    top->addLayout(right);
+    top->addWidget(typed, 0, Qt::AlignTop);
+    top->addWidget(derived, 0, Qt::AlignTop);
+    top->addLayout(right, 1);
+    // At least twelve logs stay in view below the fields.
+    grid()->setMinimumHeight(grid()->horizontalHeader()->sizeHint().height() + 12 * grid()->verticalHeader()->defaultSectionSize()
+                             + 2 * grid()->frameWidth());
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top);
     layout->addWidget(m_summary);
     layout->addWidget(grid(), 1);
     layout->addLayout(buttonRow(imports));
-    resize(980, 760);
-
-    // Tab order as a measuring crew dictates: number, length, diameter, top, species, quality.
-    setTabOrder(lotList(), field(0));
-    setTabOrder(field(0), field(2));
-    setTabOrder(field(2), field(1));
-    setTabOrder(field(1), field(3));
-    setTabOrder(field(3), speciesList());
-    setTabOrder(speciesList(), m_quality);
-    setTabOrder(m_quality, remarkList());
+    resize(1240, 700);
 
     for (QLineEdit* edit : findChildren<QLineEdit*>(QRegularExpression(QStringLiteral("^tz\\("))))
         connect(edit, &QLineEdit::textEdited, this, &LogDialog::recompute);
@@ -293,7 +319,11 @@ void LogDialog::recompute()
 void LogDialog::lotChosen(std::optional<qint32> lot)
 {
     if (lot) {
+        // Like the species, the quality of the lot's last log is the likely one for the next.
+        const auto quality = runGuarded(m_context.prompter, [&] { return lastQualityOfLot(m_context.db, m_harvestId, *lot); });
         m_filling = true;
+        if (quality && !quality->isEmpty())
+            m_quality->setEditText(*quality);
         LogForm prices = read();
         if (const auto settings = loadLotPriceSettings(m_context.db, m_harvestId, *lot))
             prices.prices = *settings;
