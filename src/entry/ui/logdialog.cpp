@@ -71,6 +71,7 @@ LogDialog::LogDialog(const AppContext& context, qint32 harvestId, std::optional<
 void LogDialog::loadEntry(qint32 id)
 {
     LogForm form = loadLog(m_context.db, id);
+    m_heilbronnComputed = false; // a stored class stays unless a top diameter gives another
     if (const auto prices = loadLotPriceSettings(m_context.db, m_harvestId, toLong(readNumber(form.losNr))))
         form.prices = *prices;
     showForm(form);
