@@ -100,9 +100,22 @@ SwapResult swapInStagedRestore(const QString& dataFolder, const QDateTime& now)
 
     QFile::remove(staged.filePath(QLatin1String(SwapMarkerName)));
     QDir(staged.path()).removeRecursively();
+    removeOlderSafetyCopies(dataFolder);
     result.swapped = true;
     result.safetyCopy = QDir(safety).path() + u'/';
     return result;
+}
+
+int removeOlderSafetyCopies(const QString& dataFolder, int keep)
+{
+    // The names carry the date and time, so the name order is the age order.
+    const QStringList copies = QDir(dataFolder).entryList({QLatin1String(SafetyCopyPrefix) + u'*'}, QDir::Dirs | QDir::NoDotAndDotDot,
+                                                          QDir::Name | QDir::Reversed);
+    int removed = 0;
+    for (qsizetype i = keep; i < copies.size(); ++i)
+        if (QDir(QDir(dataFolder).filePath(copies.at(i))).removeRecursively())
+            ++removed;
+    return removed;
 }
 
 void applyStagedRestore(const QString& dataFolder, Prompter& prompter)

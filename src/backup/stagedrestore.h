@@ -31,6 +31,10 @@ struct SwapResult {
 // restore. A failed swap is undone.
 SwapResult swapInStagedRestore(const QString& dataFolder, const QDateTime& now);
 
+// Safety copies pile up with every restore: the newest `keep` stay, older ones are removed after
+// a swap succeeded. Returns how many were removed.
+int removeOlderSafetyCopies(const QString& dataFolder, int keep = 3);
+
 // Called at start-up before the database is opened: swaps a staged restore in and says so.
 void applyStagedRestore(const QString& dataFolder, Prompter& prompter);
 

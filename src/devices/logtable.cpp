@@ -38,15 +38,20 @@ LogTable parseLogTable(const QByteArray& bytes)
                           .arg(QLatin1String(LogTableHeader));
         return table;
     }
+    // A file that stops inside its last line (a transfer cut off) ends without a line end; that
+    // line is taken only when all its fields arrived, else a cut "34" would be stored as "3".
+    const bool lastLineOpen = !data.endsWith('\n');
+    constexpr qsizetype AllFields = 9;
     for (qsizetype i = 1; i < lines.size(); ++i) {
         const QString& line = lines.at(i);
         if (line.trimmed().isEmpty())
             continue;
         const QStringList f = line.split(u';');
+        const bool cutOff = lastLineOpen && i == lines.size() - 1 && f.size() < AllFields;
         bool lotOk = false;
         bool numberOk = false;
         ImportedLog log;
-        if (f.size() >= 6) {
+        if (f.size() >= 6 && !cutOff) {
             log.lot = f.at(0).trimmed().toInt(&lotOk);
             log.number = f.at(1).trimmed().toInt(&numberOk);
         }

@@ -6,6 +6,7 @@
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
+#include "common/ui/gridformat.h"
 
 #include <QAbstractItemModel>
 #include <QApplication>
@@ -13,7 +14,10 @@
 #include <QFile>
 #include <QLabel>
 #include <QMenu>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSettings>
+#include <QTest>
 #include <QRadioButton>
 #include <QTimer>
 #include <QStandardPaths>
@@ -198,6 +202,111 @@ private slots:
         MainWindow again(*m_session, m_prompter, m_clock);
         again.refill();
         QCOMPARE(again.findChild<QTableView*>(QStringLiteral("datali"))->columnWidth(3), 217);
+    }
+
+    // The list reads as a paper list does: figures right with a decimal comma, names left,
+    // dates as "dd.mm.yyyy".
+    void listCellsReadLikeAPaperList_data()
+    {
+        QTest::addColumn<int>("column");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("alignment");
+        const int right = int(Qt::AlignRight | Qt::AlignVCenter), left = int(Qt::AlignLeft | Qt::AlignVCenter);
+        QTest::newRow("Hieb_Nr") << 0 << "4" << right;
+        QTest::newRow("Waldname") << 3 << "Hoher Wald" << left;
+        QTest::newRow("Hiebfläche") << 5 << "2,5000" << right;
+        QTest::newRow("Hiebdatum_von") << 8 << "02.11.2026" << left;
+        QTest::newRow("Stämme_Efm") << 11 << "1,200" << right;
+        QTest::newRow("Stämme_Anzahl") << 12 << "3" << right;
+    }
+    void listCellsReadLikeAPaperList()
+    {
+        QFETCH(int, column);
+        execSql(db(), QStringLiteral("DELETE FROM Hiebe"));
+        const qint32 id = addHarvest(4, 2.5, 3, 1.2);
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Waldname = 'Hoher Wald', Hiebdatum_von = '2026-11-02' WHERE ID = ?"), {id});
+        MainWindow w(*m_session, m_prompter, m_clock);
+        w.refill();
+        const QAbstractItemModel* m = w.findChild<QTableView*>(QStringLiteral("datali"))->model();
+        QTEST(m->index(0, column).data(Qt::DisplayRole).toString(), "text");
+        QTEST(m->index(0, column).data(Qt::TextAlignmentRole).toInt(), "alignment");
+    }
+
+    // Without remembered widths a column fits its content: a long owner name is not cut, a
+    // long remark does not push the other columns out of sight.
+    void firstStartWidthsFitTheContent()
+    {
+        execSql(db(), QStringLiteral("DELETE FROM Hiebe"));
+        const qint32 id = addHarvest(5, 1, 0, 0);
+        const QString owner = QStringLiteral("FBG Oberes Murrtal Hinterwald");
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Waldbesitzer_Name = ?, Bemerkung = ? WHERE ID = ?"),
+                {owner, QString(200, u'x'), id});
+        QSettings(QStringLiteral("TARVIK"), QStringLiteral("TARVIK")).remove(QStringLiteral("datali"));
+        MainWindow w(*m_session, m_prompter, m_clock);
+        w.refill();
+        const QTableView* list = w.findChild<QTableView*>(QStringLiteral("datali"));
+        const int ownerColumn = int(harvestListColumns().indexOf(QStringLiteral("Waldbesitzer_Name")));
+        const int remarkColumn = int(harvestListColumns().indexOf(QStringLiteral("Bemerkung")));
+        QVERIFY(list->columnWidth(ownerColumn) >= list->fontMetrics().horizontalAdvance(owner));
+        QVERIFY(list->columnWidth(remarkColumn) <= 320);
+        QVERIFY(list->columnWidth(2) < list->columnWidth(ownerColumn)); // "Selektiert" holds one letter
+    }
+
+    // A long statistics line is cut, not allowed to push the window wider than the user made it.
+    void longStatisticsDoNotWidenTheWindow()
+    {
+        execSql(db(), QStringLiteral("DELETE FROM Hiebe"));
+        addHarvest(6, 123456.789, 999999, 9999999.5);
+        MainWindow w(*m_session, m_prompter, m_clock);
+        w.resize(900, 600);
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QTest::qWait(50); // the first activation fills the list and its statistics
+        const int width = w.width();
+        QCOMPARE(width, 900);
+        w.refill();
+        QApplication::processEvents();
+        QCOMPARE(w.width(), width);
+        const auto* statistics = w.findChild<QLabel*>(QStringLiteral("bezstati"));
+        QVERIFY(statistics->text().endsWith(QStringLiteral("Schichtholz_Efm=0,000")));
+        QCOMPARE(statistics->toolTip(), statistics->text()); // the whole line on hovering
+        m_prompter.clear();
+        m_session->settings.text[12] = QStringLiteral("20.11.2026");
+    }
+
+    // The info field shows the harvest of the current row, whether the row changes by key or by mouse.
+    void infoFollowsTheCurrentRow()
+    {
+        execSql(db(), QStringLiteral("DELETE FROM Hiebe"));
+        const qint32 first = addHarvest(7, 1.25, 0, 0);
+        const qint32 second = addHarvest(8, 0, 0, 0);
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Waldname = 'Birkenhain', Waldbesitzer_Name = 'Anna O''Brien' WHERE ID = ?"),
+                {second});
+        MainWindow w(*m_session, m_prompter, m_clock);
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QTest::qWait(50);
+        w.refill();
+        auto* list = w.findChild<QTableView*>(QStringLiteral("datali"));
+        const auto* info = w.findChild<QPlainTextEdit*>(QStringLiteral("text1"));
+        QCOMPARE(w.currentHarvestId(), first);
+        QVERIFY2(info->toPlainText().contains(QStringLiteral("Eichwald")), qPrintable(info->toPlainText()));
+        QVERIFY(info->toPlainText().contains(QStringLiteral("1,2500")));
+
+        list->setFocus();
+        QTest::keyClick(list, Qt::Key_Down);
+        QCOMPARE(w.currentHarvestId(), second);
+        QVERIFY2(info->toPlainText().contains(QStringLiteral("Birkenhain")), qPrintable(info->toPlainText()));
+        QVERIFY(info->toPlainText().contains(QStringLiteral("Anna O'Brien")));
+        QVERIFY(!info->toPlainText().contains(QStringLiteral("Eichwald")));
+
+        const QRect firstRow = list->visualRect(list->model()->index(0, 3));
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, firstRow.center());
+        QCOMPARE(w.currentHarvestId(), first);
+        QVERIFY(info->toPlainText().contains(QStringLiteral("Eichwald")));
+        QVERIFY(looksReadOnly(info));
+        m_prompter.clear();
+        m_session->settings.text[12] = QStringLiteral("20.11.2026");
     }
 
     // The button, the menu entry and a Yes to the exit reminder each open the backup wizard.

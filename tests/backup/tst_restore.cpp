@@ -173,6 +173,29 @@ private slots:
         QCOMPARE(rowsOf(other), rowsOf(origin));
     }
 
+    // Each restore keeps the replaced files; only the three newest such folders stay.
+    void olderSafetyCopiesAreRemoved()
+    {
+        test::TempDataFolder origin;
+        fill(origin, 1, QStringLiteral("Eichwald"));
+        const QString archive = localArchiveFolder(origin.path()) + archiveName(QDate(2026, 11, 23));
+        QVERIFY(writeArchive(origin.path(), archive).ok);
+        test::TempDataFolder data;
+        fill(data, 50, QStringLiteral("Buchenhang"));
+        const QStringList older{QStringLiteral("Sicherheitskopie_2025-01-02_080000"), QStringLiteral("Sicherheitskopie_2026-03-04_090000"),
+                                QStringLiteral("Sicherheitskopie_2026-10-30_170000")};
+        for (const QString& name : older + QStringList{QStringLiteral("Sicherungen_privat")}) {
+            QVERIFY(QDir(data.path()).mkdir(name));
+            test::writeBytes(data.filePath(name + QStringLiteral("/TARVIK3.db")), "alt");
+        }
+        QVERIFY(stageRestore(archive, data.path(), std::nullopt).ok);
+        const SwapResult swap = swapInStagedRestore(data.path(), QDateTime(QDate(2026, 11, 24), QTime(8, 0)));
+        QVERIFY2(swap.swapped, qPrintable(swap.error));
+        const QStringList left = QDir(data.path()).entryList({QStringLiteral("Sicherheitskopie_*")}, QDir::Dirs, QDir::Name);
+        QCOMPARE(left, (QStringList{older.at(1), older.at(2), QStringLiteral("Sicherheitskopie_2026-11-24_080000")}));
+        QVERIFY(QFile::exists(data.filePath(QStringLiteral("Sicherungen_privat/TARVIK3.db"))));
+    }
+
     void halfWrittenStagingIsDiscarded()
     {
         test::TempDataFolder data;

@@ -214,6 +214,29 @@ private slots:
         QCOMPARE(parseLogTable(QByteArray(LogTableHeader) + "\n1;1;Lä;;4;30\n").logs.at(0).species, QStringLiteral("Lä"));
     }
 
+    // A file cut off inside its last line loses that log, never a digit of it.
+    void logTableCutOffLastLine_data()
+    {
+        QTest::addColumn<QByteArray>("tail");
+        QTest::addColumn<int>("logs");
+        QTest::newRow("cut inside the diameter") << QByteArray("2;18;Fi;B;4,5;3") << 1;
+        QTest::newRow("cut after the top") << QByteArray("2;18;Fi;B;4,5;34;20") << 1;
+        QTest::newRow("all fields, no line end") << QByteArray("2;18;Fi;B;4,5;34;20;N;") << 2;
+        QTest::newRow("cut inside the remark only") << QByteArray("2;18;Fi;B;4,5;34;20;N;Gab") << 2;
+        QTest::newRow("short line with its line end") << QByteArray("2;18;Fi;B;4,5;34\r\n") << 2;
+    }
+    void logTableCutOffLastLine()
+    {
+        QFETCH(QByteArray, tail);
+        QFETCH(int, logs);
+        const LogTable t = parseLogTable(QByteArray(LogTableHeader) + "\r\n2;17;Fi;B;4,5;35;;N;\r\n" + tail);
+        QVERIFY(t.error.isEmpty());
+        QCOMPARE(t.logs.size(), logs);
+        QCOMPARE(t.unreadableLines, 2 - logs);
+        if (logs == 2)
+            QCOMPARE(t.logs.at(1).diameter, QStringLiteral("34"));
+    }
+
     void logTableRefusals_data()
     {
         QTest::addColumn<QByteArray>("bytes");

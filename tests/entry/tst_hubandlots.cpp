@@ -18,6 +18,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSettings>
+#include <QStandardPaths>
 #include <QTableView>
 #include <QTimer>
 
@@ -125,6 +127,59 @@ private slots:
         }
         QCOMPARE(remarks, (QStringList{QStringLiteral("geprüft 2"), QStringLiteral("geprüft 3"), QStringLiteral("geprüft 1")}));
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM \"%1\" WHERE Kennung = ?").arg(table)), QStringLiteral("3"));
+    }
+
+    // The hub's grid reads as a paper list: money with two decimals, figures right, names left.
+    void hubGridReadsLikeAPaperList_data()
+    {
+        QTest::addColumn<QString>("column");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("alignment");
+        const int right = int(Qt::AlignRight | Qt::AlignVCenter), left = int(Qt::AlignLeft | Qt::AlignVCenter);
+        QTest::newRow("Holzpreis") << "Holzpreis" << "2,50" << right;
+        QTest::newRow("Preis_berechnet") << "Preis_berechnet" << "110,00" << right;
+        QTest::newRow("Länge_m") << "Länge_m" << "5,20" << right;
+        QTest::newRow("Efm_oR") << "Efm_oR" << "0,412" << right;
+        QTest::newRow("Stärke_gemessen") << "Stärke_gemessen" << "30" << right;
+        QTest::newRow("Baumart") << "Baumart" << "FI (Fichte)" << left;
+    }
+    void hubGridReadsLikeAPaperList()
+    {
+        QFETCH(QString, column);
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        test::addTypedLog(db(), m_harvest, 1, 1, QStringLiteral("FI (Fichte)"), 30, double(5.2f), QStringLiteral("O"));
+        execSql(db(), QStringLiteral("UPDATE Stämme SET Holzpreis = 2.5, Preis_berechnet = 110, Efm_oR = 0.41234 WHERE Kennung = ?"),
+                {m_harvest});
+        HubDialog hub(context(), m_harvest, HubList::Staemme);
+        const QAbstractItemModel* m = child<QTableView>(hub, "gridli")->model();
+        int c = 0;
+        while (c < m->columnCount() && m->headerData(c, Qt::Horizontal).toString() != column)
+            ++c;
+        QVERIFY(c < m->columnCount());
+        QTEST(m->index(0, c).data(Qt::DisplayRole).toString(), "text");
+        QTEST(m->index(0, c).data(Qt::TextAlignmentRole).toInt(), "alignment");
+    }
+
+    // Each list keeps its own widths: a width the user gave a column of the lots is not put on
+    // the column of the logs that happens to have the same place.
+    void eachListKeepsItsOwnWidths()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QSettings(QStringLiteral("TARVIK"), QStringLiteral("TARVIK")).remove(QStringLiteral("eingabe"));
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        test::addTypedLog(db(), m_harvest, 1, 1, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        HubDialog hub(context(), m_harvest, HubList::Lose);
+        auto* grid = child<QTableView>(hub, "gridli");
+        grid->setColumnWidth(2, 217);
+        child<QRadioButton>(hub, "opti(1)")->click();
+        QCOMPARE(grid->model()->headerData(2, Qt::Horizontal).toString(), QStringLiteral("Baumart"));
+        QVERIFY(grid->columnWidth(2) != 217);
+        grid->setColumnWidth(2, 150);
+        child<QRadioButton>(hub, "opti(0)")->click();
+        QCOMPARE(grid->columnWidth(2), 217);
+        hub.accept();
+        HubDialog again(context(), m_harvest, HubList::Staemme);
+        QCOMPARE(child<QTableView>(again, "gridli")->columnWidth(2), 150); // and they survive closing
     }
 
     void copyTakesTheNextFreeNumber()

@@ -2,6 +2,7 @@
 // store with every reason, the buyer's details, stepping through the hub's invoices, captions,
 // and printing an invoice into a PDF read back with poppler's pdftotext.
 #include "common/textfile.h"
+#include "common/ui/gridformat.h"
 #include "entry/ui/hubdialog.h"
 #include "invoices/invoicedata.h"
 #include "invoices/ui/invoicedialog.h"
@@ -110,6 +111,11 @@ private slots:
         auto* li = child<QTableWidget>(d, "li");
         QCOMPARE(li->rowCount(), 4);
         QVERIFY(child<QPlainTextEdit>(d, "t(3)")->toPlainText().isEmpty());
+        QVERIFY(looksReadOnly(child<QPlainTextEdit>(d, "t(3)")));
+        QVERIFY(!looksReadOnly(child<QLineEdit>(d, "tz(0)")));
+        // Numbers right, names left, in the grid's own model.
+        QCOMPARE(li->model()->index(0, 1).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
+        QCOMPARE(li->model()->index(0, 4).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignLeft | Qt::AlignVCenter));
 
         typeAddress(d);
         mark(li, m_lots.stackLot);
@@ -202,6 +208,8 @@ private slots:
         QCOMPARE(number->text(), QStringLiteral("12"));
         QVERIFY(!child<QPushButton>(d, "ok(0)")->isEnabled());
         QVERIFY(number->isReadOnly());
+        QVERIFY(looksReadOnly(number)); // a stored invoice is shown, not changed, and looks it
+        QVERIFY(looksReadOnly(child<QLineEdit>(d, "t(0)")));
         const std::pair<const char*, const char*> steps[] = {{"ok(2)", "13"}, {"ok(2)", "11"}, {"ok(1)", "13"}, {"ok(1)", "12"},
                                                              {"ok(1)", "11"}, {"ok(1)", "13"}};
         for (const auto& [button, expected] : steps) {

@@ -11,6 +11,7 @@
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
 
+#include <QAbstractProxyModel>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
@@ -42,9 +43,15 @@ void onNextModal(const std::function<void(QWidget&)>& step)
     });
 }
 
+// The grid's rows as the hub's query delivered them, behind the grid's formatting.
+QSqlQueryModel* sqlModel(const QTableView& grid)
+{
+    return static_cast<QSqlQueryModel*>(qobject_cast<QAbstractProxyModel*>(grid.model())->sourceModel());
+}
+
 int rowOf(const QTableView& grid, const QString& column, const QString& value)
 {
-    auto* model = static_cast<QSqlQueryModel*>(grid.model());
+    auto* model = sqlModel(grid);
     for (int r = 0; r < model->rowCount(); ++r)
         if (model->record(r).value(column).toString() == value)
             return r;
@@ -162,7 +169,7 @@ private slots:
 
         // The day prices list shows the new column; deleting the class drops it while listed.
         child<QRadioButton>(hub, "opti(10)")->click();
-        auto* model = static_cast<QSqlQueryModel*>(grid->model());
+        auto* model = sqlModel(*grid);
         QCOMPARE(model->record().fieldName(model->columnCount() - 2), QStringLiteral("SK_L7"));
         QCOMPARE(model->record().fieldName(model->columnCount() - 1), QStringLiteral("ID"));
         QVERIFY(!child<QPushButton>(hub, "neu")->isEnabled());
@@ -175,11 +182,55 @@ private slots:
         QVERIFY(!schema::hasColumn(db(), QStringLiteral("Tagespreise"), QStringLiteral("SK_L7")));
     }
 
+    // Prices read as money, classes and species as names; in a list whose price cells are typed
+    // into, the cells that cannot be are shaded.
+    void gridCellsReadLikeAPaperList()
+    {
+        execSql(db(), QStringLiteral("UPDATE Tagespreise SET SK_L3a = 88.5 WHERE Baumart = 'FI (Fichte)'"));
+        execSql(db(), QStringLiteral("UPDATE Stärkeklassen_Pfähle SET Schätzpreis_je_St = 1.2 WHERE Klasse = 'P2'"));
+        MasterDataHub hub(context(), MasterList::Tagespreise);
+        auto* grid = child<QTableView>(hub, "li");
+        const QAbstractItemModel* m = grid->model();
+        const int row = rowOf(*grid, QStringLiteral("Baumart"), QStringLiteral("FI (Fichte)"));
+        const int price = sqlModel(*grid)->record().indexOf(QStringLiteral("SK_L3a"));
+        const int right = int(Qt::AlignRight | Qt::AlignVCenter), left = int(Qt::AlignLeft | Qt::AlignVCenter);
+        QCOMPARE(m->index(row, price).data().toString(), QStringLiteral("88,50"));
+        QCOMPARE(m->index(row, price).data(Qt::TextAlignmentRole).toInt(), right);
+        QCOMPARE(m->index(row, 0).data(Qt::TextAlignmentRole).toInt(), left);
+        QVERIFY(m->index(row, 0).data(Qt::BackgroundRole).isValid());
+        QVERIFY(!m->index(row, price).data(Qt::BackgroundRole).isValid());
+
+        child<QRadioButton>(hub, "opti(3)")->click();
+        const int p2 = rowOf(*grid, QStringLiteral("Klasse"), QStringLiteral("P2"));
+        const int estimate = sqlModel(*grid)->record().indexOf(QStringLiteral("Schätzpreis_je_St"));
+        QCOMPARE(m->index(p2, estimate).data().toString(), QStringLiteral("1,20"));
+        QCOMPARE(m->index(p2, estimate).data(Qt::TextAlignmentRole).toInt(), right);
+        QVERIFY(!m->index(p2, 0).data(Qt::BackgroundRole).isValid()); // a list changed in its editor only
+    }
+
+    // A field is as wide as the text it takes: a class name of six letters is not stretched
+    // over the window, a species name of 22 is not cut.
+    void editorFieldsFitTheirText()
+    {
+        ClassEditor classes(context(), ClassTable::Staemme, EditMode::Neu, {}, std::nullopt);
+        SpeciesEditor species(context(), EditMode::Neu, {}, std::nullopt);
+        for (QDialog* d : {static_cast<QDialog*>(&classes), static_cast<QDialog*>(&species)}) {
+            d->resize(900, 300);
+            d->show();
+            QVERIFY(QTest::qWaitForWindowExposed(d));
+        }
+        auto* klasse = child<QLineEdit>(classes, "tz(0)");
+        auto* baumart = child<QLineEdit>(species, "tz(0)");
+        QVERIFY2(klasse->width() < 200, qPrintable(QString::number(klasse->width())));
+        QVERIFY(baumart->width() >= baumart->fontMetrics().horizontalAdvance(QStringLiteral("WK (Weymouthskiefer)")));
+        QVERIFY(baumart->width() < 400);
+    }
+
     void dayPriceCellsAndCopies()
     {
         MasterDataHub hub(context(), MasterList::Tagespreise);
         auto* grid = child<QTableView>(hub, "li");
-        auto* model = static_cast<QSqlQueryModel*>(grid->model());
+        auto* model = sqlModel(*grid);
         const int row = rowOf(*grid, QStringLiteral("Baumart"), QStringLiteral("FI (Fichte)"));
         const int column = model->record().indexOf(QStringLiteral("SK_L3a"));
         QVERIFY(!(model->flags(model->index(row, 0)) & Qt::ItemIsEditable));

@@ -12,6 +12,8 @@
 #include "reports/ui/lotmapdialog.h"
 #include "common/prompter.h"
 #include "common/ui/columnwidths.h"
+#include "common/ui/elidedlabel.h"
+#include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
 #include "entry/ui/harvestdialog.h"
 #include "exchange/exportfiles.h"
@@ -82,7 +84,7 @@ QString MainWindow::caption() { return QStringLiteral("TARVIK 3.0.28 - Die Holzl
 
 MainWindow::MainWindow(Session& session, Prompter& prompter, const Clock& clock, QWidget* parent)
     : QMainWindow(parent), m_session(session), m_prompter(prompter), m_clock(clock),
-      m_model(new HarvestListModel(this)), m_list(new QTableView), m_info(new QPlainTextEdit), m_statistics(new QLabel)
+      m_model(new HarvestListModel(this)), m_list(new QTableView), m_info(new QPlainTextEdit), m_statistics(new ElidedLabel)
 {
     setObjectName(QStringLiteral("AF_Tarvik"));
     setWindowTitle(QStringLiteral("TARVIK"));
@@ -90,6 +92,7 @@ MainWindow::MainWindow(Session& session, Prompter& prompter, const Clock& clock,
 
     m_list->setObjectName(QStringLiteral("datali"));
     m_list->setModel(m_model);
+    formatGrid(m_list); // rows of m_list->model() are rows of m_model
     m_list->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_list->setSelectionMode(QAbstractItemView::ExtendedSelection); // Ctrl and the mouse mark several rows
     m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -97,6 +100,9 @@ MainWindow::MainWindow(Session& session, Prompter& prompter, const Clock& clock,
     m_list->verticalHeader()->setDefaultSectionSize(m_list->fontMetrics().height() + 6);
     m_list->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(m_list, &QTableView::doubleClicked, this, &MainWindow::changeHarvest);
+    // The info field shows the harvest of the current row, however the row was reached.
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this](const QModelIndex& current) { showHarvestInfo(current.row()); });
 
     auto* popup = new QMenu(QStringLiteral("Hieb"), this);
     popup->setObjectName(QStringLiteral("popupliste"));
@@ -111,12 +117,11 @@ MainWindow::MainWindow(Session& session, Prompter& prompter, const Clock& clock,
             [this, popup](const QPoint& at) { popup->exec(m_list->viewport()->mapToGlobal(at)); });
 
     m_info->setObjectName(QStringLiteral("text1"));
-    m_info->setReadOnly(true);
+    showReadOnly(m_info);
     m_info->setFont(fixedPitchFont());
     m_info->setLineWrapMode(QPlainTextEdit::NoWrap);
     m_info->setFixedWidth(NarrowInfo);
     m_statistics->setObjectName(QStringLiteral("bezstati"));
-    m_statistics->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
     buildMenus();
     auto* listAndInfo = new QHBoxLayout;
@@ -345,7 +350,7 @@ void MainWindow::refill()
         const bool rangeUsable = !rangeRefusal(m_session.settings);
         m_model->refill(m_session.database->listHandle(),
                         rangeUsable ? harvestFilter(0, std::nullopt, m_session.settings) : HarvestFilter{});
-        m_statistics->setText(harvestStatistics(*m_model).text());
+        m_statistics->setFullText(harvestStatistics(*m_model).text());
     });
     if (!filled) {
         QApplication::restoreOverrideCursor();
@@ -353,6 +358,8 @@ void MainWindow::refill()
     }
     restoreColumnWidths();
     selectHarvest(current);
+    if (m_model->rowCount() == 0)
+        showHarvestInfo(-1);
     m_refill = false;
     QApplication::restoreOverrideCursor();
 }
@@ -371,7 +378,16 @@ void MainWindow::selectHarvest(std::optional<qint32> id)
     if (row < 0 && m_model->rowCount() > 0)
         row = 0;
     if (row >= 0)
-        m_list->setCurrentIndex(m_model->index(row, 0));
+        m_list->setCurrentIndex(listIndex(row, 0));
+}
+
+QModelIndex MainWindow::listIndex(int row, int column) const { return m_list->model()->index(row, column); }
+
+void MainWindow::showHarvestInfo(int row)
+{
+    // The harvest's data wraps in the narrow field; a report keeps its fixed-width lines.
+    m_info->setLineWrapMode(QPlainTextEdit::WidgetWidth);
+    m_info->setPlainText(m_model->infoText(row));
 }
 
 bool MainWindow::requireMarkedHarvest()
@@ -415,7 +431,7 @@ void MainWindow::deleteHarvest()
         return;
     refill();
     if (m_model->rowCount() > 0)
-        m_list->setCurrentIndex(m_model->index(std::min(row, m_model->rowCount() - 1), 0));
+        m_list->setCurrentIndex(listIndex(std::min(row, m_model->rowCount() - 1), 0));
 }
 
 std::optional<qint32> MainWindow::harvestForEntry()
@@ -482,6 +498,7 @@ void MainWindow::buildTimberList(qint32 harvestId)
     if (!built)
         return;
     const QStringList& lines = *built;
+    m_info->setLineWrapMode(QPlainTextEdit::NoWrap);
     m_info->setPlainText(lines.join(u'\n'));
     const TextFileResult written = writeTextFile(reportFilePath(m_session.dataFolder), lines);
     if (!written.ok) {
@@ -537,7 +554,7 @@ void MainWindow::markHarvests(const QList<qint32>& ids)
     for (qint32 id : ids) {
         const int row = m_model->rowOfHarvest(id);
         if (row >= 0)
-            selection.select(m_model->index(row, 0), m_model->index(row, m_model->columnCount() - 1));
+            selection.select(listIndex(row, 0), listIndex(row, m_model->columnCount() - 1));
     }
     m_list->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
@@ -581,7 +598,7 @@ void MainWindow::moveCurrent(int step)
 {
     const int row = m_list->currentIndex().row() + step;
     if (row >= 0 && row < m_model->rowCount())
-        m_list->setCurrentIndex(m_model->index(row, std::max(0, m_list->currentIndex().column())));
+        m_list->setCurrentIndex(listIndex(row, std::max(0, m_list->currentIndex().column())));
 }
 
 void MainWindow::toggleInfoWidth()
@@ -636,7 +653,7 @@ void MainWindow::openImport(bool fromHandheld)
 
 void MainWindow::saveColumnWidths() const { tarvik::saveColumnWidths(m_list, QStringLiteral("datali")); }
 
-void MainWindow::restoreColumnWidths() { tarvik::restoreColumnWidths(m_list, QStringLiteral("datali")); }
+void MainWindow::restoreColumnWidths() { fitColumnsToContent(m_list, QStringLiteral("datali")); }
 
 void MainWindow::endAfterMaintenance(bool keepSettingsFile)
 {

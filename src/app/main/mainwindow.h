@@ -8,12 +8,12 @@
 #include <QMainWindow>
 #include <optional>
 
-class QLabel;
 class QPlainTextEdit;
 class QTableView;
 
 namespace tarvik {
 
+class ElidedLabel;
 class HarvestListModel;
 
 class MainWindow : public QMainWindow {
@@ -73,6 +73,8 @@ private:
     void saveColumnWidths() const;
     void restoreColumnWidths();
     void selectHarvest(std::optional<qint32> id);
+    QModelIndex listIndex(int row, int column) const;
+    void showHarvestInfo(int row);
     AppContext context();
 
     Session& m_session;
@@ -81,7 +83,7 @@ private:
     HarvestListModel* m_model;
     QTableView* m_list;
     QPlainTextEdit* m_info;
-    QLabel* m_statistics;
+    ElidedLabel* m_statistics;
     bool m_activatedOnce = false;
     bool m_refill = true;
     bool m_infoWide = false;

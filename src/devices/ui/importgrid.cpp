@@ -1,5 +1,7 @@
 #include "devices/ui/importgrid.h"
 
+#include "common/ui/gridformat.h"
+
 #include <QHeaderView>
 #include <QLabel>
 #include <QStandardItemModel>
@@ -31,10 +33,11 @@ ImportGridDialog::ImportGridDialog(const QList<ImportedLog>& logs, std::optional
     }
     m_grid->setObjectName(QStringLiteral("fmrgrid"));
     m_grid->setModel(model);
+    formatGrid(m_grid);
     m_grid->setSelectionMode(QAbstractItemView::NoSelection);
     m_grid->verticalHeader()->hide();
     m_grid->horizontalHeader()->setStretchLastSection(true);
-    m_grid->resizeColumnsToContents();
+    fitColumnsToContent(m_grid);
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(new QLabel(QStringLiteral("Diese Stämme wurden gelesen:")));

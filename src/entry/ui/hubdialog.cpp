@@ -1,6 +1,7 @@
 #include "entry/ui/hubdialog.h"
 
 #include "common/ui/columnwidths.h"
+#include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
 #include "entry/ui/logdialog.h"
 #include "entry/ui/lotdialog.h"
@@ -24,7 +25,11 @@
 namespace tarvik {
 namespace {
 
-const QString WidthsKey = QStringLiteral("eingabe");
+// Each list has its own columns, so each keeps its own widths in the section "eingabe".
+QString widthsKey(int list)
+{
+    return list == int(HubList::Lose) ? QStringLiteral("eingabe") : QStringLiteral("eingabe/liste%1").arg(list);
+}
 
 // The IDs of the listed rows in the grid's order (every list ends in the row's ID).
 OpenerRows listedRows(const QSqlQueryModel* model, qint32 current)
@@ -75,6 +80,7 @@ void HubDialog::build()
     m_grid = new QTableView;
     m_grid->setObjectName(QStringLiteral("gridli"));
     m_grid->setModel(m_model);
+    formatGrid(m_grid);
     m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
@@ -135,7 +141,8 @@ HubList HubDialog::list() const { return static_cast<HubList>(std::max(0, m_list
 
 void HubDialog::refresh()
 {
-    saveColumnWidths(m_grid, WidthsKey);
+    if (m_shownList >= 0)
+        saveColumnWidths(m_grid, widthsKey(m_shownList));
     const bool shown = runGuarded(m_context.prompter, [this] {
         m_header->setText(hubHeader(m_context.db, m_harvestId));
         m_model->setQuery(hubListQuery(m_context.db, list(), m_openOnly->isChecked(), m_harvestId));
@@ -144,8 +151,8 @@ void HubDialog::refresh()
         m_model->clear();
     while (m_model->canFetchMore())
         m_model->fetchMore();
-    if (!restoreColumnWidths(m_grid, WidthsKey))
-        m_grid->resizeColumnsToContents();
+    m_shownList = int(list());
+    fitColumnsToContent(m_grid, widthsKey(m_shownList));
     updateButtons();
 }
 
@@ -262,7 +269,8 @@ void HubDialog::onNextHarvest()
 
 void HubDialog::done(int result)
 {
-    saveColumnWidths(m_grid, WidthsKey);
+    if (m_shownList >= 0)
+        saveColumnWidths(m_grid, widthsKey(m_shownList));
     QDialog::done(result);
 }
 

@@ -46,6 +46,7 @@ private:
     QCheckBox* m_openOnly = nullptr; // konoffen
     QSqlQueryModel* m_model = nullptr;
     QTableView* m_grid = nullptr;
+    int m_shownList = -1; // the list whose column widths the grid holds
     QComboBox* m_harvests = nullptr; // komhieb
     QPushButton* m_new = nullptr;
     QPushButton* m_change = nullptr;

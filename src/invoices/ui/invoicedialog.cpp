@@ -1,5 +1,7 @@
 #include "invoices/ui/invoicedialog.h"
 
+#include "common/ui/gridformat.h"
+
 #include "common/numbers.h"
 #include "common/sqldate.h"
 #include "common/textfile.h"
@@ -52,12 +54,13 @@ InvoiceDialog::InvoiceDialog(const AppContext& context, Mode mode, QList<qint32>
         m_tz[0]->setText(QString::number(proposedInvoiceNumber(m_context.db, m_context.clock.today())));
         updatePreview();
     } else {
+        // A stored invoice is shown, not changed.
         for (QLineEdit* e : m_t)
             if (e)
-                e->setReadOnly(true);
+                showReadOnly(e);
         for (QLineEdit* e : m_tz)
-            e->setReadOnly(true);
-        m_date->setReadOnly(true);
+            showReadOnly(e);
+        showReadOnly(m_date);
         m_buyer->setEnabled(false);
         m_lots->setEnabled(false);
         m_ok[0]->setEnabled(false);
@@ -90,6 +93,9 @@ void InvoiceDialog::build()
         m_tz[size_t(i)] = field(QStringLiteral("tz(%1)").arg(i), 10);
     m_date = field(QStringLiteral("tdat(0)"), 10);
     m_date->setPlaceholderText(QStringLiteral("TT.MM.JJJJ"));
+    // Numbers and the date need a few characters, not the column's whole width.
+    for (QLineEdit* e : {m_tz[0], m_tz[1], m_tz[2], m_tz[3], m_date})
+        e->setMaximumWidth(e->fontMetrics().averageCharWidth() * (e->maxLength() + 4));
     for (int i = 0; i < 3; ++i) {
         m_captions[size_t(i)] = new QPushButton;
         m_captions[size_t(i)]->setObjectName(QStringLiteral("roCommand1(%1)").arg(i));
@@ -145,11 +151,11 @@ void InvoiceDialog::build()
     m_lots->setSelectionMode(QAbstractItemView::MultiSelection);
     m_lots->verticalHeader()->setVisible(false);
     m_lots->verticalHeader()->setDefaultSectionSize(m_lots->fontMetrics().height() + 4);
-    m_lots->horizontalHeader()->setStretchLastSection(true);
+    m_lots->horizontalHeader()->setStretchLastSection(false); // the last column is a figure: it stays at the right of its text
 
     m_preview = new QPlainTextEdit;
     m_preview->setObjectName(QStringLiteral("t(3)"));
-    m_preview->setReadOnly(true);
+    showReadOnly(m_preview);
     m_preview->setLineWrapMode(QPlainTextEdit::NoWrap);
     m_preview->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     m_amount = new QLabel;
@@ -235,15 +241,12 @@ void InvoiceDialog::fillLots()
     for (int row = 0; row < lots.size(); ++row) {
         const OpenLot& l = lots.at(row);
         const QString cells[] = {l.hiebNr, l.losNr, l.reNr, l.designation, l.sorting, l.settled, l.buyer, l.priceKind};
-        for (int c = 0; c < 8; ++c) {
-            auto* item = new QTableWidgetItem(cells[c]);
-            if (c < 3 || c == 7)
-                item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-            m_lots->setItem(row, c, item);
-        }
+        for (int c = 0; c < 8; ++c)
+            m_lots->setItem(row, c, new QTableWidgetItem(cells[c]));
         m_lots->item(row, 0)->setData(Qt::UserRole, l.lotId);
     }
-    m_lots->resizeColumnsToContents();
+    formatTableItems(m_lots);
+    fitColumnsToContent(m_lots);
 }
 
 void InvoiceDialog::applyRemembered()

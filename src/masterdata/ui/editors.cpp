@@ -40,6 +40,9 @@ QLineEdit* MasterEditor::addField(int index, const QString& caption, int maxLeng
         // Whole numbers, or money with a decimal comma; a minus sign for the checks to refuse.
         edit->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("-?\\d{0,5}([,.]\\d{0,2})?")), edit));
         edit->setMaximumWidth(110);
+    } else {
+        // As wide as the longest text it takes, not stretched over the window.
+        edit->setMaximumWidth(std::max(110, edit->fontMetrics().averageCharWidth() * (maxLength + 4)));
     }
     m_form->addRow(caption, edit);
     if (m_fields.size() <= index)

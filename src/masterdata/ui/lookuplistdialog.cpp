@@ -1,5 +1,7 @@
 #include "masterdata/ui/lookuplistdialog.h"
 
+#include "common/ui/gridformat.h"
+
 #include "store/schema.h"
 #include "store/sql.h"
 
@@ -125,7 +127,8 @@ void LookupListDialog::refresh()
     for (int r = 0; r < m_entries.size(); ++r)
         for (int c = 0; c < columns.size(); ++c)
             m_grid->setItem(r, c, new QTableWidgetItem(m_entries[r].values.value(c)));
-    m_grid->resizeColumnsToContents();
+    formatTableItems(m_grid);
+    fitColumnsToContent(m_grid);
     if (marked)
         for (int r = 0; r < m_entries.size(); ++r)
             if (m_entries[r].rowId == *marked)

@@ -1,6 +1,8 @@
 #include "masterdata/ui/masterdatahub.h"
 
 #include "common/textfile.h"
+#include "common/ui/columnwidths.h"
+#include "common/ui/gridformat.h"
 #include "masterdata/ui/editors.h"
 #include "reports/reportfile.h"
 #include "reports/ui/textoutputwindow.h"
@@ -35,12 +37,6 @@ public:
 
     QVariant data(const QModelIndex& index, int role) const override
     {
-        if (role == Qt::TextAlignmentRole) {
-            // Figures right-aligned, names left, as a reader scans them.
-            const int type = QSqlQueryModel::data(index, Qt::DisplayRole).typeId();
-            const bool figure = type == QMetaType::Int || type == QMetaType::LongLong || type == QMetaType::Double;
-            return QVariant(int(figure ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignLeft | Qt::AlignVCenter));
-        }
         if (role != Qt::DisplayRole && role != Qt::EditRole)
             return QSqlQueryModel::data(index, role);
         const QVariant raw = QSqlQueryModel::data(index, Qt::DisplayRole);
@@ -68,7 +64,7 @@ namespace {
 
 int rememberedList = 0; // kept while the program runs
 
-QString widthsKey(int list) { return QStringLiteral("stammdaten/liste%1/ColWidths").arg(list); }
+QString widthsKey(int list) { return QStringLiteral("stammdaten/liste%1").arg(list); }
 
 } // namespace
 
@@ -104,6 +100,7 @@ void MasterDataHub::build()
     m_grid = new QTableView;
     m_grid->setObjectName(QStringLiteral("li"));
     m_grid->setModel(m_model);
+    formatGrid(m_grid); // alignment, decimals and the look of the cells that cannot be typed into
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
     m_grid->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed
@@ -160,7 +157,7 @@ void MasterDataHub::build()
         refresh();
     });
     connect(m_grid, &QTableView::doubleClicked, this, [this](const QModelIndex& index) {
-        if (!(m_model->flags(index) & Qt::ItemIsEditable))
+        if (!(m_grid->model()->flags(index) & Qt::ItemIsEditable))
             onChange();
     });
 }
@@ -332,27 +329,9 @@ void MasterDataHub::onPrint()
     window.exec();
 }
 
-void MasterDataHub::saveWidths() const
-{
-    QStringList widths;
-    for (int c = 0; c < m_model->columnCount(); ++c)
-        widths << QString::number(m_grid->columnWidth(c));
-    QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
-    store.setValue(widthsKey(m_shownList), widths.join(u','));
-}
+void MasterDataHub::saveWidths() const { saveColumnWidths(m_grid, widthsKey(m_shownList)); }
 
-void MasterDataHub::restoreWidths()
-{
-    const QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
-    const QStringList widths = store.value(widthsKey(m_shownList)).toString().split(u',', Qt::SkipEmptyParts);
-    if (widths.isEmpty()) {
-        m_grid->resizeColumnsToContents();
-        return;
-    }
-    for (int c = 0; c < widths.size() && c < m_model->columnCount(); ++c)
-        if (const int w = widths[c].toInt(); w > 0)
-            m_grid->setColumnWidth(c, w);
-}
+void MasterDataHub::restoreWidths() { fitColumnsToContent(m_grid, widthsKey(m_shownList)); }
 
 void MasterDataHub::done(int result)
 {

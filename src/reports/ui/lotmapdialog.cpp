@@ -1,5 +1,6 @@
 #include "reports/ui/lotmapdialog.h"
 
+#include "common/ui/gridformat.h"
 #include "help/ui/helpwindow.h"
 #include "reports/lotplaces.h"
 #include "reports/maplink.h"
@@ -68,7 +69,7 @@ LotMapDialog::LotMapDialog(AppContext context, std::optional<qint32> currentHarv
             currentRow = m_harvestModel->rowCount();
         m_harvestModel->appendRow(row);
     }
-    m_harvests->resizeColumnsToContents();
+    fitColumnsToContent(m_harvests);
 
     auto* ok = new QPushButton(QStringLiteral("&Luftbild anzeigen"));
     ok->setObjectName(QStringLiteral("ok"));
@@ -121,7 +122,7 @@ void LotMapDialog::showLotsOfCurrentHarvest()
     for (const LotPlace& lot : lotPlaces(m_context.db, *id))
         m_lotModel->appendRow({cell(QString::number(lot.losNr), true), cell(lot.bezeichnung), cell(lot.lagerort), cell(lot.gpsB, true),
                                cell(lot.gpsL, true), cell(lot.anfahrt)});
-    m_lots->resizeColumnsToContents();
+    fitColumnsToContent(m_lots);
     if (m_lotModel->rowCount() > 0)
         m_lots->setCurrentIndex(m_lotModel->index(0, 0));
 }

@@ -1,5 +1,7 @@
 #include "reports/ui/textoutputwindow.h"
 
+#include "common/ui/gridformat.h"
+
 #include "common/numbers.h"
 #include "common/textfile.h"
 #include "reports/printer.h"
@@ -54,7 +56,7 @@ void TextOutputWindow::build()
     m_size = new QLineEdit;
     m_size->setObjectName(QStringLiteral("gr_e"));
     m_size->setMaxLength(2);
-    m_size->setReadOnly(true);
+    showReadOnly(m_size);
     const std::tuple<const char*, const char*, int> steps[] = {
         {"plus1(0)", "Schriftgröße +1", 1}, {"plus1(1)", "Schriftgröße -1", -1},
         {"plus5(0)", "Schriftgröße +5", 5}, {"plus5(1)", "Schriftgröße -5", -5}};

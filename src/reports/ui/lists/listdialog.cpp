@@ -1,5 +1,6 @@
 #include "reports/ui/lists/listdialog.h"
 
+#include "common/ui/gridformat.h"
 #include "harvests/filter.h"
 #include "reports/lists/writers.h"
 #include "reports/reportfile.h"
@@ -180,6 +181,7 @@ void ListDialog::buildControls()
     m_grid = new QTableView;
     m_grid->setObjectName(QStringLiteral("gridli"));
     m_grid->setModel(m_model);
+    formatGrid(m_grid);
     m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setAlternatingRowColors(true);
@@ -465,7 +467,7 @@ void ListDialog::restoreGridState()
     const QSettings store(QStringLiteral("TARVIK"), QStringLiteral("TARVIK"));
     const QByteArray state = store.value(gridKey()).toByteArray();
     if (state.isEmpty() || !m_grid->horizontalHeader()->restoreState(state))
-        m_grid->resizeColumnsToContents();
+        fitColumnsToContent(m_grid);
 }
 
 void ListDialog::openColumnSettings()
@@ -485,7 +487,7 @@ void ListDialog::openColumnSettings()
         item->setCheckState(header->isSectionHidden(logical) ? Qt::Unchecked : Qt::Checked);
     }
     auto* fit = button(QStringLiteral("combreite"), QStringLiteral("Spaltenbreiten an Inhalt anpassen"));
-    connect(fit, &QPushButton::clicked, m_grid, &QTableView::resizeColumnsToContents);
+    connect(fit, &QPushButton::clicked, m_grid, [this] { fitColumnsToContent(m_grid); });
     auto* box = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     box->button(QDialogButtonBox::Ok)->setText(QStringLiteral("OK"));
     box->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("Abbrechen"));

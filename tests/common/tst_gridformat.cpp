@@ -1,0 +1,215 @@
+// The shared grid look: what a cell shows and how it is aligned, the proxy a grid gets, the
+// first-start widths, the read-only look and the label that never widens its window.
+#include "common/ui/elidedlabel.h"
+#include "common/ui/gridformat.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QStandardItemModel>
+#include <QTableView>
+#include <QTableWidget>
+#include <QTest>
+#include <QVBoxLayout>
+
+using namespace tarvik;
+
+Q_DECLARE_METATYPE(Qt::Alignment)
+
+namespace {
+constexpr Qt::Alignment Right = Qt::AlignRight | Qt::AlignVCenter;
+constexpr Qt::Alignment Left = Qt::AlignLeft | Qt::AlignVCenter;
+const QVariant Null = QVariant(QMetaType(QMetaType::Double));
+} // namespace
+
+class TestGridFormat : public QObject {
+    Q_OBJECT
+
+private slots:
+    void cells_data()
+    {
+        QTest::addColumn<QString>("column");
+        QTest::addColumn<QVariantList>("others"); // further values of the same column
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<QVariant>("shown"); // what the grid's own model shows, if anything
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<Qt::Alignment>("alignment");
+
+        const QVariant none;
+        QTest::newRow("price two decimals") << "Preis_berechnet" << QVariantList{} << QVariant(2.5) << none << "2,50" << Right;
+        QTest::newRow("whole price") << "Holzpreis" << QVariantList{} << QVariant(12.0) << none << "12,00" << Right;
+        QTest::newRow("amount typed as text") << "Betrag" << QVariantList{} << QVariant(QStringLiteral("2,5")) << none << "2,50" << Right;
+        QTest::newRow("negative money rounds away from zero") << "Kosten_Rücken" << QVariantList{} << QVariant(-3.455) << none << "-3,46" << Right;
+        QTest::newRow("money not grouped") << "Preis_erhalten" << QVariantList{} << QVariant(12345.5) << none << "12345,50" << Right;
+        QTest::newRow("money shown by its model with four decimals") << "Preis_je_Stück" << QVariantList{} << QVariant(1.25)
+                                                                   << QVariant(QStringLiteral("1,2500")) << "1,25" << Right;
+        QTest::newRow("price kind is a figure, not money") << "Preis_Art" << QVariantList{} << QVariant(qlonglong(2)) << none << "2" << Right;
+        QTest::newRow("empty price") << "Preis_berechnet" << QVariantList{QVariant(1.0)} << Null << none << "" << Right;
+        QTest::newRow("volume three decimals") << "Efm_oR" << QVariantList{} << QVariant(0.41234) << none << "0,412" << Right;
+        QTest::newRow("single-precision length") << "Länge_m" << QVariantList{} << QVariant(double(5.2f)) << none << "5,20" << Right;
+        QTest::newRow("area four decimals") << "Hiebfläche" << QVariantList{} << QVariant(1.5) << none << "1,5000" << Right;
+        QTest::newRow("count") << "Anzahl" << QVariantList{} << QVariant(qlonglong(12)) << none << "12" << Right;
+        QTest::newRow("other real: as few decimals as it needs") << "Faktor" << QVariantList{} << QVariant(double(0.7f)) << none << "0,7" << Right;
+        QTest::newRow("figure formatted by its model stays") << "Hiebfläche" << QVariantList{} << QVariant(1.5)
+                                                             << QVariant(QStringLiteral("1,5")) << "1,5" << Right;
+        QTest::newRow("figure as text") << "Los_Nr" << QVariantList{QStringLiteral("12")} << QVariant(QStringLiteral("3")) << none << "3" << Right;
+        QTest::newRow("name") << "Baumart" << QVariantList{} << QVariant(QStringLiteral("Fichte")) << none << "Fichte" << Left;
+        QTest::newRow("digits among names stay left") << "Güteklasse" << QVariantList{QStringLiteral("B")} << QVariant(QStringLiteral("2"))
+                                                      << none << "2" << Left;
+        QTest::newRow("stored date") << "Hiebdatum_von" << QVariantList{} << QVariant(QStringLiteral("2026-11-21")) << none << "21.11.2026" << Left;
+        QTest::newRow("date with time") << "Datum" << QVariantList{} << QVariant(QStringLiteral("2026-01-02T00:00:00")) << none
+                                        << "02.01.2026" << Left;
+        QTest::newRow("apostrophe text") << "Abnehmer" << QVariantList{} << QVariant(QStringLiteral("O'Neill")) << none << "O'Neill" << Left;
+    }
+
+    void cells()
+    {
+        QFETCH(QString, column);
+        QFETCH(QVariantList, others);
+        QFETCH(QVariant, value);
+        QFETCH(QVariant, shown);
+        QVector<QVariant> values(others.begin(), others.end());
+        values << value;
+        const GridCell cell = gridCell(columnKind(column, values), column, value, shown);
+        QTEST(cell.text, "text");
+        QTEST(cell.alignment, "alignment");
+    }
+
+    void moneyColumns_data()
+    {
+        QTest::addColumn<QString>("column");
+        QTest::addColumn<bool>("money");
+        for (const char* name : {"Preis", "Holzpreis", "Preis_berechnet", "Betrag", "Schätzpreis_je_m3", "Pauschalpreis_efm",
+                                 "Kosten_Einschlag", "Geldwert", "SUMME_PREIS"})
+            QTest::newRow(name) << QString::fromUtf8(name) << true;
+        for (const char* name : {"Preis_Art", "Efm_oR", "Anzahl", "Erschwerniszuschlag", "Käferholzabschlag", "Betreff"})
+            QTest::newRow(name) << QString::fromUtf8(name) << false;
+    }
+
+    void moneyColumns()
+    {
+        QFETCH(QString, column);
+        QTEST(isMoneyColumn(column), "money");
+    }
+
+    // A grid fed from a plain model reads back formatted cells through its own model.
+    void proxyFormatsEveryCell()
+    {
+        QStandardItemModel source(2, 3);
+        source.setHorizontalHeaderLabels({QStringLiteral("Baumart"), QStringLiteral("Holzpreis"), QStringLiteral("Efm_oR")});
+        const QVariant rows[2][3] = {{QStringLiteral("Fichte"), 2.5, 0.5}, {QStringLiteral("Buche"), 110.0, 1.25}};
+        for (int r = 0; r < 2; ++r)
+            for (int c = 0; c < 3; ++c)
+                source.setData(source.index(r, c), rows[r][c], Qt::EditRole);
+        QTableView grid;
+        grid.setModel(&source);
+        grid.setEditTriggers(QAbstractItemView::NoEditTriggers);
+        GridFormatProxy* proxy = formatGrid(&grid);
+        QCOMPARE(grid.model(), proxy);
+        QCOMPARE(formatGrid(&grid), proxy); // a second call changes nothing
+        const QAbstractItemModel* m = grid.model();
+        QCOMPARE(m->index(0, 1).data().toString(), QStringLiteral("2,50"));
+        QCOMPARE(m->index(1, 1).data().toString(), QStringLiteral("110,00"));
+        QCOMPARE(m->index(1, 2).data().toString(), QStringLiteral("1,250"));
+        QCOMPARE(m->index(0, 0).data().toString(), QStringLiteral("Fichte"));
+        QCOMPARE(m->index(0, 1).data(Qt::TextAlignmentRole).toInt(), int(Right));
+        QCOMPARE(m->index(0, 0).data(Qt::TextAlignmentRole).toInt(), int(Left));
+        QCOMPARE(m->index(0, 1).data(Qt::EditRole).toDouble(), 2.5); // editing sees the stored value
+
+        // A changed model is judged again: a name in the price column makes it text.
+        source.setData(source.index(1, 1), QStringLiteral("auf Anfrage"), Qt::EditRole);
+        QCOMPARE(m->index(0, 1).data(Qt::TextAlignmentRole).toInt(), int(Left));
+        QCOMPARE(m->index(1, 1).data().toString(), QStringLiteral("auf Anfrage"));
+    }
+
+    void readOnlyCellsShadedWhereOthersCanBeTyped()
+    {
+        QStandardItemModel source(1, 2);
+        source.setHorizontalHeaderLabels({QStringLiteral("Baumart"), QStringLiteral("SK_L1a")});
+        source.setItem(0, 0, new QStandardItem(QStringLiteral("Fichte")));
+        source.item(0, 0)->setEditable(false);
+        source.setItem(0, 1, new QStandardItem(QStringLiteral("3")));
+        QTableView editable;
+        editable.setModel(&source);
+        formatGrid(&editable);
+        QVERIFY(editable.model()->index(0, 0).data(Qt::BackgroundRole).isValid());
+        QVERIFY(!editable.model()->index(0, 1).data(Qt::BackgroundRole).isValid());
+        QTableView fixed;
+        fixed.setModel(&source);
+        fixed.setEditTriggers(QAbstractItemView::NoEditTriggers);
+        formatGrid(&fixed);
+        QVERIFY(!fixed.model()->index(0, 0).data(Qt::BackgroundRole).isValid()); // a list nobody types into stays plain
+        source.item(0, 1)->setEditable(false);
+        QVERIFY(!editable.model()->index(0, 0).data(Qt::BackgroundRole).isValid()); // nor one without a cell to type into
+    }
+
+    void tableWidgetItems()
+    {
+        QTableWidget table(2, 2);
+        table.setHorizontalHeaderLabels({QStringLiteral("Waldname"), QStringLiteral("Fläche")});
+        table.setItem(0, 0, new QTableWidgetItem(QStringLiteral("Hoher Wald")));
+        table.setItem(0, 1, new QTableWidgetItem(QStringLiteral("2,5")));
+        table.setItem(1, 1, new QTableWidgetItem(QStringLiteral("12")));
+        formatTableItems(&table);
+        QCOMPARE(table.model()->index(0, 1).data(Qt::TextAlignmentRole).toInt(), int(Right));
+        QCOMPARE(table.model()->index(1, 1).data().toString(), QStringLiteral("12"));
+        QCOMPARE(table.model()->index(0, 0).data(Qt::TextAlignmentRole).toInt(), int(Left));
+    }
+
+    void firstStartWidthsFitContent()
+    {
+        QStandardItemModel source(1, 3);
+        source.setHorizontalHeaderLabels({QStringLiteral("Nr"), QStringLiteral("Waldbesitzer_Name"), QStringLiteral("Bemerkung")});
+        source.setItem(0, 0, new QStandardItem(QStringLiteral("7")));
+        source.setItem(0, 1, new QStandardItem(QStringLiteral("Xaver Oberhuber-Kleinschmidt und Söhne")));
+        source.setItem(0, 2, new QStandardItem(QString(400, u'x')));
+        QTableView grid;
+        grid.setModel(&source);
+        grid.resize(900, 300);
+        fitColumnsToContent(&grid);
+        const QFontMetrics fm = grid.fontMetrics();
+        QVERIFY(grid.columnWidth(0) < 80);                                   // a short column stays short
+        QVERIFY(grid.columnWidth(1) >= fm.horizontalAdvance(source.item(0, 1)->text())); // a name is not cut
+        QVERIFY(grid.columnWidth(2) <= 320);                                 // a long remark is capped
+        QVERIFY(grid.columnWidth(2) > grid.columnWidth(0));
+    }
+
+    void readOnlyLook()
+    {
+        QLineEdit edit;
+        QPlainTextEdit info;
+        QVERIFY(!looksReadOnly(&edit));
+        showReadOnly(&edit);
+        showReadOnly(&info);
+        QVERIFY(edit.isReadOnly());
+        QVERIFY(info.isReadOnly());
+        QVERIFY(looksReadOnly(&edit));
+        QVERIFY(looksReadOnly(&info));
+        QCOMPARE(edit.palette().color(QPalette::Base), edit.palette().color(QPalette::Window));
+    }
+
+    void longLabelDoesNotWidenItsWindow()
+    {
+        QWidget window;
+        auto* layout = new QVBoxLayout(&window);
+        auto* label = new ElidedLabel;
+        layout->addWidget(label);
+        window.resize(300, 60);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        const QString text = QStringLiteral("Statistik:   Lose=12   Fläche=1234,5678   Stämme_Anz=99999   Stämme_Efm=12345,678");
+        label->setFullText(text);
+        QApplication::processEvents();
+        QCOMPARE(window.width(), 300);
+        QCOMPARE(label->text(), text);
+        QCOMPARE(label->toolTip(), text);
+        QVERIFY(label->shownText().endsWith(QChar(0x2026)));
+        window.resize(1200, 60);
+        QApplication::processEvents();
+        QCOMPARE(label->shownText(), text);
+    }
+};
+
+QTEST_MAIN(TestGridFormat)
+#include "tst_gridformat.moc"
