@@ -99,7 +99,7 @@ int HarvestRowsModel::columnCount(const QModelIndex& parent) const
 
 QVariant HarvestRowsModel::data(const QModelIndex& index, int role) const
 {
-    if (role != Qt::DisplayRole || !index.isValid() || index.row() >= m_rows.size())
+    if ((role != Qt::DisplayRole && role != Qt::EditRole) || !index.isValid() || index.row() >= m_rows.size())
         return {};
     return m_rows.at(index.row()).value(index.column());
 }

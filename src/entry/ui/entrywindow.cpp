@@ -1,6 +1,7 @@
 #include "entry/ui/entrywindow.h"
 
 #include "common/numbers.h"
+#include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
 #include "store/gridquery.h"
 #include "store/records.h"
@@ -76,6 +77,7 @@ EntryWindow::EntryWindow(const AppContext& context, qint32 harvestId, std::optio
     m_grid = new QTableView;
     m_grid->setObjectName(QStringLiteral("gridli"));
     m_grid->setModel(m_rows);
+    formatGrid(m_grid);
     m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setFocusPolicy(Qt::NoFocus);
@@ -122,8 +124,10 @@ QLineEdit* EntryWindow::makeField(int index, int maxLength, bool readOnly)
     edit->setObjectName(QStringLiteral("tz(%1)").arg(index));
     edit->setMaxLength(maxLength);
     edit->setReadOnly(readOnly);
-    if (readOnly)
+    if (readOnly) {
         edit->setFocusPolicy(Qt::NoFocus);
+        showReadOnly(edit);
+    }
     m_fields.insert(index, edit);
     return edit;
 }
@@ -180,6 +184,7 @@ void EntryWindow::start(std::optional<qint32> lotNr)
         m_filling = false;
         afterLoad();
         refreshRows();
+        fitColumnsToContent(m_grid);
         showRow(m_editedId);
         return;
     }
@@ -189,6 +194,7 @@ void EntryWindow::start(std::optional<qint32> lotNr)
         m_lot->setEditText(lots.first()); // the only lot of its kind is the one meant
     m_filling = false;
     chooseLot();
+    fitColumnsToContent(m_grid);
     startNew();
 }
 
@@ -239,7 +245,7 @@ void EntryWindow::showRow(std::optional<qint32> id)
     if (row < 0 || row >= m_rows->rowCount())
         return;
     m_grid->selectRow(row);
-    m_grid->scrollTo(m_rows->index(row, 0));
+    m_grid->scrollTo(m_grid->model()->index(row, 0));
 }
 
 bool EntryWindow::store()
