@@ -9,7 +9,6 @@
 #include "rules/lotrecompute.h"
 #include "store/records.h"
 
-#include <QApplication>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -24,7 +23,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpressionValidator>
-#include <QSqlQueryModel>
 #include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
