@@ -78,6 +78,72 @@ private slots:
         QCOMPARE(hub.harvestId(), other);
     }
 
+    // "Ändern" from the hub: OK stores the row shown and goes on down the hub's list, after the
+    // last back to the first; Abbrechen closes.
+    void changeStepsThroughTheList_data()
+    {
+        QTest::addColumn<int>("list");
+        QTest::addColumn<QString>("remarkList");
+        QTest::newRow("logs") << int(HubList::Staemme) << "kom(5)";
+        QTest::newRow("poles") << int(HubList::Pfaehle) << "kom(3)";
+        QTest::newRow("sections") << int(HubList::Schichtholz) << "kom(3)";
+    }
+    void changeStepsThroughTheList()
+    {
+        QFETCH(int, list);
+        QFETCH(QString, remarkList);
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        createLot(db(), m_harvest, 2, QStringLiteral("Pfähle"));
+        createLot(db(), m_harvest, 3, QStringLiteral("Schichtholz"));
+        for (int n = 1; n <= 3; ++n) {
+            test::addTypedLog(db(), m_harvest, 1, n, QStringLiteral("FI (Fichte)"), 30 + n, 4, QStringLiteral("O"));
+            execSql(db(), QStringLiteral("INSERT INTO Pfähle(Los_Nr, Baumart, Stärke_mR, Länge_m, Anzahl, Stärkeklasse, Kennung) "
+                                         "VALUES (2, 'FI (Fichte)', 8, 8, ?, 'P2.11', ?)"), {n, m_harvest});
+            execSql(db(), QStringLiteral("INSERT INTO Schichtholz(Los_Nr, Sektions_Nr, Baumart, Stärke, Sektionslänge_m, Sektionstiefe_m, "
+                                         "Sektionshöhe_m, Stärkeklasse, Kennung) VALUES (3, ?, 'BU (Rotbuche)', 8, 1, 1, 1, 'S2.1', ?)"),
+                    {n, m_harvest});
+        }
+        HubDialog hub(context(), m_harvest, static_cast<HubList>(list));
+        hub.show();
+        auto* grid = child<QTableView>(hub, "gridli");
+        QCOMPARE(grid->model()->rowCount(), 3);
+        grid->selectRow(1);
+
+        QStringList titles;
+        QStringList shownRemarks;
+        QTimer::singleShot(0, this, [&] {
+            auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (!window || window == &hub)
+                return;
+            for (int step = 0; step < 4; ++step) {
+                titles << window->windowTitle();
+                auto* remark = child<QComboBox>(*window, qPrintable(remarkList));
+                shownRemarks << remark->currentText();
+                remark->setEditText(QStringLiteral("geprüft %1").arg(step));
+                child<QPushButton>(*window, "ok")->click();
+            }
+            titles << window->windowTitle();
+            child<QPushButton>(*window, "cmdabbrechen")->click();
+        });
+        child<QPushButton>(hub, "ändern")->click();
+
+        const QString title = titles.value(0).section(u' ', 0, 1);
+        QCOMPARE(titles, (QStringList{title + QStringLiteral(" - Ändern (2 von 3)"), title + QStringLiteral(" - Ändern (3 von 3)"),
+                                      title + QStringLiteral(" - Ändern (1 von 3)"), title + QStringLiteral(" - Ändern (2 von 3)"),
+                                      title + QStringLiteral(" - Ändern (3 von 3)")}));
+        QCOMPARE(shownRemarks, (QStringList{QString(), QString(), QString(), QStringLiteral("geprüft 0")}));
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        // Each row got the remark of its last visit, in the hub's order: rows 2, 3, 1, 2.
+        const QString table = hubTable(static_cast<HubList>(list));
+        QStringList remarks;
+        for (int row = 0; row < 3; ++row) {
+            const qint32 id = grid->model()->index(row, grid->model()->columnCount() - 1).data().toInt();
+            remarks << scalar(db(), QStringLiteral("SELECT Bemerkung FROM \"%1\" WHERE ID = ?").arg(table), {id}).toString();
+        }
+        QCOMPARE(remarks, (QStringList{QStringLiteral("geprüft 2"), QStringLiteral("geprüft 3"), QStringLiteral("geprüft 1")}));
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM \"%1\" WHERE Kennung = ?").arg(table)), QStringLiteral("3"));
+    }
+
     // The hub's grid reads as a paper list: money with two decimals, figures right, names left.
     void hubGridReadsLikeAPaperList_data()
     {

@@ -1,5 +1,6 @@
 #include "entry/ui/harvestdialog.h"
 
+#include "common/ui/accesskeys.h"
 #include "common/ui/dateedit.h"
 #include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
@@ -15,7 +16,6 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
-#include <QShortcutEvent>
 #include <QVBoxLayout>
 
 namespace tarvik {
@@ -204,7 +204,7 @@ void HarvestDialog::build()
     // RETURN triggers [OK+Nächster] when the settings say so.
     for (QPushButton* b : {m_ok, m_okNext, cancel, standard, help}) {
         b->setAutoDefault(false);
-        b->installEventFilter(this); // access keys act at once
+        actAtOnceOnAccessKey(b);
     }
     (m_context.settings.okNextIsDefault() ? m_okNext : m_ok)->setDefault(true);
 
@@ -353,20 +353,6 @@ void HarvestDialog::woodlandLeft()
     // Only a changed name fills: tabbing through a stored harvest keeps its own place and area.
     if (m_woodland->currentText() != m_filledWoodland)
         fillWoodland(m_woodland->currentText());
-}
-
-bool HarvestDialog::eventFilter(QObject* watched, QEvent* event)
-{
-    // A button's access key clicks only after a short animation; keys typed meanwhile would land
-    // in the record being stored. Clicking at once lets them go to the next one.
-    if (event->type() == QEvent::Shortcut) {
-        auto* button = qobject_cast<QPushButton*>(watched);
-        if (button && button->isEnabled() && !static_cast<QShortcutEvent*>(event)->isAmbiguous()) {
-            button->click();
-            return true;
-        }
-    }
-    return QDialog::eventFilter(watched, event);
 }
 
 void HarvestDialog::fillOwner(const QString& name)

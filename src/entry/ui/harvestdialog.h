@@ -31,9 +31,6 @@ public:
     // The harvest shown last in mode "Ändern" (the opener's current row follows it).
     std::optional<qint32> shownId() const { return m_editedId; }
 
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     void build();
     void fillLists();

@@ -1,6 +1,7 @@
 #include "entry/ui/lotdialog.h"
 
 #include "common/numbers.h"
+#include "common/ui/accesskeys.h"
 #include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
 #include "entry/harvestentry.h"
@@ -21,7 +22,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpressionValidator>
-#include <QShortcutEvent>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -95,7 +95,7 @@ LotDialog::LotDialog(const AppContext& context, qint32 harvestId, std::optional<
     buttons->addStretch();
     for (QPushButton* b : {m_ok, m_okNext, cancel}) {
         b->setAutoDefault(false);
-        b->installEventFilter(this); // access keys act at once
+        actAtOnceOnAccessKey(b);
         buttons->addWidget(b);
     }
     // RETURN triggers [OK+Nächster] when the settings say so.
@@ -437,20 +437,6 @@ void LotDialog::onOkNext()
 {
     if (store() && !stepToNext())
         startNew();
-}
-
-bool LotDialog::eventFilter(QObject* watched, QEvent* event)
-{
-    // A button's access key clicks only after a short animation; keys typed meanwhile would land
-    // in the lot being stored. Clicking at once lets them go to the next one.
-    if (event->type() == QEvent::Shortcut) {
-        auto* button = qobject_cast<QPushButton*>(watched);
-        if (button && button->isEnabled() && !static_cast<QShortcutEvent*>(event)->isAmbiguous()) {
-            button->click();
-            return true;
-        }
-    }
-    return QDialog::eventFilter(watched, event);
 }
 
 void LotDialog::onPlaceChosen(const QString& place)

@@ -30,9 +30,6 @@ public:
     // "Ändern", the one stored last in mode "Neu".
     std::optional<qint32> lastId() const { return m_editedId ? m_editedId : m_storedId; }
 
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     QWidget* buildLotPage();
     QWidget* buildChangesPage();
