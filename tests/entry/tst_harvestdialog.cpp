@@ -20,24 +20,10 @@ using test::typeInto;
 class TestHarvestDialog : public QObject, protected test::EntryFixture {
     Q_OBJECT
 
-
     static void type(QDialog& d, const char* name, const QString& text) { child<QLineEdit>(d, name)->setText(text); }
     static void choose(QDialog& d, const char* name, const QString& text) { child<QComboBox>(d, name)->setEditText(text); }
     static void press(QDialog& d, const char* name) { child<QPushButton>(d, name)->click(); }
     int count(const QString& sql) const { return scalar(db(), sql).toInt(); }
-
-
-    // How wide a field shows its text; number fields must not be stretched beyond their digits.
-    static void checkWidth(QWidget* w, const QString& text, bool number)
-    {
-        auto* box = qobject_cast<QComboBox*>(w);
-        QWidget* shown = box && box->isEditable() ? box->lineEdit() : w;
-        const int room = shown->width() - (box && !box->isEditable() ? 28 : 8); // frame, margins, arrow
-        const int needed = w->fontMetrics().horizontalAdvance(text);
-        QVERIFY2(room >= needed, qPrintable(QStringLiteral("%1: %2 px for %3 px").arg(w->objectName()).arg(room).arg(needed)));
-        if (number)
-            QVERIFY2(w->width() <= needed + 80, qPrintable(QStringLiteral("%1 stretched to %2 px").arg(w->objectName()).arg(w->width())));
-    }
 
 private slots:
     void init()
@@ -350,7 +336,7 @@ private slots:
         d.resize(1366, d.sizeHint().height());
         d.show();
         QVERIFY(QTest::qWaitForWindowExposed(&d));
-        checkWidth(d.findChild<QWidget*>(name), text, number);
+        test::checkFieldWidth(d.findChild<QWidget*>(name), text, number);
         if (name.startsWith(QLatin1String("tsumme")))
             QVERIFY(looksReadOnly(d.findChild<QWidget*>(name)));
     }
