@@ -22,7 +22,6 @@ using test::typeInto;
 class TestPolesAndStacks : public QObject, protected test::EntryFixture {
     Q_OBJECT
 
-
     static void setLotAndSpecies(QDialog& d, const QString& lot, const QString& species)
     {
         child<QComboBox>(d, "kom(0)")->setEditText(lot);
@@ -58,6 +57,22 @@ private slots:
         QCOMPARE(value(QStringLiteral("SELECT Sortierung || '/' || Anzahl_Pfähle || '/' || Preis_berechnet FROM Lose WHERE Kennung = ?")),
                  QStringLiteral("Pfähle/10/25.0"));
         QCOMPARE(value(QStringLiteral("SELECT Pfähle_Anzahl || '/' || Anzahl_Lose FROM Hiebe WHERE ID = ?")), QStringLiteral("10/1"));
+    }
+
+    // Figures get room for their digits and are not stretched over a wide window.
+    void fieldsFitTheirFigures()
+    {
+        PoleDialog poles(context(), m_harvest, std::nullopt);
+        StackDialog stacks(context(), m_harvest, std::nullopt);
+        for (QDialog* d : {static_cast<QDialog*>(&poles), static_cast<QDialog*>(&stacks)}) {
+            d->resize(1300, 700);
+            d->show();
+            QVERIFY(QTest::qWaitForWindowExposed(d));
+        }
+        test::checkFieldWidth(poles.field(2), QStringLiteral("1234567"), true);
+        test::checkFieldWidth(poles.field(3), QStringLiteral("123.456,7890"), true);
+        test::checkFieldWidth(stacks.field(3), QStringLiteral("1234,567"), true);
+        test::checkFieldWidth(stacks.field(8), QStringLiteral("123.456.789,00"), true);
     }
 
     // Both windows list the rows of every lot of their kind, the one just stored on top.

@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QFormLayout>
+#include <algorithm>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLineEdit>
@@ -114,6 +115,8 @@ QLineEdit* EntryWindow::makeField(int index, int maxLength, bool readOnly)
 QLineEdit* EntryWindow::addFormField(QFormLayout* form, int index, const QString& caption, int maxLength, bool readOnly)
 {
     QLineEdit* edit = makeField(index, maxLength, readOnly);
+    // Figures need room for their digits, not the window's width.
+    edit->setFixedWidth(edit->fontMetrics().horizontalAdvance(QString(std::max(maxLength, 4), u'0')) + 16);
     form->addRow(caption, edit);
     return edit;
 }
@@ -121,6 +124,7 @@ QLineEdit* EntryWindow::addFormField(QFormLayout* form, int index, const QString
 void EntryWindow::layOutAsForm()
 {
     auto* form = new QFormLayout;
+    form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
     form->addRow(QStringLiteral("Los-Nr"), m_lot);
     form->addRow(QStringLiteral("Baumart"), m_species);
     addFields(form);
