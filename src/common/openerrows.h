@@ -34,6 +34,15 @@ public:
         return m_ids.at(m_position);
     }
 
+    // Moves to the row before the shown one, to the last before the first; nullopt for an empty list.
+    std::optional<qint32> back()
+    {
+        if (m_ids.isEmpty())
+            return std::nullopt;
+        m_position = m_position <= 0 ? m_ids.size() - 1 : m_position - 1;
+        return m_ids.at(m_position);
+    }
+
 private:
     QList<qint32> m_ids;
     qsizetype m_position = -1;

@@ -97,6 +97,18 @@ std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const 
     return std::nullopt;
 }
 
+QStringList logDoubts(const LogForm& f)
+{
+    QStringList doubts;
+    if (const double diameter = readNumber(f.measuredDiameter); diameter > PlausibleDiameterCm)
+        doubts << QStringLiteral("...die Stärke von %1 cm größer als %2 cm ist.").arg(numberText(diameter), numberText(PlausibleDiameterCm));
+    if (const double length = readNumber(f.length); length > PlausibleLengthM)
+        doubts << QStringLiteral("...die Länge von %1 m größer als %2 m ist.").arg(numberText(length), numberText(PlausibleLengthM));
+    if (f.quality.trimmed().isEmpty() && formatDecimal(f.gross, 2) == QStringLiteral("0,00"))
+        doubts << QStringLiteral("...der Stamm keine Güteklasse hat und 0,00 € kostet.");
+    return doubts;
+}
+
 std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& masterData, qint32 harvestId, LogForm& f,
                                        std::optional<qint32> editedId)
 {
@@ -110,6 +122,12 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
     const qint32 girthCount = toLong(readNumber(f.girthCount));
 
     // Every question is asked before anything is written.
+    if (const QStringList doubts = logDoubts(f); !doubts.isEmpty()) {
+        const QString question = QStringLiteral("Bitte prüfen Sie die Eingabe, weil...\n\n%1\n\nSoll der Stamm trotzdem so gespeichert werden?")
+                                     .arg(doubts.join(QStringLiteral("\n")));
+        if (!ctx.prompter.askYesNo(question))
+            return std::nullopt;
+    }
     qint32 number = toLong(readNumber(f.laufendeNr));
     if (!girth && runningNumberTaken(ctx.db, ctx.settings, harvestId, lot, number, editedId)) {
         const QString question = QStringLiteral("Die Laufende Nummer %1 existiert beim aktuellen Hieb (ggf. Los) bereits.\n\n"
@@ -229,7 +247,7 @@ QString lotSummary(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
 QString decimetreLength(const QString& text)
 {
     if (text.size() == 3 && !text.contains(u'.') && !text.contains(u','))
-        return text.left(2) + u'.' + text.right(1);
+        return formatDecimal(readNumber(text) / 10, 1);
     return text;
 }
 
@@ -242,17 +260,22 @@ qint32 proposedRunningNumber(const QSqlDatabase& db, const Einstellungen& settin
     return nextRunningNumber(db, settings, harvestId, lotNr, QString::number(toLong(readNumber(last)) + 1));
 }
 
-QSqlQuery lotLogsQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
+HarvestRows logGridRows(qint32 harvestId)
 {
-    return lotRowsQuery(db, QStringLiteral("Stämme"),
-                        QStringLiteral("Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, Stärke_oR, Länge_m, "
-                                       "Efm_oR, Stärkeklasse, Güteklasse, Klasse_Heilbronn, Holzpreis, Preis_berechnet, Bemerkung"),
-                        harvestId, lotNr, QStringLiteral("Laufende_Nr DESC, ID DESC"));
+    return {QStringLiteral("Stämme"),
+            QString::fromUtf8("Los_Nr Laufende_Nr Baumart Stärke_gemessen Rindenabzugsart Rindenabzug Stärke_oR Länge_m Efm_oR "
+                              "Stärkeklasse Güteklasse Zopfdurchm_cm Klasse_Heilbronn Holzpreis Preis_berechnet Bemerkung").split(u' '),
+            harvestId};
 }
 
 QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
 {
     return lastValueOfLot(db, QStringLiteral("Stämme"), QStringLiteral("Baumart"), harvestId, lotNr);
+}
+
+QString lastQualityOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
+{
+    return lastValueOfLot(db, QStringLiteral("Stämme"), QStringLiteral("Güteklasse"), harvestId, lotNr);
 }
 
 } // namespace tarvik

@@ -5,6 +5,7 @@
 #include "rules/pricing.h"
 #include "store/context.h"
 
+#include "store/gridquery.h"
 #include "store/rows.h"
 
 #include <QSqlQuery>
@@ -40,6 +41,14 @@ void recomputeLog(LogForm& form, MasterDataLookup& masterData);
 // The first failed check as the whole message, or nullopt.
 std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const LogForm& form);
 
+// Values no log has, most likely a slip of the finger: storing them asks first.
+inline constexpr double PlausibleDiameterCm = 150;
+inline constexpr double PlausibleLengthM = 40;
+
+// The reasons to doubt a recomputed log ("...die Stärke von 337 cm ...", a log without a
+// quality that is worth nothing), empty when none.
+QStringList logDoubts(const LogForm& form);
+
 struct LogStoreResult {
     int rows = 0;          // 1, or the count of a girth measurement
     qint32 lastNumber = 0; // the running number stored last
@@ -67,17 +76,18 @@ LogForm loadLog(const QSqlDatabase& db, qint32 id);
 // "Gesamt: …" summary of a lot with the average log's length and diameter.
 QString lotSummary(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
 
-// Quick entry of lengths in decimetres: "125" becomes "12.5"; other texts stay.
+// Quick entry of lengths in decimetres: "125" becomes "12,5", "052" "5,2"; other texts stay.
 QString decimetreLength(const QString& text);
 
 // The running number proposed for a new log: the next after the highest of the harvest, or of
 // the lot with numbering per lot.
 qint32 proposedRunningNumber(const QSqlDatabase& db, const Einstellungen& settings, qint32 harvestId, qint32 lotNr);
 
-// The lot's logs for the window's grid, highest running number first.
-QSqlQuery lotLogsQuery(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
+// The harvest's logs for the window's grid, newest first.
+HarvestRows logGridRows(qint32 harvestId);
 
-// The species of the lot's last entered log, proposed for the next one.
+// The species and the quality of the lot's last entered log, proposed for the next one.
 QString lastSpeciesOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
+QString lastQualityOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
 
 } // namespace tarvik

@@ -5,6 +5,7 @@
 #include "entry/lotcheck.h"
 #include "rules/masterdatalookup.h"
 #include "rules/poles.h"
+#include "store/gridquery.h"
 #include "store/records.h"
 #include "store/rows.h"
 #include "store/sql.h"
@@ -94,6 +95,11 @@ PoleForm loadPole(const QSqlDatabase& db, qint32 id)
          formatDecimal(readNumber(r.value(QStringLiteral("Preis_je_Stück"))), 2),
          formatDecimal(readNumber(r.value(QStringLiteral("Preis_berechnet"))), 2), text("Bemerkung")};
     return f;
+}
+
+HarvestRows poleGridRows(qint32 harvestId)
+{
+    return {QStringLiteral("Pfähle"), QString::fromUtf8("Los_Nr Baumart Stärke_mR Länge_m Anzahl Stärkeklasse Preis_je_Stück Preis_berechnet Bemerkung").split(u' '), harvestId};
 }
 
 } // namespace tarvik

@@ -4,6 +4,7 @@
 #include "common/text.h"
 #include "entry/lotcheck.h"
 #include "rules/masterdatalookup.h"
+#include "store/gridquery.h"
 #include "store/records.h"
 #include "store/rows.h"
 #include "store/sql.h"
@@ -127,6 +128,11 @@ StackForm loadStack(const QSqlDatabase& db, qint32 id)
          number("Sektionstiefe_m"), number("Sektionshöhe_m"), fixed("m3", 3), fixed("Efm", 3), text("Stärkeklasse"),
          fixed("Preis_je_Ster", 2), fixed("Preis_berechnet", 2), text("Bemerkung")};
     return f;
+}
+
+HarvestRows stackGridRows(qint32 harvestId)
+{
+    return {QStringLiteral("Schichtholz"), QString::fromUtf8("Los_Nr Sektions_Nr Baumart Stärke Sektionslänge_m Sektionstiefe_m Sektionshöhe_m Stärkeklasse m3 Efm Preis_je_Ster Preis_berechnet Bemerkung").split(u' '), harvestId};
 }
 
 } // namespace tarvik

@@ -3,6 +3,7 @@
 // from the diameter, the checks, and the store with its section number.
 #include "rules/stackedwood.h"
 #include "store/context.h"
+#include "store/gridquery.h"
 
 #include <optional>
 
@@ -25,5 +26,8 @@ std::optional<QString> checkStack(const QSqlDatabase& db, qint32 harvestId, cons
 // up to date; false when stopped. A section number is never stored twice.
 bool storeStack(const AppContext& context, qint32 harvestId, StackForm& form, std::optional<qint32> editedId);
 StackForm loadStack(const QSqlDatabase& db, qint32 id);
+
+// The sections of the harvest for the window's grid, newest first.
+HarvestRows stackGridRows(qint32 harvestId);
 
 } // namespace tarvik

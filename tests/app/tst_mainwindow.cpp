@@ -13,6 +13,7 @@
 #include <QDialog>
 #include <QFile>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -188,6 +189,39 @@ private slots:
         QCOMPARE(w.findChild<QTableView*>(QStringLiteral("datali"))->model()->rowCount(), 1);
         QCOMPARE(w.currentHarvestId(), kept);
         m_prompter.clear();
+    }
+
+    // "Ändern" steps through the harvests in the list's order; the list then stands on the
+    // harvest shown last and shows what was stored.
+    void changeStepsThroughTheListAndTheListFollows()
+    {
+        execSql(db(), QStringLiteral("DELETE FROM Hiebe"));
+        const qint32 first = addHarvest(1, 0, 0, 0);
+        addHarvest(2, 0, 0, 0);
+        addHarvest(3, 0, 0, 0);
+        MainWindow w(*m_session, m_prompter, m_clock);
+        w.refill();
+        auto* list = w.findChild<QTableView*>(QStringLiteral("datali"));
+        list->setCurrentIndex(list->model()->index(1, 0));
+        QStringList shown;
+        QTimer::singleShot(0, [&shown] {
+            QWidget* d = QApplication::activeModalWidget();
+            QVERIFY(d);
+            for (int round = 0; round < 2; ++round) {
+                d->findChild<QLineEdit*>(QStringLiteral("t(1)"))->setText(QStringLiteral("geändert"));
+                d->findChild<QPushButton*>(QStringLiteral("ok"))->click();
+                shown << d->findChild<QLineEdit*>(QStringLiteral("tz(0)"))->text();
+            }
+            d->findChild<QPushButton*>(QStringLiteral("cmdabbrechen"))->click();
+        });
+        w.findChild<QAction*>(QStringLiteral("H_Hiebändern"))->trigger();
+        QCOMPARE(shown, (QStringList{"3", "1"}));
+        QCOMPARE(w.currentHarvestId(), first);
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT count(*) FROM Hiebe WHERE Bemerkung = 'geändert' AND ID <> ?"), {first}).toInt(), 2);
+        const int remark = int(harvestListColumns().indexOf(QStringLiteral("Bemerkung")));
+        QCOMPARE(list->model()->index(2, remark).data().toString(), QStringLiteral("geändert")); // refilled
+        QCOMPARE(w.currentHarvestId(), list->model()->index(0, 26).data().toInt());
+        QVERIFY(m_prompter.messages().isEmpty());
     }
 
     void columnWidthsSurviveARestart()

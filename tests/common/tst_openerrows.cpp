@@ -30,12 +30,24 @@ private slots:
         }
     }
 
+    void backWrapsToTheLast()
+    {
+        OpenerRows rows({7, 3, 9}, 3);
+        QCOMPARE(rows.back(), std::optional<qint32>(7));
+        QCOMPARE(rows.back(), std::optional<qint32>(9));
+        QCOMPARE(rows.place(), 3);
+        QCOMPARE(rows.advance(), std::optional<qint32>(7));
+        OpenerRows unlisted({4, 6}, 99);
+        QCOMPARE(unlisted.back(), std::optional<qint32>(6));
+    }
+
     void emptyListHasNoNext()
     {
         OpenerRows rows;
         QVERIFY(rows.isEmpty());
         QCOMPARE(rows.current(), std::nullopt);
         QCOMPARE(rows.advance(), std::nullopt);
+        QCOMPARE(rows.back(), std::nullopt);
         QCOMPARE(rows.place(), 0);
     }
 };

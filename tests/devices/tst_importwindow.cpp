@@ -9,6 +9,7 @@
 #include "support/widgets.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
 #include <QSqlQuery>
@@ -112,6 +113,7 @@ private slots:
         // Without a lot the device import stops before it asks anything.
         LogDialog noLot(context(), harvest, std::nullopt);
         noLot.show();
+        child<QComboBox>(noLot, "kom(0)")->setEditText(QString()); // the only log lot is chosen on opening
         child<QPushButton>(noLot, "comimport")->click();
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Der Datenimport ist nur möglich, wenn die LOS-Nummer angegeben wird!"));
     }

@@ -1,4 +1,5 @@
 // The entry hub and the lot window: listing, copying, deleting, paying, lots and their bulk changes.
+#include "common/ui/gridformat.h"
 #include "entry/hub.h"
 #include "entry/lotentry.h"
 #include "entry/ui/hubdialog.h"
@@ -20,7 +21,9 @@
 #include <QRadioButton>
 #include <QSettings>
 #include <QStandardPaths>
+#include <QTabWidget>
 #include <QTableView>
+#include <QTimer>
 
 using namespace tarvik;
 using test::child;
@@ -28,8 +31,6 @@ using test::typeInto;
 
 class TestHubAndLots : public QObject, protected test::EntryFixture {
     Q_OBJECT
-
-
 
 private slots:
     void init()
@@ -60,6 +61,72 @@ private slots:
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Bitte markieren Sie zuerst den Datensatz, den Sie löschen möchten."));
         child<QPushButton>(hub, "comnächster")->click();
         QCOMPARE(hub.harvestId(), other);
+    }
+
+    // "Ändern" from the hub: OK stores the row shown and goes on down the hub's list, after the
+    // last back to the first; Abbrechen closes.
+    void changeStepsThroughTheList_data()
+    {
+        QTest::addColumn<int>("list");
+        QTest::addColumn<QString>("remarkList");
+        QTest::newRow("logs") << int(HubList::Staemme) << "kom(5)";
+        QTest::newRow("poles") << int(HubList::Pfaehle) << "kom(3)";
+        QTest::newRow("sections") << int(HubList::Schichtholz) << "kom(3)";
+    }
+    void changeStepsThroughTheList()
+    {
+        QFETCH(int, list);
+        QFETCH(QString, remarkList);
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        createLot(db(), m_harvest, 2, QStringLiteral("Pfähle"));
+        createLot(db(), m_harvest, 3, QStringLiteral("Schichtholz"));
+        for (int n = 1; n <= 3; ++n) {
+            test::addTypedLog(db(), m_harvest, 1, n, QStringLiteral("FI (Fichte)"), 30 + n, 4, QStringLiteral("O"));
+            execSql(db(), QStringLiteral("INSERT INTO Pfähle(Los_Nr, Baumart, Stärke_mR, Länge_m, Anzahl, Stärkeklasse, Kennung) "
+                                         "VALUES (2, 'FI (Fichte)', 8, 8, ?, 'P2.11', ?)"), {n, m_harvest});
+            execSql(db(), QStringLiteral("INSERT INTO Schichtholz(Los_Nr, Sektions_Nr, Baumart, Stärke, Sektionslänge_m, Sektionstiefe_m, "
+                                         "Sektionshöhe_m, Stärkeklasse, Kennung) VALUES (3, ?, 'BU (Rotbuche)', 8, 1, 1, 1, 'S2.1', ?)"),
+                    {n, m_harvest});
+        }
+        HubDialog hub(context(), m_harvest, static_cast<HubList>(list));
+        hub.show();
+        auto* grid = child<QTableView>(hub, "gridli");
+        QCOMPARE(grid->model()->rowCount(), 3);
+        grid->selectRow(1);
+
+        QStringList titles;
+        QStringList shownRemarks;
+        QTimer::singleShot(0, this, [&] {
+            auto* window = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (!window || window == &hub)
+                return;
+            for (int step = 0; step < 4; ++step) {
+                titles << window->windowTitle();
+                auto* remark = child<QComboBox>(*window, qPrintable(remarkList));
+                shownRemarks << remark->currentText();
+                remark->setEditText(QStringLiteral("geprüft %1").arg(step));
+                child<QPushButton>(*window, "ok")->click();
+            }
+            titles << window->windowTitle();
+            child<QPushButton>(*window, "cmdabbrechen")->click();
+        });
+        child<QPushButton>(hub, "ändern")->click();
+
+        const QString title = titles.value(0).section(u' ', 0, 1);
+        QCOMPARE(titles, (QStringList{title + QStringLiteral(" - Ändern (2 von 3)"), title + QStringLiteral(" - Ändern (3 von 3)"),
+                                      title + QStringLiteral(" - Ändern (1 von 3)"), title + QStringLiteral(" - Ändern (2 von 3)"),
+                                      title + QStringLiteral(" - Ändern (3 von 3)")}));
+        QCOMPARE(shownRemarks, (QStringList{QString(), QString(), QString(), QStringLiteral("geprüft 0")}));
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        // Each row got the remark of its last visit, in the hub's order: rows 2, 3, 1, 2.
+        const QString table = hubTable(static_cast<HubList>(list));
+        QStringList remarks;
+        for (int row = 0; row < 3; ++row) {
+            const qint32 id = grid->model()->index(row, grid->model()->columnCount() - 1).data().toInt();
+            remarks << scalar(db(), QStringLiteral("SELECT Bemerkung FROM \"%1\" WHERE ID = ?").arg(table), {id}).toString();
+        }
+        QCOMPARE(remarks, (QStringList{QStringLiteral("geprüft 2"), QStringLiteral("geprüft 3"), QStringLiteral("geprüft 1")}));
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM \"%1\" WHERE Kennung = ?").arg(table)), QStringLiteral("3"));
     }
 
     // The hub's grid reads as a paper list: money with two decimals, figures right, names left.
@@ -206,6 +273,168 @@ private slots:
         child<QComboBox>(again, "kom(0)")->setEditText(QStringLiteral("5"));
         child<QPushButton>(again, "ok")->click();
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n...die Los-Nummer 5 bereits existiert."));
+    }
+
+    // "Ändern" stores the shown lot and shows the next one of the hub's list, after the last the
+    // first; Abbrechen closes on the lot shown last and the hub's list stands on it.
+    void changeStepsThroughTheHubsLots_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::newRow("OK") << "ok";
+        QTest::newRow("OK+Nächster") << "okn_chster";
+    }
+    void changeStepsThroughTheHubsLots()
+    {
+        QFETCH(QString, button);
+        for (int lot : {1, 2, 3})
+            createLot(db(), m_harvest, lot, QStringLiteral("Stämme"));
+        HubDialog hub(context(), m_harvest, HubList::Lose);
+        auto* grid = child<QTableView>(hub, "gridli");
+        grid->selectRow(1);
+        QStringList shown;
+        QTimer::singleShot(0, this, [&] {
+            auto* d = qobject_cast<LotDialog*>(QApplication::activeModalWidget());
+            QVERIFY(d);
+            shown << d->windowTitle();
+            for (const char* name : {"Erste Runde", "Zweite Runde"}) {
+                child<QLineEdit>(*d, "t(0)")->setText(QString::fromUtf8(name));
+                child<QPushButton>(*d, qPrintable(button))->click();
+                shown << child<QComboBox>(*d, "kom(0)")->currentText() + u'/' + d->windowTitle();
+            }
+            child<QPushButton>(*d, "cmdabbrechen")->click();
+        });
+        child<QPushButton>(hub, "ändern")->click();
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        QCOMPARE(shown, (QStringList{"Eingabe Lose - Ändern (2 von 3)", "3/Eingabe Lose - Ändern (3 von 3)",
+                                     "1/Eingabe Lose - Ändern (1 von 3)"}));
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Los_Nr || ':' || coalesce(Los_Bezeichnung, '')) FROM "
+                                      "(SELECT * FROM Lose WHERE Kennung = ? ORDER BY Los_Nr)")),
+                 QStringLiteral("1:,2:Erste Runde,3:Zweite Runde"));
+        QCOMPARE(grid->currentIndex().row(), 0);
+        QVERIFY(grid->selectionModel()->isRowSelected(0, QModelIndex()));
+    }
+
+    // New lots from the hub: the list then stands on the lot stored last.
+    void hubStandsOnTheNewLotStoredLast()
+    {
+        createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
+        HubDialog hub(context(), m_harvest, HubList::Lose);
+        QTimer::singleShot(0, this, [] {
+            auto* d = qobject_cast<LotDialog*>(QApplication::activeModalWidget());
+            QVERIFY(d);
+            child<QPushButton>(*d, "okn_chster")->click();
+            child<QPushButton>(*d, "okn_chster")->click();
+            child<QPushButton>(*d, "cmdabbrechen")->click();
+        });
+        child<QPushButton>(hub, "neu")->click();
+        auto* grid = child<QTableView>(hub, "gridli");
+        QCOMPARE(grid->model()->rowCount(), 3);
+        QCOMPARE(grid->currentIndex().row(), 2);
+        QCOMPARE(grid->model()->index(2, 0).data().toString(), QStringLiteral("3"));
+    }
+
+    // Lots entered one after another: [OK+Nächster] stores and proposes the next free number.
+    void okNextEntersLotsOneAfterAnother()
+    {
+        createLot(db(), m_harvest, 4, QStringLiteral("Stämme"));
+        LotDialog d(context(), m_harvest, std::nullopt);
+        QStringList proposals;
+        for (const char* name : {"Erstes", "Zweites"}) {
+            child<QLineEdit>(d, "t(0)")->setText(QString::fromUtf8(name));
+            child<QComboBox>(d, "kom(3)")->setEditText(QStringLiteral("Säge Nord"));
+            child<QPushButton>(d, "okn_chster")->click();
+            proposals << child<QComboBox>(d, "kom(0)")->currentText() + u'/' + child<QLineEdit>(d, "t(0)")->text() + u'/' +
+                             child<QComboBox>(d, "kom(3)")->currentText();
+        }
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        QCOMPARE(proposals, (QStringList{"6//", "7//"}));
+        QCOMPARE(d.windowTitle(), QStringLiteral("Eingabe Lose - Neu"));
+        QVERIFY(d.result() != QDialog::Accepted);
+        QCOMPARE(child<QComboBox>(d, "kom(0)")->findText(QStringLiteral("6")), 2);  // the lot list grew
+        QCOMPARE(child<QComboBox>(d, "kom(3)")->findText(QStringLiteral("Säge Nord")), 0);
+        child<QPushButton>(d, "ok")->click();
+        QCOMPARE(d.result(), int(QDialog::Accepted));
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Los_Nr || ':' || coalesce(Los_Bezeichnung, '')) FROM "
+                                      "(SELECT * FROM Lose WHERE Kennung = ? ORDER BY Los_Nr)")),
+                 QStringLiteral("4:,5:Erstes,6:Zweites,7:"));
+        QCOMPARE(d.lastId(), idOf(QStringLiteral("SELECT ID FROM Lose WHERE Kennung = ? AND Los_Nr = 7")));
+    }
+
+    void defaultButtonFollowsTheSetting_data()
+    {
+        QTest::addColumn<int>("setting");
+        QTest::addColumn<QString>("defaultButton");
+        QTest::newRow("OK") << 0 << "ok";
+        QTest::newRow("OK+Nächster") << 1 << "okn_chster";
+    }
+    void defaultButtonFollowsTheSetting()
+    {
+        QFETCH(int, setting);
+        QFETCH(QString, defaultButton);
+        m_settings.zahl[28] = qint16(setting);
+        LotDialog d(context(), m_harvest, std::nullopt);
+        QStringList defaults;
+        for (QPushButton* b : d.findChildren<QPushButton*>())
+            if (b->isDefault())
+                defaults << b->objectName();
+        QCOMPARE(defaults, QStringList{defaultButton});
+    }
+
+    // The access key acts at once: digits typed right after Alt+N belong to the next lot.
+    void accessKeyActsAtOnce()
+    {
+        LotDialog d(context(), m_harvest, std::nullopt);
+        d.show();
+        QVERIFY(QTest::qWaitForWindowActive(&d));
+        auto* number = child<QComboBox>(d, "kom(0)");
+        QCOMPARE(number->currentText(), QStringLiteral("1"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_N, Qt::AltModifier);
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("12"));
+        QTest::qWait(150); // longer than a button's click animation
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Los_Nr) FROM Lose WHERE Kennung = ?")), QStringLiteral("1"));
+        QCOMPARE(number->currentText(), QStringLiteral("12"));
+    }
+
+    // Text fields show a usual value whole, number fields keep to their digits however wide the
+    // window is, and the window fits a 1366×768 screen.
+    void fieldWidths_data()
+    {
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("number");
+        QTest::newRow("Los-Nr") << 0 << "kom(0)" << "123456789" << true;
+        QTest::newRow("Sortierung") << 0 << "kom(1)" << "Schichtholz" << false;
+        QTest::newRow("Los-Bezeichnung") << 0 << "t(0)" << "Abteilung 12a/b" << false;
+        QTest::newRow("Lagerort") << 0 << "kom(2)" << "Waldweg an der Hütte 12" << false;
+        QTest::newRow("Anfahrt") << 0 << "t(1)" << "Über die Brücke, dann links" << false;
+        QTest::newRow("GPS Breite") << 0 << "t(2)" << "48,1234567" << true;
+        QTest::newRow("Abnehmer") << 0 << "kom(3)" << "Sägewerk Müller GmbH & Co. KG" << false;
+        QTest::newRow("Vermessungsart") << 0 << "kom(5)" << "Mittenstärke o.R." << false;
+        QTest::newRow("Fixlänge") << 0 << "t(4)" << "12,50" << true;
+        QTest::newRow("Preis erhalten") << 0 << "t(6)" << "123.456,78" << true;
+        QTest::newRow("Pauschalpreis") << 0 << "tp(1)" << "12.345,00" << true;
+        QTest::newRow("Efm o.R.") << 0 << "tsumme(1)" << "12.345,678" << true;
+        QTest::newRow("Stamm-Nr von") << 1 << "tr(1)" << "123456" << true;
+        QTest::newRow("Neue Los-Nr") << 1 << "tr(3)" << "123456789" << true;
+        QTest::newRow("auf Baumart") << 1 << "kom(10)" << "DGL (Douglasie)" << false;
+    }
+    void fieldWidths()
+    {
+        QFETCH(int, page);
+        QFETCH(QString, name);
+        QFETCH(QString, text);
+        QFETCH(bool, number);
+        LotDialog d(context(), m_harvest, std::nullopt);
+        QVERIFY(d.sizeHint().width() <= 1366 && d.sizeHint().height() <= 700);
+        d.resize(1366, d.sizeHint().height());
+        d.show();
+        d.findChild<QTabWidget*>()->setCurrentIndex(page);
+        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        test::checkFieldWidth(d.findChild<QWidget*>(name), text, number);
+        if (name.startsWith(QLatin1String("tsumme")))
+            QVERIFY(looksReadOnly(d.findChild<QWidget*>(name)));
     }
 
     void mapLinkOfTheLotChecksItsCoordinates()

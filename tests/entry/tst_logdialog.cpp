@@ -15,6 +15,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QHeaderView>
 #include <QTableView>
 
 using namespace tarvik;
@@ -106,6 +107,7 @@ private slots:
         LogDialog d(context(), m_harvest, std::nullopt, 1);
         d.show();
         child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, "kom(2)")->setEditText(QStringLiteral("B"));
         auto* heilbronn = child<QComboBox>(d, "kom(4)");
         typeLog(d, QStringLiteral("12"), QStringLiteral("40"));
         typeInto(tz(d, 3), QStringLiteral("28"));
@@ -203,6 +205,7 @@ private slots:
         d.show();
         child<QComboBox>(d, ("kom(0)"))->setEditText(QStringLiteral("7"));
         child<QComboBox>(d, ("kom(1)"))->setEditText(QStringLiteral("BU (Rotbuche)"));
+        child<QComboBox>(d, ("kom(2)"))->setEditText(QStringLiteral("B"));
         typeLog(d, QStringLiteral("4"), QStringLiteral("30"));
         m_prompter.answerNo();
         child<QPushButton>(d, ("ok"))->click();
@@ -213,17 +216,152 @@ private slots:
         QCOMPARE(value(QStringLiteral("SELECT Sortierung || Anzahl_Stämme FROM Lose WHERE Kennung = ? AND Los_Nr = 7")), QStringLiteral("Stämme1"));
     }
 
+    void quickEntryInDecimetres_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("12,5 m") << "125" << "12,5";
+        QTest::newRow("leading zero") << "052" << "5,2";
+        QTest::newRow("whole metres") << "100" << "10,0";
+    }
     void quickEntryInDecimetres()
     {
+        QFETCH(QString, typed);
         m_settings.zahl[51] = 1;
         LogDialog d(context(), m_harvest, std::nullopt, 1);
         d.show();
         QApplication::setActiveWindow(&d);
         tz(d, 2)->setFocus();
-        QTest::keyClicks(tz(d, 2), QStringLiteral("125"));
+        QTest::keyClicks(tz(d, 2), typed);
         QApplication::processEvents();
-        QCOMPARE(tz(d, 2)->text(), QStringLiteral("12.5"));
+        QTEST(tz(d, 2)->text(), "shown");
         QCOMPARE(QApplication::focusWidget(), tz(d, 1));
+        typeInto(tz(d, 1), QStringLiteral("30"));
+        QVERIFY(!tz(d, 6)->text().isEmpty() && tz(d, 6)->text() != QStringLiteral("0,000")); // the length counts
+    }
+
+    // Tab walks the fields in the order they stand, which is the order a crew reads out a log.
+    void tabOrderFollowsTheFields()
+    {
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.resize(1366, 740);
+        d.show();
+        QApplication::setActiveWindow(&d);
+        child<QComboBox>(d, "kom(0)")->setFocus();
+        QStringList walked;
+        QList<int> tops;
+        QList<int> lefts;
+        for (int i = 0; i < 11; ++i) {
+            QWidget* w = QApplication::focusWidget();
+            if (qobject_cast<QComboBox*>(w->parentWidget()))
+                w = w->parentWidget(); // the edit of an editable list
+            walked << w->objectName();
+            tops << w->mapTo(&d, QPoint()).y();
+            lefts << w->mapTo(&d, QPoint()).x();
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(walked, (QStringList{"kom(0)", "tz(0)", "tz(2)", "tz(1)", "kom(1)", "tz(3)", "kom(2)", "kom(5)",
+                                      "tz(4)", "tz(8)", "konkäfer"}));
+        // Down the first box, then down the second box to its right.
+        for (int i = 1; i < walked.size(); ++i) {
+            const bool sameColumn = lefts[i] == lefts[i - 1];
+            QVERIFY2(sameColumn ? tops[i] > tops[i - 1] : lefts[i] > lefts[i - 1], qPrintable(walked[i]));
+        }
+    }
+
+    // The window fits a 1366×768 screen and still shows twelve logs.
+    void fitsTheScreenWithTwelveRows()
+    {
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        QVERIFY2(d.minimumSizeHint().width() <= 1366 && d.minimumSizeHint().height() <= 720,
+                 qPrintable(QStringLiteral("%1×%2").arg(d.minimumSizeHint().width()).arg(d.minimumSizeHint().height())));
+        QVERIFY2(d.width() <= 1366 && d.height() <= 720, qPrintable(QStringLiteral("%1×%2").arg(d.width()).arg(d.height())));
+        auto* grid = child<QTableView>(d, "gridli");
+        QVERIFY(grid->viewport()->height() >= 12 * grid->verticalHeader()->defaultSectionSize());
+    }
+
+    // With one log lot it is the lot meant; the lot's last species and quality are proposed.
+    void theOnlyLotIsChosen_data()
+    {
+        QTest::addColumn<bool>("secondLot");
+        QTest::addColumn<QString>("lot");
+        QTest::addColumn<QString>("species");
+        QTest::addColumn<QString>("quality");
+        QTest::newRow("one log lot") << false << "1" << "KI (Kiefer)" << "C";
+        QTest::newRow("two log lots") << true << "" << "" << "";
+    }
+    void theOnlyLotIsChosen()
+    {
+        QFETCH(bool, secondLot);
+        createLot(db(), m_harvest, 2, secondLot ? QStringLiteral("Stämme") : QStringLiteral("Pfähle"));
+        test::addTypedLog(db(), m_harvest, 1, 1, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"), 0, 0, QStringLiteral("B"));
+        test::addTypedLog(db(), m_harvest, 1, 2, QStringLiteral("KI (Kiefer)"), 30, 4, QStringLiteral("O"), 0, 0, QStringLiteral("C"));
+        LogDialog d(context(), m_harvest, std::nullopt);
+        QTEST(child<QComboBox>(d, "kom(0)")->currentText(), "lot");
+        QTEST(child<QComboBox>(d, "kom(1)")->currentText(), "species");
+        QTEST(child<QComboBox>(d, "kom(2)")->currentText(), "quality");
+    }
+
+    // A crew reads out the next log while the first is stored by its access key: every key after
+    // Alt+N belongs to the new log, however fast it follows.
+    void accessKeyStoresTheLogAsItStood_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<char>("key");
+        QTest::newRow("OK+Nächster") << "okn_chster" << 'N';
+        QTest::newRow("OK") << "ok" << 'O';
+    }
+    void accessKeyStoresTheLogAsItStood()
+    {
+        QFETCH(QString, button);
+        QFETCH(char, key);
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        QApplication::setActiveWindow(&d);
+        child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, "kom(2)")->setEditText(QStringLiteral("B"));
+        typeLog(d, QStringLiteral("4,5"), QStringLiteral("35"));
+        tz(d, 1)->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), Qt::AltModifier);
+        const bool next = button == QStringLiteral("okn_chster");
+        if (next) {
+            for (QChar c : QStringLiteral("52"))
+                QTest::keyClick(QApplication::focusWidget(), c.toLatin1());
+        }
+        QTest::qWait(250); // long enough for a delayed click to have come
+        QCOMPARE(value(QStringLiteral("SELECT count(*) || '/' || Stärke_gemessen || '/' || Länge_m FROM Stämme WHERE Kennung = ?")),
+                 QStringLiteral("1/35/4.5"));
+        QCOMPARE(d.result(), next ? 0 : int(QDialog::Accepted));
+        if (next) {
+            QCOMPARE(tz(d, 0)->text(), QStringLiteral("2"));
+            QCOMPARE(tz(d, 2)->text(), QStringLiteral("52")); // the new log's length field
+            QCOMPARE(tz(d, 1)->text(), QStringLiteral("35"));  // the old diameter, untouched
+        }
+    }
+
+    // The grid lists every log of the harvest, a page at a time: a store in a large harvest reads
+    // one page again and shows the new log on top.
+    void gridListsTheWholeHarvest()
+    {
+        createLot(db(), m_harvest, 2, QStringLiteral("Stämme"));
+        execSql(db(), QStringLiteral("WITH RECURSIVE k(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM k WHERE i < 3000) "
+                                     "INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Kennung) SELECT 1, i, 'FI (Fichte)', ? FROM k"),
+                {m_harvest});
+        LogDialog d(context(), m_harvest, std::nullopt, 2);
+        d.show();
+        auto* grid = child<QTableView>(d, "gridli");
+        QCOMPARE(grid->model()->rowCount(), 256);
+        QCOMPARE(grid->model()->headerData(0, Qt::Horizontal).toString(), QStringLiteral("Los_Nr"));
+        child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, "kom(2)")->setEditText(QStringLiteral("B"));
+        typeLog(d, QStringLiteral("4,5"), QStringLiteral("35"));
+        child<QPushButton>(d, "okn_chster")->click();
+        QCOMPARE(grid->model()->rowCount(), 256);
+        QCOMPARE(grid->model()->index(0, 0).data().toString() + u'/' + grid->model()->index(0, 1).data().toString(),
+                 QStringLiteral("2/3001"));
+        QCOMPARE(grid->selectionModel()->selectedRows().value(0).row(), 0);
+        QVERIFY(grid->isColumnHidden(grid->model()->columnCount() - 1)); // the ID
     }
 
     void girthFailingHalfWayStoresNothing()
@@ -232,6 +370,7 @@ private slots:
         LogDialog d(context(), m_harvest, std::nullopt, 1);
         d.show();
         child<QComboBox>(d, ("kom(1)"))->setEditText(QStringLiteral("FI (Fichte)"));
+        child<QComboBox>(d, ("kom(2)"))->setEditText(QStringLiteral("B"));
         typeLog(d, QStringLiteral("3"), QStringLiteral("18"));
         typeInto(tz(d, 8), QStringLiteral("3"));
         m_prompter.answerYes();

@@ -13,6 +13,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTableView>
 
 using namespace tarvik;
 using test::child;
@@ -20,7 +21,6 @@ using test::typeInto;
 
 class TestPolesAndStacks : public QObject, protected test::EntryFixture {
     Q_OBJECT
-
 
     static void setLotAndSpecies(QDialog& d, const QString& lot, const QString& species)
     {
@@ -57,6 +57,47 @@ private slots:
         QCOMPARE(value(QStringLiteral("SELECT Sortierung || '/' || Anzahl_Pfähle || '/' || Preis_berechnet FROM Lose WHERE Kennung = ?")),
                  QStringLiteral("Pfähle/10/25.0"));
         QCOMPARE(value(QStringLiteral("SELECT Pfähle_Anzahl || '/' || Anzahl_Lose FROM Hiebe WHERE ID = ?")), QStringLiteral("10/1"));
+    }
+
+    // Figures get room for their digits and are not stretched over a wide window.
+    void fieldsFitTheirFigures()
+    {
+        PoleDialog poles(context(), m_harvest, std::nullopt);
+        StackDialog stacks(context(), m_harvest, std::nullopt);
+        for (QDialog* d : {static_cast<QDialog*>(&poles), static_cast<QDialog*>(&stacks)}) {
+            d->resize(1300, 700);
+            d->show();
+            QVERIFY(QTest::qWaitForWindowExposed(d));
+        }
+        test::checkFieldWidth(poles.field(2), QStringLiteral("1234567"), true);
+        test::checkFieldWidth(poles.field(3), QStringLiteral("123.456,7890"), true);
+        test::checkFieldWidth(stacks.field(3), QStringLiteral("1234,567"), true);
+        test::checkFieldWidth(stacks.field(8), QStringLiteral("123.456.789,00"), true);
+    }
+
+    // Both windows list the rows of every lot of their kind, the one just stored on top.
+    void gridsListEveryLot()
+    {
+        createLot(db(), m_harvest, 3, QStringLiteral("Pfähle"));
+        createLot(db(), m_harvest, 4, QStringLiteral("Pfähle"));
+        execSql(db(), QStringLiteral("INSERT INTO Pfähle(Los_Nr, Baumart, Anzahl, Kennung) VALUES (3, 'FI (Fichte)', 5, ?)"), {m_harvest});
+        execSql(db(), QStringLiteral("INSERT INTO Schichtholz(Los_Nr, Sektions_Nr, Kennung) VALUES (5, 1, ?)"), {m_harvest});
+        PoleDialog d(context(), m_harvest, std::nullopt, 4);
+        d.show();
+        auto* grid = child<QTableView>(d, "gridli");
+        QCOMPARE(grid->model()->rowCount(), 1);
+        child<QComboBox>(d, "kom(1)")->setEditText(QStringLiteral("FI (Fichte)"));
+        typeInto(d.field(0), QStringLiteral("8"));
+        typeInto(d.field(1), QStringLiteral("8"));
+        typeInto(d.field(2), QStringLiteral("10"));
+        child<QPushButton>(d, "okn_chster")->click();
+        QCOMPARE(grid->model()->rowCount(), 2);
+        QCOMPARE(grid->model()->index(0, 0).data().toString(), QStringLiteral("4"));
+        QCOMPARE(grid->model()->index(1, 0).data().toString(), QStringLiteral("3"));
+        QCOMPARE(grid->selectionModel()->selectedRows().value(0).row(), 0);
+
+        StackDialog s(context(), m_harvest, std::nullopt, 6);
+        QCOMPARE(child<QTableView>(s, "gridli")->model()->rowCount(), 1);
     }
 
     void poleRefusals_data()

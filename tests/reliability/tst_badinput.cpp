@@ -71,6 +71,7 @@ struct Fixture {
             f.losNr = QStringLiteral("1");
             f.laufendeNr = QString::number(stores);
             f.species = QStringLiteral("FI (Fichte)");
+            f.quality = QStringLiteral("B"); // priced, so the store does not ask about a log worth nothing
             f.measuredDiameter = QStringLiteral("30");
             f.length = QStringLiteral("10");
             f.remark = text;

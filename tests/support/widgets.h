@@ -1,5 +1,6 @@
 #pragma once
 // Reaching a window's controls by their object names, and typing as a user types.
+#include <QComboBox>
 #include <QLineEdit>
 #include <QTest>
 #include <QWidget>
@@ -21,6 +22,19 @@ inline void typeInto(QLineEdit* edit, const QString& text)
 {
     edit->selectAll();
     QTest::keyClicks(edit, text);
+}
+
+// The field shows the whole text; a number field is not stretched far beyond its digits.
+inline void checkFieldWidth(QWidget* w, const QString& text, bool number)
+{
+    QVERIFY2(w, qPrintable(text));
+    auto* box = qobject_cast<QComboBox*>(w);
+    QWidget* shown = box && box->isEditable() ? box->lineEdit() : w;
+    const int room = shown->width() - (box && !box->isEditable() ? 28 : 8); // frame, margins, arrow
+    const int needed = w->fontMetrics().horizontalAdvance(text);
+    QVERIFY2(room >= needed, qPrintable(QStringLiteral("%1: %2 px for %3 px").arg(w->objectName()).arg(room).arg(needed)));
+    if (number)
+        QVERIFY2(w->width() <= needed + 80, qPrintable(QStringLiteral("%1 stretched to %2 px").arg(w->objectName()).arg(w->width())));
 }
 
 } // namespace tarvik::test

@@ -412,9 +412,15 @@ void MainWindow::changeHarvest()
 {
     if (!requireMarkedHarvest())
         return;
-    HarvestDialog dialog(context(), currentHarvestId(), this);
-    if (dialog.exec() == QDialog::Accepted)
+    // "Ändern" steps through the list as shown; afterwards the list stands on the harvest shown last.
+    QList<qint32> ids;
+    for (int row = 0; row < m_model->rowCount(); ++row)
+        ids << m_model->harvestId(row).value_or(0);
+    HarvestDialog dialog(context(), *currentHarvestId(), ids, this);
+    dialog.exec();
+    if (dialog.storedId())
         refill();
+    selectHarvest(dialog.shownId());
 }
 
 void MainWindow::deleteHarvest()

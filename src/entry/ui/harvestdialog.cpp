@@ -1,6 +1,8 @@
 #include "entry/ui/harvestdialog.h"
 
+#include "common/ui/accesskeys.h"
 #include "common/ui/dateedit.h"
+#include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
 #include "store/sql.h"
 
@@ -45,6 +47,17 @@ void fill(QComboBox* box, const QStringList& values)
     box->setEditText(text);
 }
 
+// Room for `chars` characters of the field's font plus its frame (and a combo box's arrow).
+int roomFor(const QWidget* w, int chars, QChar sample)
+{
+    const int frame = qobject_cast<const QComboBox*>(w) ? 36 : 14;
+    return w->fontMetrics().horizontalAdvance(QString(chars, sample)) + frame;
+}
+// A number field is as wide as its digits and never stretched with the window.
+void fixChars(QWidget* w, int digits) { w->setFixedWidth(roomFor(w, digits, u'0')); }
+// A text field shows at least that many characters and may grow.
+void minChars(QWidget* w, int chars) { w->setMinimumWidth(roomFor(w, chars, u'n')); }
+
 const char* const TotalCaptions[] = {"Anzahl Lose", "Stämme Anzahl", "Stämme Efm", "Efm je Stück", "Pfähle Anzahl",
                                      "Schichtholz Efm", "Schichtholz m3", "Teilverkauft", "Verkauft"};
 
@@ -56,16 +69,44 @@ HarvestDialog::HarvestDialog(const AppContext& context, std::optional<qint32> ha
     setObjectName(QStringLiteral("FH_Hiebeingabe"));
     setModal(true);
     build();
+    fillLists();
+    if (m_editedId)
+        showHarvest(*m_editedId);
+    else
+        startNew();
+}
+
+HarvestDialog::HarvestDialog(const AppContext& context, qint32 harvestId, QList<qint32> openerIds, QWidget* parent)
+    : HarvestDialog(context, harvestId, parent)
+{
+    m_openerRows = OpenerRows(std::move(openerIds), harvestId);
+    showChangeTitle();
+}
+
+void HarvestDialog::fillLists()
+{
     fill(m_woodland, listValues(m_context.db, QStringLiteral("Liste_Waldnamen"), QStringLiteral("Waldname")));
     fill(m_reason, listValues(m_context.db, QStringLiteral("Liste_Hiebgrund"), QStringLiteral("Inhalt")));
     fill(m_kind, listValues(m_context.db, QStringLiteral("Liste_Hiebart"), QStringLiteral("Inhalt")));
     fill(m_owner, listValues(m_context.db, QStringLiteral("Waldbesitzer"), QStringLiteral("Besitzer")));
-    if (m_editedId) {
-        setWindowTitle(QStringLiteral("Hiebeingabe - Ändern"));
-        showForm(loadHarvest(m_context.db, *m_editedId));
-    } else {
-        startNew();
-    }
+}
+
+void HarvestDialog::showChangeTitle()
+{
+    QString title = QStringLiteral("Hiebeingabe - Ändern");
+    if (m_openerRows.place() > 0)
+        title += QStringLiteral(" (%1 von %2)").arg(m_openerRows.place()).arg(m_openerRows.size());
+    setWindowTitle(title);
+}
+
+void HarvestDialog::showHarvest(qint32 id)
+{
+    m_editedId = id;
+    showChangeTitle();
+    if (const auto form = runGuarded(m_context.prompter, [&] { return loadHarvest(m_context.db, id); }))
+        showForm(*form);
+    m_number->setFocus();
+    m_number->selectAll();
 }
 
 void HarvestDialog::build()
@@ -90,13 +131,26 @@ void HarvestDialog::build()
     m_harvester->setMaximumHeight(60);
     m_dates[0] = new DateEdit(QStringLiteral("tdat(0)"));
     m_dates[1] = new DateEdit(QStringLiteral("tdat(1)"));
+    fixChars(m_number, 7);
+    fixChars(m_year, 5);
+    fixChars(m_area, 11);
+    for (DateEdit* date : m_dates) {
+        fixChars(date->lineEdit(), 10);
+        date->setFixedWidth(date->sizeHint().width());
+    }
+    QWidget* const longTexts[] = {m_woodland, m_owner, m_texts[0], m_texts[1], m_texts[2], m_texts[3], m_texts[5]};
+    for (QWidget* w : longTexts)
+        minChars(w, 28);
+    minChars(m_reason, 20);
+    minChars(m_kind, 20);
+    minChars(m_texts[4], 15);
 
     auto* harvest = new QGroupBox(QStringLiteral("Hieb"));
     auto* grid = new QGridLayout(harvest);
     int row = 0;
     auto add = [&grid, &row](const QString& caption, QWidget* w, int span = 3) {
         grid->addWidget(new QLabel(caption), row, 0);
-        grid->addWidget(w, row++, 1, 1, span);
+        grid->addWidget(w, row++, 1, 1, span, span == 1 ? Qt::AlignLeft : Qt::Alignment());
     };
     add(QStringLiteral("Hieb-Nr"), m_number, 1);
     add(QStringLiteral("Jahr"), m_year, 1);
@@ -124,18 +178,21 @@ void HarvestDialog::build()
     auto* totalsGrid = new QGridLayout(totalsBox);
     for (int i = 0; i < 9; ++i) {
         QLineEdit* t = field(QStringLiteral("tsumme(%1)").arg(i), 20);
-        t->setReadOnly(true);
+        showReadOnly(t);
         t->setFocusPolicy(Qt::NoFocus);
+        fixChars(t, 11);
+        if (i < 7)
+            t->setAlignment(Qt::AlignRight);
         m_totals[size_t(i)] = t;
         totalsGrid->addWidget(new QLabel(QString::fromUtf8(TotalCaptions[i])), i % 5, (i / 5) * 2);
         totalsGrid->addWidget(t, i % 5, (i / 5) * 2 + 1);
     }
+    totalsGrid->setColumnStretch(4, 1);
 
     m_ok = new QPushButton(QStringLiteral("&OK"));
     m_ok->setObjectName(QStringLiteral("ok"));
     m_okNext = new QPushButton(QStringLiteral("OK+&Nächster"));
     m_okNext->setObjectName(QStringLiteral("okn_chster"));
-    m_okNext->setEnabled(!m_editedId); // stepping through a list of harvests needs the opener's list
     auto* cancel = new QPushButton(QStringLiteral("&Abbrechen"));
     cancel->setObjectName(QStringLiteral("cmdabbrechen"));
     auto* standard = new QPushButton(QStringLiteral("Als &Standard"));
@@ -145,10 +202,11 @@ void HarvestDialog::build()
     help->setObjectName(QStringLiteral("comhilfe"));
     help->setEnabled(false); // the help filter enables and wires it when the window shows
     // RETURN triggers [OK+Nächster] when the settings say so.
-    const bool nextIsDefault = m_context.settings.okNextIsDefault() && !m_editedId;
-    for (QPushButton* b : {m_ok, m_okNext, cancel, standard, help})
+    for (QPushButton* b : {m_ok, m_okNext, cancel, standard, help}) {
         b->setAutoDefault(false);
-    (nextIsDefault ? m_okNext : m_ok)->setDefault(true);
+        actAtOnceOnAccessKey(b);
+    }
+    (m_context.settings.okNextIsDefault() ? m_okNext : m_ok)->setDefault(true);
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(help);
@@ -173,6 +231,8 @@ void HarvestDialog::build()
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     connect(standard, &QPushButton::clicked, this, &HarvestDialog::onStandard);
     connect(m_woodland, &QComboBox::textActivated, this, &HarvestDialog::fillWoodland);
+    // A name completed while typing and left with Tab counts as chosen.
+    connect(m_woodland->lineEdit(), &QLineEdit::editingFinished, this, &HarvestDialog::woodlandLeft);
     connect(m_owner, &QComboBox::textActivated, this, &HarvestDialog::fillOwner);
 }
 
@@ -181,6 +241,7 @@ void HarvestDialog::showForm(const HarvestForm& f)
     m_number->setText(f.hiebNr);
     m_year->setText(f.jahr);
     m_woodland->setEditText(f.waldname);
+    m_filledWoodland = f.waldname;
     m_texts[0]->setText(f.waldort);
     m_area->setText(f.hiebflaeche);
     m_reason->setEditText(f.hiebgrund);
@@ -248,20 +309,27 @@ void HarvestDialog::startNew()
     m_number->selectAll();
 }
 
+bool HarvestDialog::stepToNext()
+{
+    const auto next = m_editedId ? m_openerRows.advance() : std::nullopt;
+    if (!next)
+        return false;
+    fillLists();
+    showHarvest(*next);
+    return true;
+}
+
 void HarvestDialog::onOk()
 {
-    if (store())
+    if (store() && !stepToNext())
         accept();
 }
 
 void HarvestDialog::onOkNext()
 {
-    if (!store())
+    if (!store() || stepToNext())
         return;
-    fill(m_woodland, listValues(m_context.db, QStringLiteral("Liste_Waldnamen"), QStringLiteral("Waldname")));
-    fill(m_reason, listValues(m_context.db, QStringLiteral("Liste_Hiebgrund"), QStringLiteral("Inhalt")));
-    fill(m_kind, listValues(m_context.db, QStringLiteral("Liste_Hiebart"), QStringLiteral("Inhalt")));
-    fill(m_owner, listValues(m_context.db, QStringLiteral("Waldbesitzer"), QStringLiteral("Besitzer")));
+    fillLists();
     startNew();
 }
 
@@ -273,10 +341,18 @@ void HarvestDialog::onStandard()
 
 void HarvestDialog::fillWoodland(const QString& name)
 {
-    if (const auto w = woodland(m_context.db, name)) {
+    m_filledWoodland = name;
+    if (const auto w = runGuarded(m_context.prompter, [&] { return woodland(m_context.db, name); })) {
         m_texts[0]->setText(w->waldort);
         m_area->setText(w->flaeche);
     }
+}
+
+void HarvestDialog::woodlandLeft()
+{
+    // Only a changed name fills: tabbing through a stored harvest keeps its own place and area.
+    if (m_woodland->currentText() != m_filledWoodland)
+        fillWoodland(m_woodland->currentText());
 }
 
 void HarvestDialog::fillOwner(const QString& name)

@@ -31,6 +31,15 @@ QString widthsKey(int list)
     return list == int(HubList::Lose) ? QStringLiteral("eingabe") : QStringLiteral("eingabe/liste%1").arg(list);
 }
 
+// The IDs of the listed rows in the grid's order (every list ends in the row's ID).
+OpenerRows listedRows(const QSqlQueryModel* model, qint32 current)
+{
+    QList<qint32> ids;
+    for (int row = 0; row < model->rowCount(); ++row)
+        ids << model->record(row).value(model->columnCount() - 1).toInt();
+    return OpenerRows(ids, current);
+}
+
 } // namespace
 
 HubDialog::HubDialog(const AppContext& context, qint32 harvestId, HubList list, QWidget* parent)
@@ -169,16 +178,31 @@ std::optional<qint32> HubDialog::markedId() const
 void HubDialog::openWindow(std::optional<qint32> id)
 {
     if (list() == HubList::Lose) {
-        LotDialog dialog(m_context, m_harvestId, id, this);
+        // "Ändern" steps through the listed lots; the list then stands on the lot shown last.
+        QList<qint32> lots;
+        for (int row = 0; row < m_model->rowCount(); ++row)
+            lots << m_model->record(row).value(m_model->columnCount() - 1).toInt();
+        LotDialog dialog(m_context, m_harvestId, id, lots, this);
         dialog.exec();
+        refresh();
+        for (int row = 0; row < m_model->rowCount(); ++row)
+            if (dialog.lastId() && m_model->record(row).value(m_model->columnCount() - 1).toInt() == *dialog.lastId())
+                m_grid->selectRow(row);
+        return;
     } else if (list() == HubList::Staemme) {
         LogDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
+        if (id)
+            dialog.stepThrough(listedRows(m_model, *id));
         dialog.exec();
     } else if (list() == HubList::Pfaehle) {
         PoleDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
+        if (id)
+            dialog.stepThrough(listedRows(m_model, *id));
         dialog.exec();
     } else if (list() == HubList::Schichtholz) {
         StackDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
+        if (id)
+            dialog.stepThrough(listedRows(m_model, *id));
         dialog.exec();
     } else if (list() == HubList::Rechnungen) {
         // "Ändern" shows the listed invoices one by one; the list follows the one shown last.

@@ -3,71 +3,53 @@
 // deduction, volume, classes and prices at once.
 #include "devices/logimport.h"
 #include "entry/logentry.h"
-#include "rules/masterdatalookup.h"
-
-#include <QDialog>
-#include <QHash>
-#include <optional>
+#include "entry/ui/entrywindow.h"
 
 class QButtonGroup;
 class QCheckBox;
-class QComboBox;
 class QLabel;
-class QLineEdit;
-class QPushButton;
-class QSqlQueryModel;
-class QTableView;
 
 namespace tarvik {
 
-class LogDialog : public QDialog {
+class LogDialog : public EntryWindow {
     Q_OBJECT
 public:
     // Without a log id the window starts in mode "Neu" (on the given lot, if any).
     LogDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> logId,
               std::optional<qint32> lotNr = std::nullopt, QWidget* parent = nullptr);
 
-    QLineEdit* field(int index) const { return m_fields.value(index); }
     int storedRows() const { return m_storedRows; }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void loadEntry(qint32 id) override;
+    void afterLoad() override { recompute(); }
+    void startNew() override;
+    void lotChosen(std::optional<qint32> lot) override;
+    HarvestRows gridRows() const override;
+    bool storeEntry() override;
+    void afterNext() override;
+    void refreshRows() override;
 
 private:
     void build();
-    void fillLists();
     LogForm read() const;
     void showForm(const LogForm& form);
     void recompute();
-    void chooseLot();
-    bool store();
     void onImport(ImportSource source);
-    void onOk();
-    void onOkNext();
     void onBarkRecompute();
     void onPriceRecompute();
-    void refreshLot();
-    std::optional<qint32> lotNumber() const;
     void quickEntry(int fieldIndex);
 
-    AppContext m_context;
-    qint32 m_harvestId;
-    std::optional<qint32> m_editedId;
-    MasterDataLookup m_masterData;
-    bool m_filling = false;
     bool m_heilbronnComputed = false;
     int m_storedRows = 0;
 
-    QHash<int, QLineEdit*> m_fields;   // tz(n)
-    QHash<int, QComboBox*> m_lists;    // kom(n)
+    QComboBox* m_quality = nullptr;       // kom(2)
+    QComboBox* m_heilbronn = nullptr;     // kom(4)
     QButtonGroup* m_barkModes = nullptr;  // optirinde
     QButtonGroup* m_priceKinds = nullptr; // optipreis
     QCheckBox* m_beetle = nullptr;        // konkäfer
     QLabel* m_summary = nullptr;
-    QSqlQueryModel* m_lotLogs = nullptr;
-    QTableView* m_grid = nullptr;
-    QPushButton* m_ok = nullptr;
-    QPushButton* m_okNext = nullptr;
 };
 
 } // namespace tarvik

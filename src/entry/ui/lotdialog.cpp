@@ -1,6 +1,8 @@
 #include "entry/ui/lotdialog.h"
 
 #include "common/numbers.h"
+#include "common/ui/accesskeys.h"
+#include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
 #include "entry/harvestentry.h"
 #include "reports/maplink.h"
@@ -50,23 +52,39 @@ QComboBox* combo(const QString& name, int maxLength, bool editable = true)
     return c;
 }
 
+// Room for `chars` characters of the field's font plus its frame (and a combo box's arrow).
+int roomFor(const QWidget* w, int chars, QChar sample)
+{
+    const int frame = qobject_cast<const QComboBox*>(w) ? 36 : 14;
+    return w->fontMetrics().horizontalAdvance(QString(chars, sample)) + frame;
+}
+// A number field is as wide as its digits and never stretched with the window.
+void fixChars(QWidget* w, int digits) { w->setFixedWidth(roomFor(w, digits, u'0')); }
+// A text field shows at least that many characters and may grow.
+void minChars(QWidget* w, int chars) { w->setMinimumWidth(roomFor(w, chars, u'n')); }
+
 const QStringList Sortings{QStringLiteral("Stämme"), QStringLiteral("Pfähle"), QStringLiteral("Schichtholz")};
 
 } // namespace
 
 LotDialog::LotDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> lotId, QWidget* parent)
-    : QDialog(parent), m_context(context), m_harvestId(harvestId), m_editedId(lotId)
+    : LotDialog(context, harvestId, lotId, {}, parent)
+{
+}
+
+LotDialog::LotDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> lotId, QList<qint32> openerIds, QWidget* parent)
+    : QDialog(parent), m_context(context), m_harvestId(harvestId)
 {
     setObjectName(QStringLiteral("EF_Eingabe_Lose"));
-    setWindowTitle(lotId ? QStringLiteral("Eingabe Lose - Ändern") : QStringLiteral("Eingabe Lose - Neu"));
     setModal(true);
     auto* tabs = new QTabWidget;
     tabs->addTab(buildLotPage(), QStringLiteral("Losdaten"));
     tabs->addTab(buildChangesPage(), QStringLiteral("Änderung für Stämme"));
 
-    auto* ok = new QPushButton(QStringLiteral("&OK"));
-    ok->setObjectName(QStringLiteral("ok"));
-    ok->setDefault(true);
+    m_ok = new QPushButton(QStringLiteral("&OK"));
+    m_ok->setObjectName(QStringLiteral("ok"));
+    m_okNext = new QPushButton(QStringLiteral("OK+&Nächster"));
+    m_okNext->setObjectName(QStringLiteral("okn_chster"));
     auto* cancel = new QPushButton(QStringLiteral("&Abbrechen"));
     cancel->setObjectName(QStringLiteral("cmdabbrechen"));
     auto* help = new QPushButton(QStringLiteral("&Hilfe"));
@@ -75,17 +93,26 @@ LotDialog::LotDialog(const AppContext& context, qint32 harvestId, std::optional<
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(help);
     buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
+    for (QPushButton* b : {m_ok, m_okNext, cancel}) {
+        b->setAutoDefault(false);
+        actAtOnceOnAccessKey(b);
+        buttons->addWidget(b);
+    }
+    // RETURN triggers [OK+Nächster] when the settings say so.
+    (m_context.settings.okNextIsDefault() ? m_okNext : m_ok)->setDefault(true);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(tabs);
     layout->addLayout(buttons);
-    connect(ok, &QPushButton::clicked, this, &LotDialog::onOk);
+    connect(m_ok, &QPushButton::clicked, this, &LotDialog::onOk);
+    connect(m_okNext, &QPushButton::clicked, this, &LotDialog::onOkNext);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
 
-    fillLists();
-    showForm(lotId ? loadLot(m_context.db, *lotId) : proposeNewLot(m_context.db, m_harvestId, m_context.dataFolder));
-    updateChangesHeading();
+    if (lotId) {
+        m_openerRows = OpenerRows(std::move(openerIds), *lotId);
+        showLot(*lotId);
+    } else {
+        startNew();
+    }
 }
 
 QWidget* LotDialog::buildLotPage()
@@ -122,6 +149,20 @@ QWidget* LotDialog::buildLotPage()
     m_settled = new QCheckBox(QStringLiteral("Abgerechnet"));
     m_settled->setObjectName(QStringLiteral("konabgerechnet"));
     form->addRow(QString(), m_settled);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    fixChars(m_lotNr, 9);
+    m_sorting->setFixedWidth(roomFor(m_sorting, 12, u'n'));
+    for (QLineEdit* e : {m_gpsB, m_gpsL})
+        fixChars(e, 11);
+    for (QLineEdit* e : {m_fixLength, m_overLength})
+        fixChars(e, 8);
+    fixChars(m_received, 12);
+    minChars(m_name, 16);
+    for (QWidget* w : std::initializer_list<QWidget*>{m_place, m_directions, m_buyer, m_remark})
+        minChars(w, 28);
+    minChars(m_measuring, 20);
+    minChars(m_quality, 20);
+    map->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 
     auto* price = new QGroupBox(QStringLiteral("Preisberechnung für Stammholz"));
     auto* grid = new QGridLayout(price);
@@ -139,6 +180,8 @@ QWidget* LotDialog::buildLotPage()
     for (int i = 0; i < 6; ++i) {
         grid->addWidget(new QLabel(QString::fromUtf8(captions[i])), row, 0);
         grid->addWidget(m_priceFields[size_t(i)] = edit(QStringLiteral("tp(%1)").arg(i), 12), row++, 1);
+        fixChars(m_priceFields[size_t(i)], 11);
+        m_priceFields[size_t(i)]->setAlignment(Qt::AlignRight);
     }
     auto* recompute = new QPushButton(QStringLiteral("Holzpreis neu berechnen"));
     recompute->setObjectName(QStringLiteral("holzpreisneuberechnen"));
@@ -156,16 +199,20 @@ QWidget* LotDialog::buildLotPage()
     auto* standard = new QPushButton(QStringLiteral("Ausführen"));
     standard->setObjectName(QStringLiteral("preisstandard"));
     grid->addWidget(standard, row++, 0, 1, 2);
+    grid->setColumnStretch(2, 1);
 
     auto* totals = new QGroupBox(QStringLiteral("Summen (werden berechnet)"));
     auto* totalsGrid = new QGridLayout(totals);
     for (int i = 0; i < 8; ++i) {
         QLineEdit* t = m_totals[size_t(i)] = edit(QStringLiteral("tsumme(%1)").arg(i), 20);
-        t->setReadOnly(true);
+        showReadOnly(t);
         t->setFocusPolicy(Qt::NoFocus);
+        t->setAlignment(Qt::AlignRight);
+        fixChars(t, 11);
         totalsGrid->addWidget(new QLabel(QString::fromUtf8(TotalCaptions[i])), i % 4, (i / 4) * 2);
         totalsGrid->addWidget(t, i % 4, (i / 4) * 2 + 1);
     }
+    totalsGrid->setColumnStretch(4, 1);
 
     auto* right = new QVBoxLayout;
     right->addWidget(price);
@@ -205,6 +252,11 @@ QWidget* LotDialog::buildChangesPage()
     auto* apply = new QPushButton(QStringLiteral("Ändern"));
     apply->setObjectName(QStringLiteral("btn_ndern"));
     form->addRow(QString(), apply);
+    form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
+    fixChars(m_rangeLot, 9);
+    fixChars(m_rangeFrom, 7);
+    fixChars(m_rangeTo, 7);
+    fixChars(m_targetLot, 9);
 
     auto* species = new QGroupBox(QStringLiteral("Baumart aller Stämme des Loses ändern"));
     auto* speciesForm = new QFormLayout(species);
@@ -213,6 +265,10 @@ QWidget* LotDialog::buildChangesPage()
     auto* change = new QPushButton(QStringLiteral("Baumart ändern"));
     change->setObjectName(QStringLiteral("staemmeaendern"));
     speciesForm->addRow(QString(), change);
+    speciesForm->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
+    for (QComboBox* box : {m_newSpecies, m_fromSpecies, m_toSpecies})
+        minChars(box, 22);
+    minChars(m_newQuality, 6);
 
     auto* layout = new QVBoxLayout(page);
     layout->addWidget(m_changesHeading);
@@ -228,17 +284,21 @@ QWidget* LotDialog::buildChangesPage()
 void LotDialog::fillLists()
 {
     const QSqlDatabase& db = m_context.db;
-    m_lotNr->addItems(lotNumbers(db, m_harvestId));
-    m_sorting->addItems(Sortings);
-    m_place->addItems(listValues(db, QStringLiteral("Liste_Lagerort"), QStringLiteral("Inhalt")));
-    m_buyer->addItems(listValues(db, QStringLiteral("Liste_Abnehmer"), QStringLiteral("Inhalt")));
-    m_remark->addItems(listValues(db, QStringLiteral("Liste_Bemerkungen"), QStringLiteral("Inhalt")));
-    m_measuring->addItems(distinctLotValues(db, QStringLiteral("Vermessungsart")));
-    m_quality->addItems(distinctLotValues(db, QStringLiteral("Qualität")));
-    m_newQuality->addItems(QStringList{QString()} + listValues(db, QStringLiteral("Güteklassen"), QStringLiteral("Güteklasse")));
+    auto refill = [](QComboBox* box, const QStringList& values) {
+        box->clear();
+        box->addItems(values);
+    };
+    refill(m_lotNr, lotNumbers(db, m_harvestId));
+    refill(m_sorting, Sortings);
+    refill(m_place, listValues(db, QStringLiteral("Liste_Lagerort"), QStringLiteral("Inhalt")));
+    refill(m_buyer, listValues(db, QStringLiteral("Liste_Abnehmer"), QStringLiteral("Inhalt")));
+    refill(m_remark, listValues(db, QStringLiteral("Liste_Bemerkungen"), QStringLiteral("Inhalt")));
+    refill(m_measuring, distinctLotValues(db, QStringLiteral("Vermessungsart")));
+    refill(m_quality, distinctLotValues(db, QStringLiteral("Qualität")));
+    refill(m_newQuality, QStringList{QString()} + listValues(db, QStringLiteral("Güteklassen"), QStringLiteral("Güteklasse")));
     const QStringList species = listValues(db, QStringLiteral("Baumarten"), QStringLiteral("Baumart"));
     for (QComboBox* box : {m_newSpecies, m_fromSpecies, m_toSpecies})
-        box->addItems(QStringList{QString()} + species);
+        refill(box, QStringList{QString()} + species);
 }
 
 PriceSettings LotDialog::prices() const
@@ -317,12 +377,66 @@ void LotDialog::showForm(const LotForm& f)
     m_rangeLot->setText(f.losNr);
 }
 
-void LotDialog::onOk()
+void LotDialog::showLot(qint32 id)
+{
+    m_editedId = id;
+    QString title = QStringLiteral("Eingabe Lose - Ändern");
+    if (m_openerRows.place() > 0)
+        title += QStringLiteral(" (%1 von %2)").arg(m_openerRows.place()).arg(m_openerRows.size());
+    setWindowTitle(title);
+    const bool filled = runGuarded(m_context.prompter, [&] {
+        fillLists();
+        showForm(loadLot(m_context.db, id));
+    });
+    if (filled)
+        updateChangesHeading();
+    m_lotNr->setFocus();
+    m_lotNr->lineEdit()->selectAll();
+}
+
+void LotDialog::startNew()
+{
+    m_editedId.reset();
+    setWindowTitle(QStringLiteral("Eingabe Lose - Neu"));
+    const bool filled = runGuarded(m_context.prompter, [&] {
+        fillLists();
+        showForm(proposeNewLot(m_context.db, m_harvestId, m_context.dataFolder));
+    });
+    if (filled)
+        updateChangesHeading();
+    m_lotNr->setFocus();
+    m_lotNr->lineEdit()->selectAll();
+}
+
+bool LotDialog::store()
 {
     const LotForm form = read();
     const auto stored = runGuarded(m_context.prompter, [&] { return storeLot(m_context, m_harvestId, form, m_editedId); });
-    if (stored)
+    if (!stored)
+        return false;
+    m_storedId = stored;
+    return true;
+}
+
+bool LotDialog::stepToNext()
+{
+    const auto next = m_editedId ? m_openerRows.advance() : std::nullopt;
+    if (!next)
+        return false;
+    showLot(*next);
+    return true;
+}
+
+void LotDialog::onOk()
+{
+    if (store() && !stepToNext())
         accept();
+}
+
+void LotDialog::onOkNext()
+{
+    if (store() && !stepToNext())
+        startNew();
 }
 
 void LotDialog::onPlaceChosen(const QString& place)

@@ -1,6 +1,7 @@
 #pragma once
 // EF_Eingabe_Lose: a lot with its storage place, buyer and price settings; the second page
 // changes a range of the lot's logs.
+#include "common/openerrows.h"
 #include "entry/lotentry.h"
 
 #include <QDialog>
@@ -12,6 +13,7 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
 
 namespace tarvik {
 
@@ -19,6 +21,14 @@ class LotDialog : public QDialog {
     Q_OBJECT
 public:
     LotDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> lotId, QWidget* parent = nullptr);
+    // With the opener's lot list (IDs in its order): in mode "Ändern" OK and [OK+Nächster]
+    // store the shown lot and show the next one of that list instead of closing.
+    LotDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> lotId, QList<qint32> openerIds,
+              QWidget* parent = nullptr);
+
+    // The lot the opener's list should stand on afterwards: the one shown last in mode
+    // "Ändern", the one stored last in mode "Neu".
+    std::optional<qint32> lastId() const { return m_editedId ? m_editedId : m_storedId; }
 
 private:
     QWidget* buildLotPage();
@@ -27,7 +37,12 @@ private:
     LotForm read() const;
     void showForm(const LotForm& form);
     PriceSettings prices() const;
+    void showLot(qint32 id);
+    void startNew();
+    bool store();
+    bool stepToNext();
     void onOk();
+    void onOkNext();
     void onPlaceChosen(const QString& place);
     void onRecomputePrices();
     void onPriceDefaults();
@@ -39,6 +54,10 @@ private:
     AppContext m_context;
     qint32 m_harvestId;
     std::optional<qint32> m_editedId;
+    std::optional<qint32> m_storedId;
+    OpenerRows m_openerRows;
+    QPushButton* m_ok = nullptr;
+    QPushButton* m_okNext = nullptr;    // okn_chster
     // Lot page
     QComboBox* m_lotNr = nullptr;       // kom(0)
     QComboBox* m_sorting = nullptr;     // kom(1)

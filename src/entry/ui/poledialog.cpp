@@ -8,22 +8,22 @@ namespace tarvik {
 
 PoleDialog::PoleDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> poleId,
                        std::optional<qint32> lotNr, QWidget* parent)
-    : SimpleEntryDialog(context, harvestId, poleId,
-                        {QStringLiteral("EF_Eingabe_Pfaehle"), QStringLiteral("Eingabe Pfähle"), QStringLiteral("Pfähle"),
-                         QStringLiteral("Pfähle"), QStringLiteral("Stärkeklassen_Pfähle"),
-                         QStringLiteral("Baumart, Stärke_mR, Länge_m, Anzahl, Stärkeklasse, Preis_je_Stück, Preis_berechnet, Bemerkung")},
-                        parent)
+    : EntryWindow(context, harvestId, poleId,
+                  {QStringLiteral("EF_Eingabe_Pfaehle"), QStringLiteral("Eingabe Pfähle"), QStringLiteral("Pfähle"),
+                   QStringLiteral("Pfähle"), QStringLiteral("Stärkeklassen_Pfähle"), 2, 3},
+                  parent)
 {
-    finish(lotNr);
+    layOutAsForm();
+    start(lotNr);
 }
 
 void PoleDialog::addFields(QFormLayout* form)
 {
-    QLineEdit* diameter = addField(form, 0, QStringLiteral("Stärke m.R. (cm)"), 4);
-    QLineEdit* length = addField(form, 1, QStringLiteral("Länge (m)"), 8);
-    QLineEdit* count = addField(form, 2, QStringLiteral("Anzahl Pfähle"), 7);
-    QLineEdit* perPiece = addField(form, 3, QStringLiteral("Preis je Stück"), 12);
-    addField(form, 4, QStringLiteral("Preis berechnet"), 14, true);
+    QLineEdit* diameter = addFormField(form, 0, QStringLiteral("Stärke m.R. (cm)"), 4);
+    QLineEdit* length = addFormField(form, 1, QStringLiteral("Länge (m)"), 8);
+    QLineEdit* count = addFormField(form, 2, QStringLiteral("Anzahl Pfähle"), 7);
+    QLineEdit* perPiece = addFormField(form, 3, QStringLiteral("Preis je Stück"), 12);
+    addFormField(form, 4, QStringLiteral("Preis berechnet"), 14, true);
     for (QLineEdit* measure : {diameter, length})
         connect(measure, &QLineEdit::textEdited, this, [this] {
             if (m_filling)
@@ -69,10 +69,15 @@ void PoleDialog::loadEntry(qint32 id)
     showDerived(f);
 }
 
-bool PoleDialog::storeEntry(std::optional<qint32> editedId)
+HarvestRows PoleDialog::gridRows() const
+{
+    return poleGridRows(m_harvestId);
+}
+
+bool PoleDialog::storeEntry()
 {
     PoleForm f = read();
-    return storePole(m_context, m_harvestId, f, editedId);
+    return storePole(m_context, m_harvestId, f, editedId());
 }
 
 void PoleDialog::afterNext()

@@ -1,11 +1,11 @@
 #pragma once
 // EF_Eingabe_Pfaehle: poles counted by class and priced per piece.
 #include "entry/poleentry.h"
-#include "entry/ui/simpleentrydialog.h"
+#include "entry/ui/entrywindow.h"
 
 namespace tarvik {
 
-class PoleDialog : public SimpleEntryDialog {
+class PoleDialog : public EntryWindow {
     Q_OBJECT
 public:
     PoleDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> poleId,
@@ -14,7 +14,8 @@ public:
 protected:
     void addFields(QFormLayout* form) override;
     void loadEntry(qint32 id) override;
-    bool storeEntry(std::optional<qint32> editedId) override;
+    HarvestRows gridRows() const override;
+    bool storeEntry() override;
     void afterNext() override;
 
 private:

@@ -10,29 +10,26 @@ namespace tarvik {
 
 StackDialog::StackDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> sectionId,
                          std::optional<qint32> lotNr, QWidget* parent)
-    : SimpleEntryDialog(context, harvestId, sectionId,
-                        {QStringLiteral("EF_Eingabe_Schichtholz"), QStringLiteral("Eingabe Schichtholz"), QStringLiteral("Schichtholz"),
-                         QStringLiteral("Schichtholz"), QStringLiteral("Stärkeklassen_Schichtholz"),
-                         QStringLiteral("Sektions_Nr, Baumart, Stärke, Sektionslänge_m, Sektionstiefe_m, Sektionshöhe_m, Stärkeklasse, "
-                                        "m3, Efm, Preis_je_Ster, Preis_berechnet, Bemerkung")},
-                        parent)
+    : EntryWindow(context, harvestId, sectionId,
+                  {QStringLiteral("EF_Eingabe_Schichtholz"), QStringLiteral("Eingabe Schichtholz"), QStringLiteral("Schichtholz"),
+                   QStringLiteral("Schichtholz"), QStringLiteral("Stärkeklassen_Schichtholz"), 2, 3},
+                  parent)
 {
-    finish(lotNr);
-    if (!sectionId)
-        proposeSection();
+    layOutAsForm();
+    start(lotNr);
 }
 
 void StackDialog::addFields(QFormLayout* form)
 {
-    addField(form, 0, QStringLiteral("Sektions-Nr"), 7);
-    QLineEdit* diameter = addField(form, 1, QStringLiteral("Durchschnittliche Stärke (cm)"), 4);
-    QLineEdit* length = addField(form, 2, QStringLiteral("Sektionslänge (m)"), 8);
-    QLineEdit* depth = addField(form, 3, QStringLiteral("Sektionstiefe (m) = Holzlänge"), 8);
-    QLineEdit* height = addField(form, 4, QStringLiteral("Sektionshöhe (m)"), 8);
-    addField(form, 5, QStringLiteral("m3 (Ster)"), 12, true);
-    addField(form, 6, QStringLiteral("Efm"), 12, true);
-    QLineEdit* perSter = addField(form, 7, QStringLiteral("Preis je Ster"), 12);
-    addField(form, 8, QStringLiteral("Preis berechnet"), 14, true);
+    addFormField(form, 0, QStringLiteral("Sektions-Nr"), 7);
+    QLineEdit* diameter = addFormField(form, 1, QStringLiteral("Durchschnittliche Stärke (cm)"), 4);
+    QLineEdit* length = addFormField(form, 2, QStringLiteral("Sektionslänge (m)"), 8);
+    QLineEdit* depth = addFormField(form, 3, QStringLiteral("Sektionstiefe (m) = Holzlänge"), 8);
+    QLineEdit* height = addFormField(form, 4, QStringLiteral("Sektionshöhe (m)"), 8);
+    addFormField(form, 5, QStringLiteral("m3 (Ster)"), 12, true);
+    addFormField(form, 6, QStringLiteral("Efm"), 12, true);
+    QLineEdit* perSter = addFormField(form, 7, QStringLiteral("Preis je Ster"), 12);
+    addFormField(form, 8, QStringLiteral("Preis berechnet"), 14, true);
     for (QLineEdit* dimension : {length, depth, height})
         connect(dimension, &QLineEdit::textEdited, this, [this] {
             if (m_filling)
@@ -94,10 +91,15 @@ void StackDialog::loadEntry(qint32 id)
     showDerived(f);
 }
 
-bool StackDialog::storeEntry(std::optional<qint32> editedId)
+HarvestRows StackDialog::gridRows() const
+{
+    return stackGridRows(m_harvestId);
+}
+
+bool StackDialog::storeEntry()
 {
     StackForm f = read();
-    const bool stored = storeStack(m_context, m_harvestId, f, editedId);
+    const bool stored = storeStack(m_context, m_harvestId, f, editedId());
     if (stored)
         field(0)->setText(f.sectionNr); // a renumbered section shows its number
     return stored;

@@ -1,11 +1,11 @@
 #pragma once
 // EF_Eingabe_Schichtholz: sections of stacked wood measured by their three dimensions.
 #include "entry/stackentry.h"
-#include "entry/ui/simpleentrydialog.h"
+#include "entry/ui/entrywindow.h"
 
 namespace tarvik {
 
-class StackDialog : public SimpleEntryDialog {
+class StackDialog : public EntryWindow {
     Q_OBJECT
 public:
     StackDialog(const AppContext& context, qint32 harvestId, std::optional<qint32> sectionId,
@@ -14,7 +14,9 @@ public:
 protected:
     void addFields(QFormLayout* form) override;
     void loadEntry(qint32 id) override;
-    bool storeEntry(std::optional<qint32> editedId) override;
+    void startNew() override { proposeSection(); }
+    HarvestRows gridRows() const override;
+    bool storeEntry() override;
     void afterNext() override;
 
 private:

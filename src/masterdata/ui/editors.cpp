@@ -16,19 +16,17 @@ namespace tarvik {
 
 MasterEditor::MasterEditor(const AppContext& context, EditMode mode, QList<qint32> ids, std::optional<qint32> start,
                            QWidget* parent)
-    : QDialog(parent), m_context(context), m_mode(mode), m_ids(std::move(ids))
+    : QDialog(parent), m_context(context), m_mode(mode), m_rows(std::move(ids), start.value_or(0))
 {
     setModal(true);
     m_form = new QFormLayout;
-    if (start)
-        m_position = int(m_ids.indexOf(*start));
 }
 
 std::optional<qint32> MasterEditor::currentId() const
 {
-    if (m_mode != EditMode::Aendern || m_position < 0 || m_position >= m_ids.size())
+    if (m_mode != EditMode::Aendern)
         return std::nullopt;
-    return m_ids[m_position];
+    return m_rows.current();
 }
 
 QLineEdit* MasterEditor::addField(int index, const QString& caption, int maxLength, bool numeric)
@@ -89,9 +87,8 @@ void MasterEditor::onOk()
         return; // the input stays for correction
     if (m_mode == EditMode::Neu) {
         clearForNext();
-    } else if (!m_ids.isEmpty()) {
-        m_position = (m_position + 1) % int(m_ids.size());
-        load(m_ids[m_position]);
+    } else if (const auto next = m_rows.advance()) {
+        load(*next);
     }
     if (!m_fields.isEmpty() && m_fields.first())
         m_fields.first()->setFocus();

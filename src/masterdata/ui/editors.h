@@ -2,6 +2,7 @@
 // The master data editors: species, quality classes, the four class tables and the freely
 // defined bark deductions. Each opens in "Neu" or "Ändern"; in "Ändern" its ok steps through
 // the hub's list (after the last row back to the first).
+#include "common/openerrows.h"
 #include "masterdata/barkranges.h"
 #include "masterdata/classtables.h"
 #include "masterdata/species.h"
@@ -42,8 +43,7 @@ private:
     void onOk();
 
     EditMode m_mode;
-    QList<qint32> m_ids;
-    int m_position = -1;
+    OpenerRows m_rows;
     QList<QLineEdit*> m_fields;
 };
 
