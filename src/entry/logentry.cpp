@@ -9,6 +9,7 @@
 #include "store/rows.h"
 #include "store/sql.h"
 #include "store/totals.h"
+#include "store/textwidth.h"
 
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -92,6 +93,14 @@ std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const 
         return inputRefusal(QStringLiteral("...der Zopfdurchmesser kleiner als die Stärke sein muß."));
     if (!f.girthCount.trimmed().isEmpty() && readNumber(f.girthCount) <= 1)
         return inputRefusal(QStringLiteral("...für die Mantelmessung mehr als 1 Stamm eingetragen werden muß."));
+    if (const QStringList tooLong = widthReasons(QStringLiteral("Stämme"), {
+         {QStringLiteral("Baumart"), f.species.trimmed(), QStringLiteral("die Baumart")},
+         {QStringLiteral("Güteklasse"), f.quality.trimmed(), QStringLiteral("die Güteklasse")},
+         {QStringLiteral("Stärkeklasse"), f.diameterClass.trimmed(), QStringLiteral("die Stärkeklasse")},
+         {QStringLiteral("Klasse_Heilbronn"), f.heilbronnClass.trimmed(), QStringLiteral("die Heilbronner Klasse")},
+         {QStringLiteral("Bemerkung"), f.remark.trimmed(), QStringLiteral("die Bemerkung")}});
+        !tooLong.isEmpty())
+        return inputRefusal(tooLong.join(u'\n'));
     if (const auto other = otherAssortment(db, harvestId, toLong(readNumber(f.losNr)), QStringLiteral("Stämme")))
         return inputRefusal(*other);
     return std::nullopt;

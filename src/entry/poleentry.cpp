@@ -9,6 +9,7 @@
 #include "store/records.h"
 #include "store/rows.h"
 #include "store/sql.h"
+#include "store/textwidth.h"
 
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -51,6 +52,12 @@ std::optional<QString> checkPole(const QSqlDatabase& db, qint32 harvestId, const
         return inputRefusal(QStringLiteral("...die Anzahl Pfähle fehlt."));
     if (f.poleClass.trimmed().isEmpty())
         return inputRefusal(QStringLiteral("...die Stärkeklasse fehlt."));
+    if (const QStringList tooLong = widthReasons(QStringLiteral("Pfähle"), {
+         {QStringLiteral("Baumart"), f.species.trimmed(), QStringLiteral("die Baumart")},
+         {QStringLiteral("Stärkeklasse"), f.poleClass.trimmed(), QStringLiteral("die Stärkeklasse")},
+         {QStringLiteral("Bemerkung"), f.remark.trimmed(), QStringLiteral("die Bemerkung")}});
+        !tooLong.isEmpty())
+        return inputRefusal(tooLong.join(u'\n'));
     if (const auto other = otherAssortment(db, harvestId, toLong(readNumber(f.losNr)), QStringLiteral("Pfähle")))
         return inputRefusal(*other);
     return std::nullopt;

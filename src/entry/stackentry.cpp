@@ -8,6 +8,7 @@
 #include "store/records.h"
 #include "store/rows.h"
 #include "store/sql.h"
+#include "store/textwidth.h"
 
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -67,6 +68,12 @@ std::optional<QString> checkStack(const QSqlDatabase& db, qint32 harvestId, cons
         return inputRefusal(QStringLiteral("...die Sektionslänge, Sektionstiefe und Sektionshöhe angegeben werden muß."));
     if (f.stackClass.trimmed().isEmpty())
         return inputRefusal(QStringLiteral("...die Stärkeklasse fehlt."));
+    if (const QStringList tooLong = widthReasons(QStringLiteral("Schichtholz"), {
+         {QStringLiteral("Baumart"), f.species.trimmed(), QStringLiteral("die Baumart")},
+         {QStringLiteral("Stärkeklasse"), f.stackClass.trimmed(), QStringLiteral("die Stärkeklasse")},
+         {QStringLiteral("Bemerkung"), f.remark.trimmed(), QStringLiteral("die Bemerkung")}});
+        !tooLong.isEmpty())
+        return inputRefusal(tooLong.join(u'\n'));
     if (const auto other = otherAssortment(db, harvestId, toLong(readNumber(f.losNr)), QStringLiteral("Schichtholz")))
         return inputRefusal(*other);
     return std::nullopt;

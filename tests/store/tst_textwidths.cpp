@@ -1,7 +1,10 @@
-// Texts longer than their column are refused by the core checks of harvests, lots and invoices
-// with the width message, gathered with the other reasons, before the engine's CHECK fires.
+// Texts longer than their column are refused by the core checks of harvests, lots, invoices,
+// logs, poles and stacked wood with the width message, gathered with the other reasons, before the engine's CHECK fires.
 #include "entry/harvestentry.h"
+#include "entry/logentry.h"
 #include "entry/lotentry.h"
+#include "entry/poleentry.h"
+#include "entry/stackentry.h"
 #include "invoices/invoice.h"
 #include "store/sql.h"
 #include "store/textwidth.h"
@@ -18,8 +21,20 @@ struct Forms {
     HarvestForm harvest;
     LotForm lot;
     InvoiceInput invoice;
+    LogForm log;
+    PoleForm pole;
+    StackForm stack;
     Forms()
     {
+        log.losNr = pole.losNr = stack.losNr = QStringLiteral("1");
+        log.laufendeNr = stack.sectionNr = QStringLiteral("1");
+        log.species = pole.species = stack.species = QStringLiteral("FI (Fichte)");
+        log.underBark = log.measuredDiameter = pole.diameter = stack.diameter = QStringLiteral("30");
+        log.length = pole.length = stack.length = stack.depth = stack.height = QStringLiteral("4");
+        pole.count = QStringLiteral("10");
+        log.diameterClass = QStringLiteral("2b");
+        pole.poleClass = QStringLiteral("P2.11");
+        stack.stackClass = QStringLiteral("S2.1");
         harvest.hiebNr = QStringLiteral("1");
         harvest.jahr = QStringLiteral("2026");
         harvest.waldname = QStringLiteral("Eichwald");
@@ -38,8 +53,11 @@ QStringList reasonsOf(const QSqlDatabase& db, const QString& table, const Forms&
 {
     if (table == u"Rechnungen")
         return invoiceRefusals(db, forms.invoice, QStringLiteral("Los 1"));
-    const std::optional<QString> message = table == u"Hiebe" ? checkHarvest(db, forms.harvest, std::nullopt)
-                                                             : checkLot(db, 1, forms.lot, std::nullopt);
+    const std::optional<QString> message = table == u"Hiebe"        ? checkHarvest(db, forms.harvest, std::nullopt)
+                                           : table == u"Stämme"      ? checkLog(db, 1, forms.log)
+                                           : table == u"Pfähle"      ? checkPole(db, 1, forms.pole)
+                                           : table == u"Schichtholz" ? checkStack(db, 1, forms.stack)
+                                                                     : checkLot(db, 1, forms.lot, std::nullopt);
     return message ? message->split(u'\n').filter(QRegularExpression(QStringLiteral("^\\.\\.\\."))) : QStringList();
 }
 
@@ -85,6 +103,14 @@ private slots:
             "...der Abnehmer höchstens 50 Zeichen lang sein darf.");
         row("Rechnungen", "Vor_Nachname", [](Forms& f, const QString& t) { f.invoice.name = t; }, 30,
             "...der Name höchstens 30 Zeichen lang sein darf.");
+        row("Stämme", "Güteklasse", [](Forms& f, const QString& t) { f.log.quality = t; }, 5,
+            "...die Güteklasse höchstens 5 Zeichen lang sein darf.");
+        row("Stämme", "Bemerkung", [](Forms& f, const QString& t) { f.log.remark = t; }, 30,
+            "...die Bemerkung höchstens 30 Zeichen lang sein darf.");
+        row("Pfähle", "Baumart", [](Forms& f, const QString& t) { f.pole.species = t; }, 22,
+            "...die Baumart höchstens 22 Zeichen lang sein darf.");
+        row("Schichtholz", "Bemerkung", [](Forms& f, const QString& t) { f.stack.remark = t; }, 30,
+            "...die Bemerkung höchstens 30 Zeichen lang sein darf.");
         row("Rechnungen", "Kundeninfo", [](Forms& f, const QString& t) { f.invoice.customerInfo = t; }, 30,
             "...die Kunden-Nr. höchstens 30 Zeichen lang sein darf.");
     }
