@@ -1,5 +1,6 @@
 #include "harvests/ui/selectiondialog.h"
 
+#include "common/ui/guarded.h"
 #include "harvests/filter.h"
 #include "store/sql.h"
 
@@ -48,11 +49,7 @@ SelectionDialog::SelectionDialog(QSqlDatabase db, Prompter& prompter, QWidget* p
 
 void SelectionDialog::selectAllOrNone(bool all)
 {
-    try {
-        selectAll(m_db, all);
-    } catch (const StoreError& error) {
-        m_prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    runGuarded(m_prompter, [&] { selectAll(m_db, all); });
 }
 
 } // namespace tarvik

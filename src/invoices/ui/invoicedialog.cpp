@@ -5,6 +5,7 @@
 #include "common/numbers.h"
 #include "common/sqldate.h"
 #include "common/textfile.h"
+#include "common/ui/guarded.h"
 #include "reports/reportfile.h"
 #include "reports/ui/textoutputwindow.h"
 #include "store/sql.h"
@@ -292,13 +293,11 @@ void InvoiceDialog::updatePreview()
     if (m_mode != Mode::Neu)
         return;
     m_showingStored = false;
-    try {
+    runGuarded(m_context.prompter, [&] {
         const InvoicePreview preview = invoicePreview(m_context.db, input(), InvoiceCaptions::from(m_context.settings));
         m_preview->setPlainText(preview.text);
         m_amount->setText(amountCaption(preview.amount.total));
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    });
 }
 
 void InvoiceDialog::onBuyerChosen()
@@ -358,13 +357,7 @@ void InvoiceDialog::onStore()
 {
     if (m_mode != Mode::Neu)
         return;
-    std::optional<qint32> number;
-    try {
-        number = storeInvoice(m_context, input());
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-        return;
-    }
+    const std::optional<qint32> number = runGuarded(m_context.prompter, [&] { return storeInvoice(m_context, input()); });
     if (!number)
         return;
     m_stored = true;

@@ -1,5 +1,6 @@
 #include "masterdata/ui/editors.h"
 
+#include "common/ui/guarded.h"
 #include "store/sql.h"
 
 #include <QCheckBox>
@@ -77,12 +78,7 @@ void MasterEditor::finish(const QString& objectName, const QString& title)
 
 void MasterEditor::onOk()
 {
-    bool stored = false;
-    try {
-        stored = store(currentId());
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    const bool stored = runGuarded(m_context.prompter, [&] { return store(currentId()); });
     if (!stored)
         return; // the input stays for correction
     if (m_mode == EditMode::Neu) {

@@ -2,6 +2,7 @@
 
 #include "common/ui/gridformat.h"
 
+#include "common/ui/guarded.h"
 #include "store/schema.h"
 #include "store/sql.h"
 
@@ -112,11 +113,10 @@ void LookupListDialog::refresh()
 {
     const std::optional<qint64> marked = markedRow();
     showFields();
-    try {
-        m_entries = lookupEntries(m_context.db, table());
-    } catch (const StoreError& error) {
+    if (!runGuarded(m_context.prompter, [&] {
+            m_entries = lookupEntries(m_context.db, table());
+        })) {
         m_entries.clear();
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
     }
     const QStringList columns = lookupColumns(table());
     m_grid->clearSelection();
@@ -163,12 +163,10 @@ QStringList LookupListDialog::typed() const
 
 void LookupListDialog::onAdd()
 {
-    try {
+    runGuarded(m_context.prompter, [&] {
         if (addLookupEntry(m_context, table(), typed()))
             refresh();
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    });
 }
 
 void LookupListDialog::onChange()
@@ -178,12 +176,10 @@ void LookupListDialog::onChange()
         m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst den Datensatz, den Sie ändern möchten."));
         return;
     }
-    try {
+    runGuarded(m_context.prompter, [&] {
         if (changeLookupEntry(m_context, table(), *row, typed()))
             refresh();
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    });
 }
 
 void LookupListDialog::onDelete()
@@ -193,15 +189,13 @@ void LookupListDialog::onDelete()
         m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst den Datensatz, den Sie löschen möchten."));
         return;
     }
-    try {
+    runGuarded(m_context.prompter, [&] {
         if (deleteLookupEntry(m_context, table(), *row)) {
             refresh();
             for (QLineEdit* e : m_fields)
                 e->clear();
         }
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    });
 }
 
 } // namespace tarvik

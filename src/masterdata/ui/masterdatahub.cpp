@@ -3,6 +3,7 @@
 #include "common/textfile.h"
 #include "common/ui/columnwidths.h"
 #include "common/ui/gridformat.h"
+#include "common/ui/guarded.h"
 #include "masterdata/ui/editors.h"
 #include "reports/reportfile.h"
 #include "reports/ui/textoutputwindow.h"
@@ -170,15 +171,14 @@ void MasterDataHub::refresh()
     if (m_shownList >= 0 && m_model->columnCount() > 0)
         saveWidths();
     m_model->list = list();
-    try {
-        QSqlQuery query(m_context.db);
-        const QString sql = masterListSql(m_context.db, list());
-        if (!query.exec(sql))
-            throw StoreError(QStringLiteral("Die Liste kann nicht erstellt werden, weil die Datenbank meldet: %1").arg(query.lastError().text()));
-        m_model->setQuery(std::move(query));
-    } catch (const StoreError& error) {
+    if (!runGuarded(m_context.prompter, [&] {
+            QSqlQuery query(m_context.db);
+            const QString sql = masterListSql(m_context.db, list());
+            if (!query.exec(sql))
+                throw StoreError(QStringLiteral("Die Liste kann nicht erstellt werden, weil die Datenbank meldet: %1").arg(query.lastError().text()));
+            m_model->setQuery(std::move(query));
+        })) {
         m_model->clear();
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
     }
     while (m_model->canFetchMore())
         m_model->fetchMore();
@@ -272,12 +272,7 @@ void MasterDataHub::onCopy()
             QStringLiteral("Bitte markieren Sie zuerst den Datensatz, von dem Sie eine Kopie einfügen möchten."));
         return;
     }
-    std::optional<qint32> copy;
-    try {
-        copy = copyDayPriceRow(m_context, *id);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    const std::optional<qint32> copy = runGuarded(m_context.prompter, [&] { return copyDayPriceRow(m_context, *id); });
     refresh();
     selectId(copy);
 }
@@ -289,23 +284,16 @@ void MasterDataHub::onDelete()
         m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst den Datensatz, den Sie löschen möchten."));
         return;
     }
-    try {
+    runGuarded(m_context.prompter, [&] {
         deleteMasterRow(m_context, list(), *id);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    });
     refresh();
 }
 
 bool MasterDataHub::editCell(int row, int column, const QString& typed)
 {
     const QSqlRecord r = m_model->record(row);
-    bool stored = false;
-    try {
-        stored = editMasterCell(m_context, list(), r.value(QStringLiteral("ID")).toInt(), r.fieldName(column), typed);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    const bool stored = runGuarded(m_context.prompter, [&] { return editMasterCell(m_context, list(), r.value(QStringLiteral("ID")).toInt(), r.fieldName(column), typed); });
     // The grid is read again once the cell's editor has closed.
     QTimer::singleShot(0, this, &MasterDataHub::refresh);
     return stored;
@@ -314,10 +302,9 @@ bool MasterDataHub::editCell(int row, int column, const QString& typed)
 void MasterDataHub::onPrint()
 {
     QStringList lines;
-    try {
-        lines = masterListReport(m_context.db, m_context.settings, list(), m_context.clock.today());
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+    if (!runGuarded(m_context.prompter, [&] {
+            lines = masterListReport(m_context.db, m_context.settings, list(), m_context.clock.today());
+        })) {
         return;
     }
     const TextFileResult written = writeTextFile(reportFilePath(m_context.dataFolder), lines);

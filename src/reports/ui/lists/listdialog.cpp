@@ -1,11 +1,12 @@
 #include "reports/ui/lists/listdialog.h"
 
 #include "common/ui/gridformat.h"
+#include "common/ui/guarded.h"
 #include "harvests/filter.h"
+#include "reports/lists/listmodel.h"
 #include "reports/lists/writers.h"
 #include "reports/reportfile.h"
 #include "reports/ui/lists/chartwindow.h"
-#include "reports/lists/listmodel.h"
 #include "reports/ui/textoutputwindow.h"
 #include "store/sql.h"
 
@@ -130,10 +131,9 @@ void ListDialog::buildControls()
     m_columns = new QListWidget;
     m_columns->setObjectName(QStringLiteral("liste"));
     QStringList names;
-    try {
-        names = lists::baseColumns(m_context.db, m_def);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+    if (!runGuarded(m_context.prompter, [&] {
+            names = lists::baseColumns(m_context.db, m_def);
+        })) {
         names = m_def.columns;
     }
     for (const QString& name : names) {
@@ -237,11 +237,10 @@ void ListDialog::fillFilters()
     for (int i = 0; i < m_filters.size(); ++i) {
         QComboBox* combo = m_filters[i];
         combo->addItem(AllValues);
-        try {
-            for (const QVariant& v : lists::distinctValues(m_context.db, m_def, m_def.filters[i]))
-                combo->addItem(v.toString(), v);
-        } catch (const StoreError& error) {
-            m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+        if (!runGuarded(m_context.prompter, [&] {
+                for (const QVariant& v : lists::distinctValues(m_context.db, m_def, m_def.filters[i]))
+                    combo->addItem(v.toString(), v);
+            })) {
             return;
         }
     }

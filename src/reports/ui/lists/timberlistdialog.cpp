@@ -2,6 +2,7 @@
 
 #include "common/text.h"
 #include "common/textfile.h"
+#include "common/ui/guarded.h"
 #include "reports/lists/writers.h"
 #include "reports/reportfile.h"
 #include "reports/timberlist.h"
@@ -36,7 +37,7 @@ TimberListDialog::TimberListDialog(const AppContext& context, qint32 harvestId, 
     auto* frameLayout = new QVBoxLayout(frame);
     m_lots = new QListWidget;
     m_lots->setObjectName(QStringLiteral("liste"));
-    try {
+    runGuarded(m_context.prompter, [&] {
         QSqlQuery q = execSql(m_context.db, QStringLiteral("SELECT Los_Nr, Los_Bezeichnung, Anzahl_Stämme FROM Lose "
                                                            "WHERE Kennung = ? AND Sortierung = 'Stämme' ORDER BY Los_Nr"),
                               {harvestId});
@@ -51,9 +52,7 @@ TimberListDialog::TimberListDialog(const AppContext& context, qint32 harvestId, 
             item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
             item->setCheckState(Qt::Checked);
         }
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
-    }
+    });
     QPushButton* all = button(QStringLiteral("alle(0)"), QStringLiteral("Alle"));
     QPushButton* none = button(QStringLiteral("alle(1)"), QStringLiteral("Keine"));
     auto tick = [this](Qt::CheckState state) {
@@ -96,10 +95,9 @@ void TimberListDialog::build()
         return;
     }
     QStringList lines;
-    try {
-        lines = timberListOfLots(m_context.db, m_harvest, lots);
-    } catch (const StoreError& error) {
-        m_context.prompter.inform(error.message(), Prompter::Icon::Critical);
+    if (!runGuarded(m_context.prompter, [&] {
+            lines = timberListOfLots(m_context.db, m_harvest, lots);
+        })) {
         return;
     }
     const QString path = reportFilePath(m_context.dataFolder);
