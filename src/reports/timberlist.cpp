@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 #include "common/sqldate.h"
+#include "common/text.h"
 #include "reports/columns.h"
 #include "rules/poles.h"
 #include "store/sql.h"
@@ -266,6 +267,23 @@ QStringList timberListOfLots(const QSqlDatabase& db, qint32 harvestId, const QLi
         singleLogsOfLot(r, lot);
     }
     return r.lines;
+}
+
+QList<TimberListLot> timberListLots(const QSqlDatabase& db, qint32 harvestId)
+{
+    QList<TimberListLot> lots;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT Los_Nr, Los_Bezeichnung, Anzahl_Stämme FROM Lose "
+                                             "WHERE Kennung = ? AND Sortierung = 'Stämme' ORDER BY Los_Nr"),
+                          {harvestId});
+    while (q.next()) {
+        QString label = QStringLiteral("Los ") + q.value(0).toString();
+        if (const QString name = readText(q.value(1)); !name.isEmpty())
+            label += QStringLiteral("  ") + name;
+        if (!q.value(2).isNull())
+            label += QStringLiteral("  (%1 Stämme)").arg(q.value(2).toLongLong());
+        lots.append({q.value(0).toInt(), label});
+    }
+    return lots;
 }
 
 } // namespace tarvik

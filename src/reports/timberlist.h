@@ -12,6 +12,13 @@ QStringList timberList(const QSqlDatabase& db, qint32 harvestId);
 // The timber list of chosen log lots of a harvest: the harvest's data, the logs' means and
 // species, the lot table, then for each chosen lot its timber list, distribution and single logs.
 QStringList timberListOfLots(const QSqlDatabase& db, qint32 harvestId, const QList<qint32>& lots);
+
+// The harvest's log lots to choose from: "Los 3  Eiche am Weg  (40 Stämme)", in number order.
+struct TimberListLot {
+    qint32 number = 0;
+    QString label;
+};
+QList<TimberListLot> timberListLots(const QSqlDatabase& db, qint32 harvestId);
 inline constexpr char NoLotsMarked[] = "Die Liste kann nicht erstellt werden, weil keine Lose markiert sind.";
 
 inline constexpr char ReportFileName[] = "Daten.txt";

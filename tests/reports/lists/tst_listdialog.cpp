@@ -209,6 +209,10 @@ private slots:
         TimberListDialog dialog(context(), m_h1);
         auto* lots = child<QListWidget>(dialog, "liste");
         QCOMPARE(lots->count(), 2);
+        // each lot named by its number, ticked
+        QCOMPARE(lots->item(0)->text(), QStringLiteral("Los 1"));
+        QCOMPARE(lots->item(1)->data(Qt::UserRole).toInt(), 2);
+        QCOMPARE(lots->item(1)->checkState(), Qt::Checked);
         child<QPushButton>(dialog, "alle(1)")->click();
         QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
         QCOMPARE(m_prompter.messages(), QStringList{QString::fromUtf8(NoLotsMarked)});

@@ -7,14 +7,12 @@
 #include "reports/reportfile.h"
 #include "reports/timberlist.h"
 #include "reports/ui/textoutputwindow.h"
-#include "store/sql.h"
 
 #include <QDesktopServices>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QListWidget>
 #include <QPushButton>
-#include <QSqlQuery>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -37,22 +35,14 @@ TimberListDialog::TimberListDialog(const AppContext& context, qint32 harvestId, 
     auto* frameLayout = new QVBoxLayout(frame);
     m_lots = new QListWidget;
     m_lots->setObjectName(QStringLiteral("liste"));
-    runGuarded(m_context.prompter, [&] {
-        QSqlQuery q = execSql(m_context.db, QStringLiteral("SELECT Los_Nr, Los_Bezeichnung, Anzahl_Stämme FROM Lose "
-                                                           "WHERE Kennung = ? AND Sortierung = 'Stämme' ORDER BY Los_Nr"),
-                              {harvestId});
-        while (q.next()) {
-            QString label = QStringLiteral("Los ") + q.value(0).toString();
-            if (const QString name = readText(q.value(1)); !name.isEmpty())
-                label += QStringLiteral("  ") + name;
-            if (!q.value(2).isNull())
-                label += QStringLiteral("  (%1 Stämme)").arg(q.value(2).toLongLong());
-            auto* item = new QListWidgetItem(label, m_lots);
-            item->setData(Qt::UserRole, q.value(0).toInt());
-            item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
-            item->setCheckState(Qt::Checked);
-        }
-    });
+    const QList<TimberListLot> lots =
+        runGuarded(m_context.prompter, [&] { return timberListLots(m_context.db, harvestId); }).value_or(QList<TimberListLot>());
+    for (const TimberListLot& lot : lots) {
+        auto* item = new QListWidgetItem(lot.label, m_lots);
+        item->setData(Qt::UserRole, lot.number);
+        item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+        item->setCheckState(Qt::Checked);
+    }
     QPushButton* all = button(QStringLiteral("alle(0)"), QStringLiteral("Alle"));
     QPushButton* none = button(QStringLiteral("alle(1)"), QStringLiteral("Keine"));
     auto tick = [this](Qt::CheckState state) {
