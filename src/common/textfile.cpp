@@ -4,6 +4,7 @@
 #include <QSaveFile>
 #include <QStringDecoder>
 #include <algorithm>
+#include <optional>
 
 namespace tarvik {
 namespace {
@@ -53,26 +54,40 @@ QString decodeCp1252(const QByteArray& bytes)
     return out;
 }
 
-QString decodeTextFile(const QByteArray& bytes)
+namespace {
+
+// The text of bytes that read as UTF-8 (a byte order mark, or valid UTF-8 beyond ASCII); else nullopt.
+std::optional<QString> asUtf8(const QByteArray& bytes)
 {
     QByteArrayView view(bytes);
     const bool bom = view.startsWith("\xEF\xBB\xBF");
     if (bom)
         view = view.sliced(3);
     const bool beyondAscii = std::any_of(view.begin(), view.end(), [](char b) { return (static_cast<unsigned char>(b) & 0x80) != 0; });
-    if (bom || beyondAscii) {
-        QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-        QString text = utf8(view);
-        if (!utf8.hasError())
-            return text;
-    }
+    if (!bom && !beyondAscii)
+        return std::nullopt;
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = utf8(view);
+    if (utf8.hasError())
+        return std::nullopt;
+    return text;
+}
+
+} // namespace
+
+QString decodeTextFile(const QByteArray& bytes)
+{
+    if (std::optional<QString> text = asUtf8(bytes))
+        return *std::move(text);
     return decodeCp1252(bytes);
 }
 
 QByteArray encodeTextFile(const QString& text)
 {
     QByteArray bytes = encodeCp1252(text);
-    if (decodeTextFile(bytes) == decodeCp1252(bytes))
+    // Only bytes that would be read as UTF-8 can come back as another text.
+    const std::optional<QString> misread = asUtf8(bytes);
+    if (!misread || *misread == decodeCp1252(bytes))
         return bytes;
     return QByteArray("\xEF\xBB\xBF") + text.toUtf8();
 }

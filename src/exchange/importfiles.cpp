@@ -8,6 +8,7 @@
 #include "rules/poles.h"
 #include "rules/pricing.h"
 #include "rules/stackedwood.h"
+#include "store/rows.h"
 #include "store/sql.h"
 #include "store/totals.h"
 
@@ -26,17 +27,6 @@ constexpr int SingleMessageLimit = 3;
 constexpr int ReportLineLimit = 200;
 
 bool takenStatus(const QString& status) { return status == u"N" || status == u"A"; }
-
-QString insertSql(const QString& table, const QStringList& columns)
-{
-    QStringList names, marks;
-    for (const QString& c : columns) {
-        names << quoted(c);
-        marks << QStringLiteral("?");
-    }
-    return QStringLiteral("INSERT INTO %1(%2) VALUES (%3)")
-        .arg(quoted(table), names.join(QStringLiteral(", ")), marks.join(QStringLiteral(", ")));
-}
 
 QStringList columnsOf(Section section)
 {
