@@ -5,6 +5,7 @@
 #include "store/schema.h"
 #include "store/sql.h"
 #include "store/upgrade.h"
+#include "store/walcheckpoint.h"
 
 #include <QAtomicInt>
 #include <QDir>
@@ -264,6 +265,9 @@ std::unique_ptr<Database> Database::openOrCreate(const QString& path, const Open
     openHandle(shared, path);
     QSqlDatabase list = db->listHandle();
     openHandle(list, path);
+    db->m_checkpoint = std::make_unique<BackgroundCheckpoint>(path);
+    db->m_checkpoint->watch(shared);
+    db->m_checkpoint->watch(list);
     ensureHarvesterColumn(shared);
     return db;
 }
@@ -277,6 +281,11 @@ Database::Database(const QString& path, bool created, int busyTimeoutMs)
 
 Database::~Database()
 {
+    if (m_checkpoint) {
+        BackgroundCheckpoint::release(shared());
+        BackgroundCheckpoint::release(listHandle());
+        m_checkpoint.reset();
+    }
     for (const QString& name : {m_sharedName, m_listName}) {
         {
             QSqlDatabase db = QSqlDatabase::database(name, false);

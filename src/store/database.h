@@ -7,6 +7,8 @@
 
 namespace tarvik {
 
+class BackgroundCheckpoint;
+
 inline constexpr char DatabaseFileName[] = "TARVIK3.db";
 // How long a statement waits for another program's write lock before it gives up.
 inline constexpr int DefaultBusyTimeoutMs = 10000;
@@ -44,6 +46,7 @@ private:
     QString m_sharedName;
     QString m_listName;
     bool m_created;
+    std::unique_ptr<BackgroundCheckpoint> m_checkpoint;
 };
 
 // The note shown after a new file was created.

@@ -29,14 +29,6 @@ QString rejectedValue(const QSqlError& error)
                      QStringLiteral("%1 (%2)\n%3").arg(error.text(), error.nativeErrorCode(), sql.simplified()));
 }
 
-sqlite3* handleOf(const QSqlDatabase& db)
-{
-    const QVariant v = db.driver() ? db.driver()->handle() : QVariant();
-    if (!v.isValid() || qstrcmp(v.typeName(), "sqlite3*") != 0)
-        return nullptr;
-    return *static_cast<sqlite3* const*>(v.constData());
-}
-
 } // namespace
 
 StoreProblem problemOf(const QSqlError& error)
@@ -164,9 +156,17 @@ bool isSafeIdentifier(const QString& name)
     return true;
 }
 
+sqlite3* sqliteHandle(const QSqlDatabase& db)
+{
+    const QVariant v = db.driver() ? db.driver()->handle() : QVariant();
+    if (!v.isValid() || qstrcmp(v.typeName(), "sqlite3*") != 0)
+        return nullptr;
+    return *static_cast<sqlite3* const*>(v.constData());
+}
+
 bool inTransaction(const QSqlDatabase& db)
 {
-    sqlite3* handle = handleOf(db);
+    sqlite3* handle = sqliteHandle(db);
     return handle && sqlite3_get_autocommit(handle) == 0;
 }
 

@@ -10,6 +10,7 @@
 #include <QVariantList>
 
 class QSqlError;
+struct sqlite3;
 
 namespace tarvik {
 
@@ -34,6 +35,8 @@ QString quoted(const QString& identifier);
 // Class names become column names ("SK_L2a"): only letters, digits and '_' may reach SQL.
 bool isSafeIdentifier(const QString& name);
 
+// The engine's handle under a Qt connection, or null for a closed one.
+sqlite3* sqliteHandle(const QSqlDatabase& db);
 // True while the connection is inside a transaction.
 bool inTransaction(const QSqlDatabase& db);
 

@@ -33,7 +33,22 @@ struct Lot {
     QString sorting;
     qint16 priceKind = 0;
     QVariant flatPrice;
+    QSqlRecord stored; // the totals as they stand
 };
+
+// True when the row already holds these values, so writing them would only dirty its page.
+bool holds(const QSqlRecord& stored, const QStringList& columns, const QVariantList& values)
+{
+    for (qsizetype i = 0; i < columns.size(); ++i) {
+        const QVariant now = stored.value(columns[i]);
+        if (now.isNull() || readNumber(now) != readNumber(values[i]))
+            return false;
+    }
+    return true;
+}
+
+// Every lot column an assortment sets, for reading what a lot holds.
+QStringList storedTotalColumns();
 
 // One assortment: the per-lot sums of its rows and the lot columns they set.
 struct Assortment {
@@ -76,6 +91,16 @@ const QList<Assortment>& assortments()
     return all;
 }
 
+QStringList storedTotalColumns()
+{
+    QStringList columns;
+    for (const Assortment& a : assortments())
+        for (const QString& c : a.lotColumns)
+            if (!columns.contains(c))
+                columns << c;
+    return columns;
+}
+
 } // namespace
 
 QString logLotSumsSql()
@@ -89,11 +114,15 @@ void recomputeTotals(const QSqlDatabase& db, qint32 harvestId)
     TransactionGuard guard(db);
     QList<Lot> lots;
     QSet<QString> sortings;
-    QSqlQuery lotRows = execSql(db, QStringLiteral("SELECT \"ID\", \"Los_Nr\", \"Sortierung\", \"Preis_Art\", \"Pauschalpreis_G\" "
-                                                   "FROM \"Lose\" WHERE \"Kennung\" = ?"), {harvestId});
+    QStringList columns;
+    for (const QString& c : storedTotalColumns())
+        columns << quoted(c);
+    QSqlQuery lotRows = execSql(db, QStringLiteral("SELECT \"ID\", \"Los_Nr\", \"Sortierung\", \"Preis_Art\", \"Pauschalpreis_G\", %1 "
+                                                   "FROM \"Lose\" WHERE \"Kennung\" = ?").arg(columns.join(QStringLiteral(", "))),
+                                {harvestId});
     while (lotRows.next()) {
         Lot lot{lotRows.value(0), lotRows.value(1).toInt(), readText(lotRows.value(2)),
-                toShort(readNumber(lotRows.value(3))), lotRows.value(4)};
+                toShort(readNumber(lotRows.value(3))), lotRows.value(4), lotRows.record()};
         sortings.insert(lot.sorting);
         lots << lot;
     }
@@ -108,10 +137,13 @@ void recomputeTotals(const QSqlDatabase& db, qint32 harvestId)
         for (const Lot& lot : lots) {
             if (lot.sorting != a.sorting)
                 continue;
+            // A lot without rows has no group: its sums are those of no rows, 0.
+            const QVariantList values = a.values(sums.value(lot.number), lot);
+            if (holds(lot.stored, a.lotColumns, values))
+                continue;
             if (!update)
                 update = prepareSql(db, updateSql(QStringLiteral("Lose"), a.lotColumns));
-            // A lot without rows has no group: its sums are those of no rows, 0.
-            execPrepared(*update, a.values(sums.value(lot.number), lot) << lot.id);
+            execPrepared(*update, values + QVariantList{lot.id});
         }
     }
 

@@ -169,6 +169,22 @@ private slots:
         QCOMPARE(scalar(reopened->shared(), QStringLiteral("SELECT count(*) FROM Hiebe")).toInt(), 2);
     }
 
+    // Commits leave the copying of the log into the file to a thread of their own; it must
+    // happen, or the log grows without end while the program is open.
+    void logIsCopiedBackWhileTheFileIsOpen()
+    {
+        test::TempDataFolder folder;
+        auto db = Database::openOrCreate(folder.databasePath());
+        execSql(db->shared(), QStringLiteral("CREATE TABLE ballast(b BLOB)"));
+        const qint64 before = QFileInfo(folder.databasePath()).size();
+        for (int i = 0; i < 300; ++i) // about five pages a commit, beyond the point a copy is due
+            execSql(db->shared(), QStringLiteral("INSERT INTO ballast VALUES (randomblob(20000))"));
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(folder.databasePath()).size() > before + 4 * 1024 * 1024, 10000);
+        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT count(*) FROM ballast")).toInt(), 300);
+        db.reset();
+        QVERIFY(!QFileInfo::exists(folder.databasePath() + QStringLiteral("-wal")));
+    }
+
     void failedTransactionLeavesNothing()
     {
         test::TempDataFolder folder;

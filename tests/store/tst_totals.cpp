@@ -50,6 +50,11 @@ private slots:
         refreshHarvest(db(), id);
         QCOMPARE(lot(id, 2, "Anzahl_Stämme || '/' || Efm_oR || '/' || Preis_berechnet"), QStringLiteral("1/0.25/4.0"));
         QCOMPARE(harvest(id, "Stämme_Anzahl || '/' || Stämme_Efm || '/' || Verkauft"), QStringLiteral("2/0.75/N"));
+
+        // Stale in one column only: the lot is still written.
+        execSql(db(), QStringLiteral("UPDATE Lose SET Holzpreis = 77 WHERE Kennung = ? AND Los_Nr = 2"), {id});
+        refreshHarvest(db(), id);
+        QCOMPARE(lot(id, 2, "Anzahl_Stämme || '/' || Efm_oR || '/' || Holzpreis"), QStringLiteral("1/0.25/5.0"));
     }
 
     void emptyHarvestAndEmptyLots()
