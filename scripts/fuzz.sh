@@ -4,6 +4,7 @@
 # <build>/fuzz-artifacts/; the grown corpus in <build>/fuzz-corpus/.
 #   scripts/fuzz.sh BUILD_DIR SECONDS [TARGET...]
 # With FUZZ_RUNS set, each target runs that many inputs instead, however long it takes.
+# FUZZ_TIMEOUT (seconds, default 10) is how long one input may take before it counts as a hang.
 set -uo pipefail
 build=${1:?build folder}
 seconds=${2:-60}
@@ -29,7 +30,7 @@ for t in "${targets[@]}"; do
   mkdir -p "$work"
   log="$build/fuzz-artifacts/$t.log"
   start=$(date +%s)
-  "$exe" "${limit[@]}" -print_final_stats=1 -timeout=10 -rss_limit_mb=2048 \
+  "$exe" "${limit[@]}" -print_final_stats=1 -timeout="${FUZZ_TIMEOUT:-10}" -rss_limit_mb=2048 \
     -artifact_prefix="$build/fuzz-artifacts/$t-" "$work" "$root/tests/fuzz/corpus/$t" >"$log" 2>&1
   rc=$?
   runs=$(grep -m1 'stat::number_of_executed_units' "$log" | awk '{print $2}')

@@ -105,7 +105,9 @@ QStringList storedTotalColumns()
 
 QString logLotSumsSql()
 {
-    return QStringLiteral("SELECT \"Los_Nr\", count(*), sum(\"Efm_oR\"), sum(\"Holzpreis\"), sum(\"Preis_berechnet\") "
+    // total() rather than sum(): the same figures for these decimal columns, without sum()'s
+    // integer bookkeeping on each of the harvest's rows, which every store reads.
+    return QStringLiteral("SELECT \"Los_Nr\", count(*), total(\"Efm_oR\"), total(\"Holzpreis\"), total(\"Preis_berechnet\") "
                           "FROM \"Stämme\" WHERE \"Kennung\" = ? GROUP BY \"Los_Nr\"");
 }
 
