@@ -214,7 +214,10 @@ double currencyValue(float value) { return readNumber(formatDecimal(value, 4)); 
 
 QString signedText(qint64 value)
 {
-    return value < 0 ? QString::number(value) : u' ' + QString::number(value);
+    QString text = QString::number(value);
+    if (value >= 0)
+        text.prepend(u' ');
+    return text;
 }
 
 } // namespace tarvik

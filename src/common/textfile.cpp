@@ -42,14 +42,11 @@ QByteArray encodeCp1252(const QString& text)
 
 QString decodeCp1252(const QByteArray& bytes)
 {
-    QString out;
-    out.reserve(bytes.size());
+    QString out(bytes.size(), Qt::Uninitialized);
+    char16_t* to = reinterpret_cast<char16_t*>(out.data());
     for (const char b : bytes) {
         const auto u = static_cast<unsigned char>(b);
-        if (u >= 0x80 && u < 0xA0)
-            out.append(QChar(HighTable[u - 0x80] ? HighTable[u - 0x80] : char16_t(u)));
-        else
-            out.append(QChar(char16_t(u)));
+        *to++ = u >= 0x80 && u < 0xA0 && HighTable[u - 0x80] ? HighTable[u - 0x80] : char16_t(u);
     }
     return out;
 }
@@ -114,9 +111,15 @@ namespace {
 
 QString joinedLines(const QStringList& lines)
 {
-    QString text;
+    qsizetype size = 0;
     for (const QString& line : lines)
-        text += line + QLatin1String("\r\n");
+        size += line.size() + 2;
+    QString text;
+    text.reserve(size);
+    for (const QString& line : lines) {
+        text += line;
+        text += QLatin1String("\r\n");
+    }
     return text;
 }
 

@@ -2,6 +2,8 @@
 
 #include "common/numbers.h"
 
+#include <QStringBuilder>
+
 namespace tarvik {
 namespace {
 
@@ -65,10 +67,11 @@ Fmr1Record decodeFmr1Record(const QByteArray& fiveBytes)
 
 QString fmr1Line(const Fmr1Record& r)
 {
-    QString line = r.species + u'\t' + r.quality + u'\t' + QString::number(r.first) + u'\t' + QString::number(r.second)
-                   + u'\t' + u'0' + QString::number(r.third);
+    // One allocation for the line, not one per piece: a transfer holds thousands of records.
+    QString line = r.species % u'\t' % r.quality % u'\t' % QString::number(r.first) % u'\t' % QString::number(r.second)
+                   % QLatin1String("\t0") % QString::number(r.third);
     if (r.lot > 0)
-        line += u'\t' + QString::number(r.lot);
+        line += u'\t' % QString::number(r.lot);
     return line;
 }
 
@@ -114,21 +117,21 @@ QList<ImportedLog> parseFmr1Lines(const QStringList& lines)
     for (const QString& line : lines) {
         if (line.contains(QStringLiteral("FMR 1")) || line.contains(QStringLiteral("Baumart")))
             continue;
-        const QStringList f = line.split(u'\t');
+        const QList<QStringView> f = QStringView(line).split(u'\t');
         if (f.size() < 5)
             continue;
         bool numberOk = false;
         bool diameterOk = false;
         const qint32 number = f.at(2).trimmed().toInt(&numberOk);
-        f.at(3).trimmed().toInt(&diameterOk);
+        [[maybe_unused]] const int diameter = f.at(3).trimmed().toInt(&diameterOk);
         if (!numberOk || !diameterOk)
             continue; // noise, e.g. a transfer at the wrong speed
         ImportedLog log;
-        log.species = f.at(0).trimmed();
-        log.quality = f.at(1).trimmed();
+        log.species = f.at(0).trimmed().toString();
+        log.quality = f.at(1).trimmed().toString();
         log.number = number;
-        log.diameter = f.at(3).trimmed();
-        log.length = numberText(readNumber(f.at(4)));
+        log.diameter = f.at(3).trimmed().toString();
+        log.length = numberText(readNumber(f.at(4).toString()));
         if (f.size() >= 6)
             log.lot = f.at(5).trimmed().toInt();
         logs << log;
