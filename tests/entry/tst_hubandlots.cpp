@@ -127,6 +127,9 @@ private slots:
         }
         QCOMPARE(remarks, (QStringList{QStringLiteral("geprüft 2"), QStringLiteral("geprüft 3"), QStringLiteral("geprüft 1")}));
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM \"%1\" WHERE Kennung = ?").arg(table)), QStringLiteral("3"));
+        // The window was closed on the third row: the hub stands there.
+        QCOMPARE(grid->currentIndex().row(), 2);
+        QVERIFY(grid->selectionModel()->isRowSelected(2, QModelIndex()));
     }
 
     // The hub's grid reads as a paper list: money with two decimals, figures right, names left.

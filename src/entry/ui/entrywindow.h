@@ -28,6 +28,8 @@ public:
     // Mode "Ändern": OK stores the row shown and shows the next of the opener's list (after the
     // last the first) instead of closing; Abbrechen closes.
     void stepThrough(OpenerRows rows);
+    // The stored row shown now (in "Ändern"), so the opener can stand on it afterwards.
+    std::optional<qint32> editedId() const { return m_editedId; }
 
 protected:
     struct Setup {
@@ -61,7 +63,6 @@ protected:
     QPushButton* okButton() const { return m_ok; }
     QPushButton* okNextButton() const { return m_okNext; }
     std::optional<qint32> lotNumber() const;
-    std::optional<qint32> editedId() const { return m_editedId; }
     void selectClass(const QString& cls);
 
     virtual void addFields(QFormLayout*) {}

@@ -32,12 +32,13 @@ QString widthsKey(int list)
 }
 
 // The IDs of the listed rows in the grid's order (every list ends in the row's ID).
-OpenerRows listedRows(const QSqlQueryModel* model, qint32 current)
+// The IDs of the listed rows in shown order; every list ends in the row's ID.
+QList<qint32> listedIds(const QSqlQueryModel* model)
 {
     QList<qint32> ids;
     for (int row = 0; row < model->rowCount(); ++row)
         ids << model->record(row).value(model->columnCount() - 1).toInt();
-    return OpenerRows(ids, current);
+    return ids;
 }
 
 } // namespace
@@ -177,39 +178,23 @@ std::optional<qint32> HubDialog::markedId() const
 
 void HubDialog::openWindow(std::optional<qint32> id)
 {
+    // "Ändern" steps through the listed rows; afterwards the list stands on the row shown last.
+    std::optional<qint32> shown;
     if (list() == HubList::Lose) {
-        // "Ändern" steps through the listed lots; the list then stands on the lot shown last.
-        QList<qint32> lots;
-        for (int row = 0; row < m_model->rowCount(); ++row)
-            lots << m_model->record(row).value(m_model->columnCount() - 1).toInt();
-        LotDialog dialog(m_context, m_harvestId, id, lots, this);
+        LotDialog dialog(m_context, m_harvestId, id, listedIds(m_model), this);
         dialog.exec();
-        refresh();
-        for (int row = 0; row < m_model->rowCount(); ++row)
-            if (dialog.lastId() && m_model->record(row).value(m_model->columnCount() - 1).toInt() == *dialog.lastId())
-                m_grid->selectRow(row);
-        return;
+        shown = dialog.lastId();
     } else if (list() == HubList::Staemme) {
         LogDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
-        if (id)
-            dialog.stepThrough(listedRows(m_model, *id));
-        dialog.exec();
+        shown = stepped(dialog, id);
     } else if (list() == HubList::Pfaehle) {
         PoleDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
-        if (id)
-            dialog.stepThrough(listedRows(m_model, *id));
-        dialog.exec();
+        shown = stepped(dialog, id);
     } else if (list() == HubList::Schichtholz) {
         StackDialog dialog(m_context, m_harvestId, id, std::nullopt, this);
-        if (id)
-            dialog.stepThrough(listedRows(m_model, *id));
-        dialog.exec();
+        shown = stepped(dialog, id);
     } else if (list() == HubList::Rechnungen) {
-        // "Ändern" shows the listed invoices one by one; the list follows the one shown last.
-        QList<qint32> invoices;
-        for (int row = 0; row < m_model->rowCount(); ++row)
-            invoices << m_model->record(row).value(m_model->columnCount() - 1).toInt();
-        InvoiceDialog dialog(m_context, id ? InvoiceDialog::Mode::Aendern : InvoiceDialog::Mode::Neu, invoices,
+        InvoiceDialog dialog(m_context, id ? InvoiceDialog::Mode::Aendern : InvoiceDialog::Mode::Neu, listedIds(m_model),
                              m_grid->currentIndex().row(), this);
         dialog.exec();
         refresh();
@@ -218,6 +203,25 @@ void HubDialog::openWindow(std::optional<qint32> id)
         return;
     }
     refresh();
+    if (shown)
+        selectId(*shown);
+}
+
+std::optional<qint32> HubDialog::stepped(EntryWindow& window, std::optional<qint32> id)
+{
+    if (id)
+        window.stepThrough(OpenerRows(listedIds(m_model), *id));
+    window.exec();
+    return id ? window.editedId() : std::nullopt;
+}
+
+void HubDialog::selectId(qint32 id)
+{
+    for (int row = 0; row < m_model->rowCount(); ++row)
+        if (m_model->record(row).value(m_model->columnCount() - 1).toInt() == id) {
+            m_grid->selectRow(row);
+            return;
+        }
 }
 
 void HubDialog::onNew() { openWindow(std::nullopt); }

@@ -16,6 +16,8 @@ class QTableView;
 
 namespace tarvik {
 
+class EntryWindow;
+
 class HubDialog : public QDialog {
     Q_OBJECT
 public:
@@ -37,6 +39,10 @@ private:
     void onPaid();
     void onNextHarvest();
     void openWindow(std::optional<qint32> id);
+    // Runs a log, pole or stacked-wood window; in "Ändern" it steps through the listed rows and
+    // the ID it showed last is returned.
+    std::optional<qint32> stepped(EntryWindow& window, std::optional<qint32> id);
+    void selectId(qint32 id);
     void done(int result) override;
 
     AppContext m_context;
