@@ -47,9 +47,6 @@ bool holds(const QSqlRecord& stored, const QStringList& columns, const QVariantL
     return true;
 }
 
-// Every lot column an assortment sets, for reading what a lot holds.
-QStringList storedTotalColumns();
-
 // One assortment: the per-lot sums of its rows and the lot columns they set.
 struct Assortment {
     QString sorting;
@@ -91,6 +88,7 @@ const QList<Assortment>& assortments()
     return all;
 }
 
+// Every lot column an assortment sets, for reading what a lot holds.
 QStringList storedTotalColumns()
 {
     QStringList columns;
