@@ -155,11 +155,16 @@ TextFileResult readTextFile(const QString& path)
         return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht gelesen werden: %2")
                                .arg(path, file.errorString())};
     }
-    QString text = decodeTextFile(file.readAll());
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    QStringList lines = text.split(u'\n');
-    if (!lines.isEmpty() && lines.last().isEmpty())
-        lines.removeLast(); // the line end of the last line opens no further line
+    const QString text = decodeTextFile(file.readAll());
+    QStringList lines;
+    qsizetype from = 0;
+    for (qsizetype end = text.indexOf(u'\n'); end >= 0; from = end + 1, end = text.indexOf(u'\n', from)) {
+        // CR LF ends a line; a lone CR is part of it.
+        const qsizetype length = end > from && text.at(end - 1) == u'\r' ? end - 1 - from : end - from;
+        lines << text.mid(from, length);
+    }
+    if (from < text.size())
+        lines << text.mid(from); // the line end of the last line opens no further line
     return {true, lines, {}};
 }
 

@@ -13,14 +13,14 @@ namespace {
 qint16 parseZahl(const QString& line)
 {
     bool ok = false;
-    const int v = line.trimmed().toInt(&ok);
+    const int v = QStringView(line).trimmed().toInt(&ok);
     return ok ? toShort(v) : qint16(0);
 }
 
 float parseDezimal(const QString& line)
 {
     bool ok = false;
-    const float v = line.trimmed().toFloat(&ok);
+    const float v = QStringView(line).trimmed().toFloat(&ok);
     return ok && std::isfinite(v) ? v : 0.0f; // "nan" or "inf" is a garbled line, not a factor
 }
 
