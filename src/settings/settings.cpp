@@ -24,6 +24,18 @@ float parseDezimal(const QString& line)
     return ok && std::isfinite(v) ? v : 0.0f; // "nan" or "inf" is a garbled line, not a factor
 }
 
+// A factor line holds ten characters: two decimals with a point.
+constexpr int FactorWidth = 10;
+
+QString factorText(float value)
+{
+    QString s = formatDecimal(value, 2);
+    const int comma = s.indexOf(u',');
+    if (comma >= 0)
+        s[comma] = u'.';
+    return s;
+}
+
 } // namespace
 
 void Einstellungen::repair()
@@ -32,10 +44,12 @@ void Einstellungen::repair()
         text[10] = QStringLiteral(" | ");
     if (zahl[17] < 3)
         zahl[17] = 14;
-    // A factor that is no number (set in memory from a garbled source) counts as missing.
-    for (float& f : dezimal)
-        if (!std::isfinite(f))
-            f = 0.0f;
+    // A factor is what its line holds: two decimals. One that is no number, or too long for its
+    // line (it would be cut and come back as another), counts as missing.
+    for (float& f : dezimal) {
+        const QString line = std::isfinite(f) ? factorText(f) : QString();
+        f = line.isEmpty() || line.size() > FactorWidth ? 0.0f : line.toFloat();
+    }
     if (dezimal[0] == 0.0f)
         dezimal[0] = 0.7f;
     if (dezimal[1] == 0.0f)
@@ -44,14 +58,7 @@ void Einstellungen::repair()
         dezimal[2] = 0.6f;
 }
 
-QString factorLine(float value)
-{
-    QString s = formatDecimal(value, 2);
-    const int comma = s.indexOf(u',');
-    if (comma >= 0)
-        s[comma] = u'.';
-    return s.left(10).trimmed();
-}
+QString factorLine(float value) { return factorText(value).left(FactorWidth).trimmed(); }
 
 Einstellungen EinstellungenLaden(const QString& path)
 {

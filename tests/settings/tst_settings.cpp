@@ -143,14 +143,27 @@ private slots:
         QStringList lines(Einstellungen::LineCount, QStringLiteral(" 0"));
         lines[Einstellungen::ZahlCount] = QStringLiteral("nan");
         lines[Einstellungen::ZahlCount + 1] = QStringLiteral("-inf");
+        // Too long for a factor line: written back, it would be cut to another number.
+        lines[Einstellungen::ZahlCount + 2] = QStringLiteral("7777777777777740");
+        lines[Einstellungen::ZahlCount + 5] = QStringLiteral("-313333333330");
+        lines[Einstellungen::ZahlCount + 6] = QStringLiteral("1234567.5");
+        // Kept to the two decimals its line holds: 0.001 is 0.00, which is a missing factor.
+        lines[Einstellungen::ZahlCount + 3] = QStringLiteral("0.001");
+        lines[Einstellungen::ZahlCount + 4] = QStringLiteral("0.456");
         lines[Einstellungen::ZahlCount + Einstellungen::DezimalCount + 3] = QStringLiteral("Forst\rbetrieb");
         QVERIFY(writeTextFile(path, lines).ok);
         const Einstellungen s = EinstellungenLaden(path);
         QCOMPARE(s.dezimal[0], 0.7f);
         QCOMPARE(s.dezimal[1], 0.65f);
+        QCOMPARE(s.dezimal[2], 0.6f);
+        QCOMPARE(s.dezimal[3], 0.0f);
+        QCOMPARE(s.dezimal[4], 0.46f);
+        QCOMPARE(s.dezimal[5], 0.0f);
+        QCOMPARE(s.dezimal[6], 1234567.5f); // ten characters fit
         QCOMPARE(s.text[3], QStringLiteral("Forst betrieb"));
         QVERIFY(EinstellungenSpeichern(s, path));
         QCOMPARE(EinstellungenLaden(path).text, s.text);
+        QCOMPARE(EinstellungenLaden(path).dezimal, s.dezimal);
     }
 
     void extraLinesAreIgnored()
