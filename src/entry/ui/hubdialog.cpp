@@ -31,7 +31,6 @@ QString widthsKey(int list)
     return list == int(HubList::Lose) ? QStringLiteral("eingabe") : QStringLiteral("eingabe/liste%1").arg(list);
 }
 
-// The IDs of the listed rows in the grid's order (every list ends in the row's ID).
 // The IDs of the listed rows in shown order; every list ends in the row's ID.
 QList<qint32> listedIds(const QSqlQueryModel* model)
 {
