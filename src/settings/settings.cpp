@@ -21,7 +21,7 @@ float parseDezimal(const QString& line)
 {
     bool ok = false;
     const float v = QStringView(line).trimmed().toFloat(&ok);
-    return ok && std::isfinite(v) ? v : 0.0f; // "nan" or "inf" is a garbled line, not a factor
+    return ok ? v : 0.0f; // repair() turns "nan", "inf" and overlong factors into missing ones
 }
 
 // A factor line holds ten characters: two decimals with a point.

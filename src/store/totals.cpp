@@ -88,15 +88,20 @@ const QList<Assortment>& assortments()
     return all;
 }
 
-// Every lot column an assortment sets, for reading what a lot holds.
-QStringList storedTotalColumns()
+// The lots of a harvest with every total column an assortment sets, to compare before writing.
+// Built once: every store runs it.
+const QString& lotRowsSql()
 {
-    QStringList columns;
-    for (const Assortment& a : assortments())
-        for (const QString& c : a.lotColumns)
-            if (!columns.contains(c))
-                columns << c;
-    return columns;
+    static const QString sql = [] {
+        QStringList columns;
+        for (const Assortment& a : assortments())
+            for (const QString& c : a.lotColumns)
+                if (!columns.contains(quoted(c)))
+                    columns << quoted(c);
+        return QStringLiteral("SELECT \"ID\", \"Los_Nr\", \"Sortierung\", \"Preis_Art\", \"Pauschalpreis_G\", %1 "
+                              "FROM \"Lose\" WHERE \"Kennung\" = ?").arg(columns.join(QStringLiteral(", ")));
+    }();
+    return sql;
 }
 
 } // namespace
@@ -114,12 +119,7 @@ void recomputeTotals(const QSqlDatabase& db, qint32 harvestId)
     TransactionGuard guard(db);
     QList<Lot> lots;
     QSet<QString> sortings;
-    QStringList columns;
-    for (const QString& c : storedTotalColumns())
-        columns << quoted(c);
-    QSqlQuery lotRows = execSql(db, QStringLiteral("SELECT \"ID\", \"Los_Nr\", \"Sortierung\", \"Preis_Art\", \"Pauschalpreis_G\", %1 "
-                                                   "FROM \"Lose\" WHERE \"Kennung\" = ?").arg(columns.join(QStringLiteral(", "))),
-                                {harvestId});
+    QSqlQuery lotRows = execSql(db, lotRowsSql(), {harvestId});
     while (lotRows.next()) {
         Lot lot{lotRows.value(0), lotRows.value(1).toInt(), readText(lotRows.value(2)),
                 toShort(readNumber(lotRows.value(3))), lotRows.value(4), lotRows.record()};
