@@ -15,6 +15,7 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <functional>
+#include <limits>
 
 namespace tarvik {
 namespace {
@@ -26,15 +27,13 @@ constexpr int LineWidth = 61;
 QString field(const QSqlRecord& r, const char* name) { return readText(r.value(QString::fromUtf8(name))); }
 float floatField(const QSqlRecord& r, const char* name) { return float(readNumber(r.value(QString::fromUtf8(name)))); }
 
-QString money(double value) { return formatDecimal(value, 2); }
-
 // A label on the left, the amount flush with the right edge of the lot tables.
-QString amountLine(const QString& label, double value)
+QString amountLine(const QString& label, Cents value)
 {
-    return label.leftJustified(LineWidth - 15, u' ') + right(money(value), 15);
+    return label.leftJustified(LineWidth - 15, u' ') + right(centsText(value), 15);
 }
 
-QString percentText(float value) { return formatDecimal(value, 2) + QStringLiteral(" %"); }
+QString percentText(PercentHundredths value) { return centsText(value) + QStringLiteral(" %"); }
 
 StoredInvoice storedFrom(const QSqlRecord& r)
 {
@@ -50,7 +49,7 @@ StoredInvoice storedFrom(const QSqlRecord& r)
     s.levy = floatField(r, "CMA_Abgabe_Proz");
     s.vat = floatField(r, "MwSt_Proz");
     s.discount = floatField(r, "Skonto_Proz");
-    s.amount = readNumber(r.value(QStringLiteral("Betrag")));
+    s.amount = centsOf(r.value(QStringLiteral("Betrag")));
     return s;
 }
 
@@ -73,10 +72,10 @@ void logBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
                           {harvest, lotNr});
     while (q.next()) {
         const double efm = readNumber(q.value(4));
-        const float price = float(readNumber(q.value(5)));
-        const QString perEfm = efm != 0 ? money(price / efm) : QStringLiteral("0,00");
+        const Cents price = centsOf(q.value(5));
+        const QString perEfm = efm != 0 ? formatDecimal(centsValue(price) / efm, 2) : QStringLiteral("0,00");
         block.lines << left(text(q.value(1)), 21) + u' ' + left(text(q.value(2)), 4) + u' ' + left(text(q.value(3)), 6) +
-                           right(text(q.value(0)), 4) + right(formatDecimal(efm, 3), 8) + right(perEfm, 8) + right(money(price), 9);
+                           right(text(q.value(0)), 4) + right(formatDecimal(efm, 3), 8) + right(perEfm, 8) + right(centsText(price), 9);
         block.amount += price;
     }
 }
@@ -90,8 +89,8 @@ void rowsBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block, c
     block.lines << caption;
     QSqlQuery q = execSql(db, sql, {lot.value(QStringLiteral("Kennung")), lot.value(QStringLiteral("Los_Nr"))});
     while (q.next()) {
-        const float price = float(readNumber(q.value(5)));
-        block.lines << line(q) + right(money(price), 9);
+        const Cents price = centsOf(q.value(5));
+        block.lines << line(q) + right(centsText(price), 9);
         block.amount += price;
     }
 }
@@ -132,22 +131,78 @@ InvoiceCaptions InvoiceCaptions::from(const Einstellungen& settings)
     return c;
 }
 
-float invoicePercent(const QString& text) { return std::max(0.0f, float(readNumber(text))); }
+PercentHundredths invoicePercent(const QString& text) { return std::max<PercentHundredths>(0, percentHundredths(readNumber(text))); }
 
-InvoiceAmount invoiceAmount(float net, float levyPercent, float vatPercent, float discountPercent)
+InvoiceAmount invoiceAmount(Cents net, PercentHundredths levy, PercentHundredths vat, PercentHundredths discount)
 {
     InvoiceAmount a;
     a.net = net;
-    if (levyPercent > 0)
-        a.levy = levyPercent * net / 100;
+    a.levy = percentOf(net, std::max<PercentHundredths>(0, levy));
     // The VAT is taken from the net before the levy.
-    if (vatPercent > 0)
-        a.vat = vatPercent * net / 100;
+    a.vat = percentOf(net, std::max<PercentHundredths>(0, vat));
     a.gross = net - a.levy + a.vat;
-    if (discountPercent > 0)
-        a.discount = discountPercent * a.gross / 100;
+    a.discount = percentOf(a.gross, std::max<PercentHundredths>(0, discount));
     a.total = a.gross - a.discount;
     return a;
+}
+
+InvoiceInput newInvoiceInput(const AppContext& context)
+{
+    InvoiceInput input;
+    loadRemembered(context.dataFolder, input);
+    input.number = QString::number(proposedInvoiceNumber(context.db, context.clock.today()));
+    input.date = formatGermanDate(context.clock.today());
+    return input;
+}
+
+bool applyBuyerDetails(const QSqlDatabase& db, const QString& buyer, InvoiceInput& input)
+{
+    const auto details = buyerDetails(db, buyer.trimmed());
+    if (!details)
+        return false;
+    input.name = details->name;
+    input.street = details->street;
+    input.town = details->town;
+    input.customerInfo = details->customerInfo;
+    input.levy = formatDecimal(details->levy, 2);
+    input.vat = formatDecimal(details->vat, 2);
+    input.discount = formatDecimal(details->discount, 2);
+    return true;
+}
+
+LotChoice lotsForInvoice(const QSqlDatabase& db, qint32 harvestId, const QList<qint32>& lotNumbers)
+{
+    LotChoice choice;
+    const QString hiebNr = text(scalar(db, QStringLiteral("SELECT Hieb_Nr FROM Hiebe WHERE ID = ?"), {harvestId}));
+    for (qint32 lotNr : lotNumbers) {
+        QSqlQuery q = execSql(db, QStringLiteral("SELECT ID, ReNr FROM Lose WHERE Kennung = ? AND Los_Nr = ?"), {harvestId, lotNr});
+        if (!q.next())
+            choice.reasons << QStringLiteral("...es das Los %1 beim Hieb %2 nicht gibt.").arg(lotNr).arg(hiebNr);
+        else if (readNumber(q.value(1)) >= 1)
+            choice.reasons << QStringLiteral("...das Los %1 des Hiebs %2 bereits in Rechnung %3 abgerechnet ist.")
+                                  .arg(lotNr).arg(hiebNr).arg(toLong(readNumber(q.value(1))));
+    }
+    if (!choice.reasons.isEmpty())
+        return choice;
+    // In the order the window's lot list shows them, whatever order they were named in.
+    for (const OpenLot& lot : openLots(db))
+        if (lot.harvestId == harvestId && lotNumbers.contains(qint32(readNumber(lot.losNr))))
+            choice.lotIds << lot.lotId;
+    return choice;
+}
+
+std::optional<qint32> invoiceNumber(const QString& typed)
+{
+    const QString digits = typed.trimmed();
+    if (digits.isEmpty() || digits.size() > 10)
+        return std::nullopt;
+    for (QChar c : digits)
+        if (c < u'0' || c > u'9')
+            return std::nullopt;
+    const qint64 number = digits.toLongLong();
+    if (number > std::numeric_limits<qint32>::max())
+        return std::nullopt;
+    return qint32(number);
 }
 
 qint32 proposedInvoiceNumber(const QSqlDatabase& db, const QDate& today)
@@ -221,7 +276,7 @@ LotBlock lotBlock(const QSqlDatabase& db, qint32 lotId)
         block.lines << QStringLiteral("Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung") +
                            QStringLiteral("   Efm(oR): ") + decimals(lot.value(QStringLiteral("Efm_oR")), 3);
         block.lines << QStringLiteral("Dieses Los wird per vereinbartem Pauschalpreis abgerechnet.");
-        block.amount = floatField(lot, "Pauschalpreis_G");
+        block.amount = centsOf(lot.value(QStringLiteral("Pauschalpreis_G")));
         block.lines << amountLine(QStringLiteral("Pauschalpreis:"), block.amount);
     } else if (sorting == u"Stämme") {
         logBlock(db, lot, block);
@@ -235,13 +290,13 @@ LotBlock lotBlock(const QSqlDatabase& db, qint32 lotId)
     return block;
 }
 
-QString amountCaption(double amount) { return QStringLiteral("Rechnungsbetrag: ") + money(amount); }
+QString amountCaption(Cents amount) { return QStringLiteral("Rechnungsbetrag: ") + centsText(amount); }
 
 InvoicePreview invoicePreview(const QSqlDatabase& db, const InvoiceInput& input, const InvoiceCaptions& captions)
 {
     InvoicePreview preview;
     QStringList blocks;
-    float net = 0;
+    Cents net = 0;
     bool anyLot = false;
     for (qint32 id : input.lotIds) {
         const LotBlock block = lotBlock(db, id);
@@ -251,9 +306,9 @@ InvoicePreview invoicePreview(const QSqlDatabase& db, const InvoiceInput& input,
         blocks << QString() << block.lines;
         net += block.amount;
     }
-    const float levyPercent = invoicePercent(input.levy);
-    const float vatPercent = invoicePercent(input.vat);
-    const float discountPercent = invoicePercent(input.discount);
+    const PercentHundredths levyPercent = invoicePercent(input.levy);
+    const PercentHundredths vatPercent = invoicePercent(input.vat);
+    const PercentHundredths discountPercent = invoicePercent(input.discount);
     preview.amount = invoiceAmount(net, levyPercent, vatPercent, discountPercent);
     if (!anyLot)
         return preview;
@@ -271,7 +326,9 @@ InvoicePreview invoicePreview(const QSqlDatabase& db, const InvoiceInput& input,
     if (!input.customerInfo.trimmed().isEmpty())
         lines << (captions.customer + u':').leftJustified(labelWidth, u' ') + input.customerInfo.trimmed();
     lines << (captions.date + u':').leftJustified(labelWidth, u' ') + input.date.trimmed();
-    lines << (captions.number + u':').leftJustified(labelWidth, u' ') + input.number.trimmed();
+    // The number as it is stored: typed digits with leading zeros or blanks print without them.
+    const std::optional<qint32> number = invoiceNumber(input.number);
+    lines << (captions.number + u':').leftJustified(labelWidth, u' ') + (number ? QString::number(*number) : input.number.trimmed());
     lines << QString() << QStringLiteral("RECHNUNG") << QStringLiteral("========");
     lines << blocks;
 
@@ -301,10 +358,13 @@ QStringList invoiceRefusals(const QSqlDatabase& db, const InvoiceInput& input, c
         reasons << QStringLiteral("...Bei der Anschrift (Name, Straße, Wohnort) mindestens in einem Feld etwas eingetragen werden muss.");
     if (!parseGermanDate(input.date.trimmed()).isValid())
         reasons << QStringLiteral("...das Datum nicht korrekt ist.");
-    const double number = readNumber(input.number);
-    if (!(number > 0))
+    const std::optional<qint32> number = invoiceNumber(input.number);
+    const QString typedNumber = input.number.trimmed();
+    if (!number && !typedNumber.isEmpty() && typedNumber != u"0" && !typedNumber.startsWith(u'-'))
+        reasons << QStringLiteral("...die Rechnungsnummer nur aus Ziffern bestehen darf (höchstens 2147483647).");
+    else if (!number || *number <= 0)
         reasons << QStringLiteral("...die Rechnungsnummer größer 0 sein muss.");
-    else if (scalar(db, QStringLiteral("SELECT ReNr FROM Rechnungen WHERE ReNr = ?"), {toLong(number)}).isValid())
+    else if (scalar(db, QStringLiteral("SELECT ReNr FROM Rechnungen WHERE ReNr = ?"), {*number}).isValid())
         reasons << QStringLiteral("...die Rechnungsnummer bereits vergeben ist.");
     if (previewText.trimmed().isEmpty())
         reasons << QStringLiteral("...mindestens ein Los für die Rechnung ausgewählt werden muss.");
@@ -326,7 +386,7 @@ std::optional<qint32> storeInvoice(const AppContext& context, const InvoiceInput
         context.prompter.inform(QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n") + reasons.join(u'\n'));
         return std::nullopt;
     }
-    const qint32 number = toLong(readNumber(input.number));
+    const qint32 number = *invoiceNumber(input.number);
     const QString buyer = input.buyer.trimmed();
     {
         TransactionGuard guard(context.db);
@@ -334,8 +394,8 @@ std::optional<qint32> storeInvoice(const AppContext& context, const InvoiceInput
                 QStringLiteral("INSERT INTO Rechnungen(Abnehmer, Vor_Nachname, Strasse, Wohnort, Kundeninfo, ReNr, CMA_Abgabe_Proz, "
                                "MwSt_Proz, Skonto_Proz, Datum, Inhalt, Betrag) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
                 {buyer, input.name.trimmed(), input.street.trimmed(), input.town.trimmed(), input.customerInfo.trimmed(), number,
-                 double(invoicePercent(input.levy)), double(invoicePercent(input.vat)), double(invoicePercent(input.discount)),
-                 sqlDateValue(input.date.trimmed()), preview.text, currencyValue(preview.amount.total)});
+                 centsValue(invoicePercent(input.levy)), centsValue(invoicePercent(input.vat)), centsValue(invoicePercent(input.discount)),
+                 sqlDateValue(input.date.trimmed()), preview.text, centsValue(preview.amount.total)});
         QSet<qint32> harvests;
         for (qint32 id : input.lotIds) {
             const QVariant harvest = scalar(context.db, QStringLiteral("SELECT Kennung FROM Lose WHERE ID = ?"), {id});

@@ -1,6 +1,7 @@
 #pragma once
 // An invoice to one buyer for one or more lots: the proposed number, the buyer's last details,
 // the amount with levy, VAT and cash discount, the invoice text, the checks and the store.
+#include "common/money.h"
 #include "store/context.h"
 
 #include <QDate>
@@ -40,18 +41,19 @@ struct InvoiceCaptions {
 };
 inline constexpr int FirstCaptionSlot = 15; // Einst_Text 15 ... 17
 
-// The amount in single precision, in the order the invoice shows it. No step rounds.
+// The amount in cents, in the order the invoice shows it. Levy, VAT and discount are each
+// rounded to the cent once, so the printed lines add up to the total.
 struct InvoiceAmount {
-    float net = 0;
-    float levy = 0;
-    float vat = 0;
-    float gross = 0;
-    float discount = 0;
-    float total = 0; // the invoice's Betrag
+    Cents net = 0;
+    Cents levy = 0;
+    Cents vat = 0;
+    Cents gross = 0;
+    Cents discount = 0;
+    Cents total = 0; // the invoice's Betrag
 };
-// A percentage that is negative, empty or not a number counts as 0.
-float invoicePercent(const QString& text);
-InvoiceAmount invoiceAmount(float net, float levyPercent, float vatPercent, float discountPercent);
+// A percentage with two decimals; negative, empty or not a number counts as 0.
+PercentHundredths invoicePercent(const QString& text);
+InvoiceAmount invoiceAmount(Cents net, PercentHundredths levy, PercentHundredths vat, PercentHundredths discount);
 
 // The year of today followed by 0001 while there is no invoice, else the highest number + 1.
 qint32 proposedInvoiceNumber(const QSqlDatabase& db, const QDate& today);
@@ -78,7 +80,7 @@ struct StoredInvoice {
     QString buyer, name, street, town, customerInfo, date, text;
     qint32 number = 0;
     float levy = 0, vat = 0, discount = 0;
-    double amount = 0;
+    Cents amount = 0;
 };
 std::optional<StoredInvoice> loadInvoice(const QSqlDatabase& db, qint32 number);
 std::optional<StoredInvoice> loadInvoiceById(const QSqlDatabase& db, qint32 id);
@@ -86,7 +88,7 @@ std::optional<StoredInvoice> loadInvoiceById(const QSqlDatabase& db, qint32 id);
 // One lot's block of the invoice text and its amount. A lot that does not exist gives nothing.
 struct LotBlock {
     QStringList lines;
-    float amount = 0;
+    Cents amount = 0; // the sum of the prices its lines print
 };
 LotBlock lotBlock(const QSqlDatabase& db, qint32 lotId);
 
@@ -98,7 +100,24 @@ struct InvoicePreview {
 };
 InvoicePreview invoicePreview(const QSqlDatabase& db, const InvoiceInput& input, const InvoiceCaptions& captions);
 // "Rechnungsbetrag:" with the amount, as the window shows it under the preview.
-QString amountCaption(double amount);
+QString amountCaption(Cents amount);
+
+// A new invoice as the window starts it: the remembered texts, the proposed number, today.
+InvoiceInput newInvoiceInput(const AppContext& context);
+// The buyer's latest invoice's name, address, customer information and percentages over the
+// input's fields; false (input unchanged) when the buyer has no invoice yet.
+bool applyBuyerDetails(const QSqlDatabase& db, const QString& buyer, InvoiceInput& input);
+
+// The lots of one harvest by their numbers, in the order of the lot list, for an invoice made
+// without the window; a lot that does not exist or is invoiced already gives a reason instead.
+struct LotChoice {
+    QList<qint32> lotIds;
+    QStringList reasons;
+};
+LotChoice lotsForInvoice(const QSqlDatabase& db, qint32 harvestId, const QList<qint32>& lotNumbers);
+
+// The invoice number as typed: digits only and within the column's range; nothing otherwise.
+std::optional<qint32> invoiceNumber(const QString& typed);
 
 // The reasons a store is refused, in their order; empty when it may go ahead.
 QStringList invoiceRefusals(const QSqlDatabase& db, const InvoiceInput& input, const QString& previewText);

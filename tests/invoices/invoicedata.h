@@ -3,7 +3,10 @@
 #include "store/sql.h"
 #include "store/totals.h"
 
+#include <QLocale>
 #include <QSqlQuery>
+#include <QStringList>
+#include <optional>
 
 namespace tarvik::test {
 
@@ -51,6 +54,39 @@ inline InvoiceLots invoiceLots(const QSqlDatabase& db, qint32 hiebNr = 7)
     l.poleLot = lotId(db, l.harvestId, 3);
     l.stackLot = lotId(db, l.harvestId, 4);
     return l;
+}
+
+// The figures of a printed invoice as the buyer reads them, in cents: the prices of the lot
+// tables (the last figure of each table line, flat prices included) and the amount lines.
+struct PrintedInvoice {
+    qint64 prices = 0;
+    std::optional<qint64> net, levy, vat, discount, total;
+};
+
+inline qint64 lastFigure(const QString& line)
+{
+    return qRound64(QLocale(QLocale::German).toDouble(line.split(u' ', Qt::SkipEmptyParts).constLast()) * 100);
+}
+
+inline PrintedInvoice readPrintedInvoice(const QStringList& lines)
+{
+    PrintedInvoice p;
+    bool inTable = false;
+    const std::pair<const char*, std::optional<qint64>*> labels[] = {
+        {"Summe netto:", &p.net}, {"CMA-Abgabe", &p.levy}, {"Umsatzsteuer", &p.vat}, {"Skonto", &p.discount}, {"Rechnungsbetrag:", &p.total}};
+    for (const QString& line : lines) {
+        for (const auto& [label, value] : labels)
+            if (line.startsWith(QString::fromUtf8(label)))
+                *value = lastFigure(line);
+        if (line.startsWith(u"BAUMART") || line.startsWith(u"Dieses Los")) {
+            inTable = true;
+        } else if (line.isEmpty() || line.startsWith(u'-')) {
+            inTable = false;
+        } else if (inTable) {
+            p.prices += lastFigure(line);
+        }
+    }
+    return p;
 }
 
 } // namespace tarvik::test

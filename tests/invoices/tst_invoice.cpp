@@ -96,31 +96,39 @@ private slots:
 
     void amount_data()
     {
-        QTest::addColumn<float>("net");
+        QTest::addColumn<Cents>("net");
         QTest::addColumn<QString>("levy");
         QTest::addColumn<QString>("vat");
         QTest::addColumn<QString>("discount");
         QTest::addColumn<QString>("levyAmount");
         QTest::addColumn<QString>("vatAmount");
         QTest::addColumn<QString>("total");
-        QTest::newRow("VAT on the net before the levy") << 1000.0f << "2" << "10,7" << "0" << "20,00" << "107,00" << "1087,00";
-        QTest::newRow("negative levy counts as 0") << 1000.0f << "-2" << "10,7" << "" << "0,00" << "107,00" << "1107,00";
-        QTest::newRow("negative VAT counts as 0") << 1000.0f << "2" << "-19" << "" << "20,00" << "0,00" << "980,00";
-        QTest::newRow("empty and junk count as 0") << 500.0f << "" << "abc" << "" << "0,00" << "0,00" << "500,00";
-        // 1087.00 gross, 2 % of it off.
-        QTest::newRow("discount on the gross") << 1000.0f << "2" << "10,7" << "2" << "20,00" << "107,00" << "1065,26";
-        QTest::newRow("negative discount counts as 0") << 1000.0f << "0" << "19" << "-3" << "0,00" << "190,00" << "1190,00";
+        QTest::newRow("VAT on the net before the levy") << Cents(100000) << "2" << "10,7" << "0" << "20,00" << "107,00" << "1087,00";
+        QTest::newRow("negative levy counts as 0") << Cents(100000) << "-2" << "10,7" << "" << "0,00" << "107,00" << "1107,00";
+        QTest::newRow("negative VAT counts as 0") << Cents(100000) << "2" << "-19" << "" << "20,00" << "0,00" << "980,00";
+        QTest::newRow("empty and junk count as 0") << Cents(50000) << "" << "abc" << "" << "0,00" << "0,00" << "500,00";
+        // 1087.00 gross, 2 % of it off: 21.74.
+        QTest::newRow("discount on the gross") << Cents(100000) << "2" << "10,7" << "2" << "20,00" << "107,00" << "1065,26";
+        QTest::newRow("negative discount counts as 0") << Cents(100000) << "0" << "19" << "-3" << "0,00" << "190,00" << "1190,00";
+        // 102.50 × 19 % = 19.475: the half cent goes up.
+        QTest::newRow("half a cent goes up") << Cents(10250) << "0" << "19" << "0" << "0,00" << "19,48" << "121,98";
+        // Levy 2.3484 and VAT 12.56394 are rounded first: 117.42 − 2.35 + 12.56 = 127.63, not 127.64.
+        QTest::newRow("total of the rounded lines") << Cents(11742) << "2" << "10,7" << "0" << "2,35" << "12,56" << "127,63";
+        // 50 % of a gross of 1.01 is 0.505: 0.51 off.
+        QTest::newRow("half-cent discount") << Cents(101) << "0" << "0" << "50" << "0,00" << "0,00" << "0,50";
+        QTest::newRow("three-decimal percent counts with two") << Cents(100000) << "0" << "7,005" << "0" << "0,00" << "70,10" << "1070,10";
     }
     void amount()
     {
-        QFETCH(float, net);
+        QFETCH(Cents, net);
         QFETCH(QString, levy);
         QFETCH(QString, vat);
         QFETCH(QString, discount);
         const InvoiceAmount a = invoiceAmount(net, invoicePercent(levy), invoicePercent(vat), invoicePercent(discount));
-        QTEST(formatDecimal(a.levy, 2), "levyAmount");
-        QTEST(formatDecimal(a.vat, 2), "vatAmount");
-        QTEST(formatDecimal(a.total, 2), "total");
+        QTEST(centsText(a.levy), "levyAmount");
+        QTEST(centsText(a.vat), "vatAmount");
+        QTEST(centsText(a.total), "total");
+        QCOMPARE(a.total, a.gross - a.discount);
         QCOMPARE(a.gross, a.net - a.levy + a.vat);
     }
 
@@ -141,7 +149,7 @@ private slots:
         Fixture f;
         const qint32 ids[] = {0, f.lots.logLot, f.lots.flatLot, f.lots.poleLot, f.lots.stackLot};
         const InvoicePreview preview = invoicePreview(f.db, typedInput({ids[lot]}), InvoiceCaptions{});
-        QTEST(formatDecimal(preview.amount.net, 2), "net");
+        QTEST(centsText(preview.amount.net), "net");
         compareWithGolden(invoiceLines(preview.text), golden);
     }
 
@@ -153,8 +161,40 @@ private slots:
         InvoiceInput in = typedInput({f.lots.stackLot, f.lots.logLot, f.lots.poleLot});
         in.discount = QStringLiteral("3");
         const InvoicePreview preview = invoicePreview(f.db, in, InvoiceCaptions::from(f.settings));
-        QCOMPARE(formatDecimal(preview.amount.net, 2), QStringLiteral("951,45"));
+        QCOMPARE(centsText(preview.amount.net), QStringLiteral("951,45"));
         compareWithGolden(invoiceLines(preview.text), QStringLiteral("rechnung_skonto.txt"));
+    }
+
+    // What the buyer checks with a pocket calculator: every printed price adds up to the net, the
+    // amount lines to the total, and the stored Betrag is the printed total.
+    void printedLinesAddUp_data()
+    {
+        QTest::addColumn<QString>("levy");
+        QTest::addColumn<QString>("vat");
+        QTest::addColumn<QString>("discount");
+        QTest::newRow("levy and VAT") << "2" << "10,7" << "0";
+        QTest::newRow("levy, VAT and discount") << "2" << "10,7" << "3";
+        QTest::newRow("19 % and discount") << "0" << "19" << "2,5";
+        QTest::newRow("flat-rate 5,5 %") << "0,4" << "5,5" << "0";
+    }
+    void printedLinesAddUp()
+    {
+        QFETCH(QString, levy);
+        QFETCH(QString, vat);
+        QFETCH(QString, discount);
+        Fixture f;
+        InvoiceInput in = typedInput({f.lots.logLot, f.lots.flatLot, f.lots.poleLot, f.lots.stackLot});
+        in.levy = levy;
+        in.vat = vat;
+        in.discount = discount;
+        QVERIFY(storeInvoice(f.context, in));
+        const test::PrintedInvoice p = test::readPrintedInvoice(invoiceLines(loadInvoice(f.db, 20260001)->text));
+        QVERIFY(p.net && p.levy && p.vat && p.total);
+        QCOMPARE(p.prices, *p.net);
+        QCOMPARE(*p.net - *p.levy + *p.vat - p.discount.value_or(0), *p.total);
+        const qint64 total = *p.total;
+        QCOMPARE(qRound64(scalar(f.db, QStringLiteral("SELECT Betrag FROM Rechnungen")).toDouble() * 100), total);
+        QCOMPARE(loadInvoice(f.db, 20260001)->amount, total);
     }
 
     void noLotNoText()
@@ -172,7 +212,10 @@ private slots:
         QTest::newRow("number exists") << "20269999" << "15.11.2026" << "...die Rechnungsnummer bereits vergeben ist.";
         QTest::newRow("number 0") << "0" << "15.11.2026" << "...die Rechnungsnummer größer 0 sein muss.";
         QTest::newRow("number negative") << "-5" << "15.11.2026" << "...die Rechnungsnummer größer 0 sein muss.";
-        QTest::newRow("number not a number") << "abc" << "15.11.2026" << "...die Rechnungsnummer größer 0 sein muss.";
+        QTest::newRow("number not a number") << "abc" << "15.11.2026" << "...die Rechnungsnummer nur aus Ziffern bestehen darf (höchstens 2147483647).";
+        QTest::newRow("number with a letter") << "2026001a" << "15.11.2026" << "...die Rechnungsnummer nur aus Ziffern bestehen darf (höchstens 2147483647).";
+        QTest::newRow("number with a decimal comma") << "2026,5" << "15.11.2026" << "...die Rechnungsnummer nur aus Ziffern bestehen darf (höchstens 2147483647).";
+        QTest::newRow("number beyond the column") << "2147483648" << "15.11.2026" << "...die Rechnungsnummer nur aus Ziffern bestehen darf (höchstens 2147483647).";
         QTest::newRow("date that does not exist") << "20260001" << "31.02.2026" << "...das Datum nicht korrekt ist.";
         QTest::newRow("date empty") << "20260001" << "" << "...das Datum nicht korrekt ist.";
     }

@@ -1,5 +1,8 @@
-// rechnung: a stored invoice's text on stdout or as a file, to check or archive it.
+// rechnung: a stored invoice's text on stdout or as a file, to check or archive it; "rechnung neu"
+// stores a new invoice through the same core call as the invoice window.
 #include "cli/commands/all.h"
+#include "common/clock.h"
+#include "common/sqldate.h"
 #include "invoices/invoice.h"
 #include "store/startup.h"
 
@@ -7,29 +10,76 @@ namespace tarvik::cli {
 namespace {
 
 const QCommandLineOption FileOption(QStringLiteral("datei"), QStringLiteral("als Textdatei schreiben"), QStringLiteral("PFAD"));
+const QCommandLineOption BuyerOption(QStringLiteral("abnehmer"), QStringLiteral("Kurzname des Abnehmers (neu)"), QStringLiteral("KURZNAME"));
+const QCommandLineOption NameOption(QStringLiteral("name"), QStringLiteral("Name des Empfängers (neu)"), QStringLiteral("T"));
+const QCommandLineOption StreetOption(QStringLiteral("strasse"), QStringLiteral("Straße des Empfängers (neu)"), QStringLiteral("T"));
+const QCommandLineOption TownOption(QStringLiteral("ort"), QStringLiteral("Wohnort des Empfängers (neu)"), QStringLiteral("T"));
+const QCommandLineOption CustomerOption(QStringLiteral("kunde"), QStringLiteral("Kunden-Nr. (neu)"), QStringLiteral("T"));
+const QCommandLineOption NumberOption(QStringLiteral("renr"), QStringLiteral("Rechnungsnummer statt der vorgeschlagenen (neu)"), QStringLiteral("N"));
+const QCommandLineOption DateOption(QStringLiteral("datum"), QStringLiteral("Rechnungsdatum statt heute (neu)"), QStringLiteral("TT.MM.JJJJ"));
+const QCommandLineOption LevyOption(QStringLiteral("abgabe"), QStringLiteral("CMA-Abgabe in % (neu)"), QStringLiteral("P"));
+const QCommandLineOption VatOption(QStringLiteral("mwst"), QStringLiteral("Umsatzsteuer in % (neu)"), QStringLiteral("P"));
+const QCommandLineOption DiscountOption(QStringLiteral("skonto"), QStringLiteral("Skonto in % (neu)"), QStringLiteral("P"));
+
+bool isNew(const QStringList& positional) { return positional.value(0) == u"neu"; }
+
+// "3,4,7" as lot numbers; nothing when one of them is not a whole number.
+std::optional<QList<qint32>> lotNumbers(const QString& text)
+{
+    QList<qint32> numbers;
+    for (const QString& part : text.split(u',')) {
+        const auto n = wholeNumber(part.trimmed());
+        if (!n)
+            return std::nullopt;
+        if (!numbers.contains(*n))
+            numbers << *n;
+    }
+    return numbers;
+}
 
 class RechnungCommand final : public Command {
 public:
     QString name() const override { return QStringLiteral("rechnung"); }
-    QString synopsis() const override { return QStringLiteral("RENR [--datei PFAD]"); }
+    QString synopsis() const override
+    {
+        return QStringLiteral("RENR [--datei PFAD] | neu HIEB_NR LOS_NR[,LOS_NR...] --abnehmer KURZNAME [--name T] [--strasse T] "
+                              "[--ort T] [--kunde T] [--renr N] [--datum TT.MM.JJJJ] [--abgabe P] [--mwst P] [--skonto P]");
+    }
     QString summary() const override
     {
-        return QStringLiteral("den Text einer gespeicherten Rechnung ausgeben (mit --datei als\nTextdatei, Windows-1252 mit CR LF)");
+        return QStringLiteral("den Text einer gespeicherten Rechnung ausgeben (mit --datei als\nTextdatei, Windows-1252 mit CR LF); "
+                              "mit \"neu\" eine Rechnung über die\ngenannten Lose speichern (Vorschlag und Angaben wie im Fenster)");
     }
     void declare(QCommandLineParser& parser) const override
     {
-        parser.addPositionalArgument(QStringLiteral("RENR"), QStringLiteral("Rechnungsnummer"));
-        parser.addOption(FileOption);
+        parser.addPositionalArgument(QStringLiteral("RENR"), QStringLiteral("Rechnungsnummer, oder neu HIEB_NR LOS_NR[,LOS_NR...]"));
+        parser.addOptions({FileOption, BuyerOption, NameOption, StreetOption, TownOption, CustomerOption, NumberOption, DateOption,
+                           LevyOption, VatOption, DiscountOption});
     }
     QString usageProblem(const QCommandLineParser& parser) const override
     {
         const QStringList positional = parser.positionalArguments();
+        if (isNew(positional)) {
+            if (positional.size() != 3 || !wholeNumber(positional[1]) || !lotNumbers(positional[2]))
+                return QStringLiteral("rechnung neu erwartet die Hieb-Nr und die Los-Nr (mehrere durch Komma getrennt).");
+            if (parser.value(BuyerOption).trimmed().isEmpty())
+                return QStringLiteral("rechnung neu erwartet den Abnehmer (--abnehmer KURZNAME).");
+            if (parser.isSet(FileOption))
+                return QStringLiteral("--datei gilt nur für die Ausgabe einer gespeicherten Rechnung.");
+            return {};
+        }
         if (positional.size() != 1 || !wholeNumber(positional[0]))
             return QStringLiteral("rechnung erwartet die Rechnungsnummer.");
+        for (const QCommandLineOption& o : {BuyerOption, NameOption, StreetOption, TownOption, CustomerOption, NumberOption, DateOption,
+                                            LevyOption, VatOption, DiscountOption})
+            if (parser.isSet(o))
+                return QStringLiteral("--%1 gilt nur für rechnung neu.").arg(o.names().constFirst());
         return {};
     }
     int run(const QCommandLineParser& parser, CommandContext& context) const override
     {
+        if (isNew(parser.positionalArguments()))
+            return storeNew(parser, context);
         const qint32 number = *wholeNumber(parser.positionalArguments()[0]);
         const auto invoice = loadInvoice(context.session->database->shared(), number);
         if (!invoice) {
@@ -38,6 +88,44 @@ public:
             return Refused;
         }
         return printOrWriteLines(context, invoiceLines(invoice->text), parser.value(FileOption));
+    }
+
+private:
+    // As the window: remembered texts and the proposed number, then the buyer's last invoice,
+    // then what the options say.
+    static int storeNew(const QCommandLineParser& parser, CommandContext& context)
+    {
+        const QStringList positional = parser.positionalArguments();
+        const auto harvestId = harvestByNumber(context, *wholeNumber(positional[1]));
+        if (!harvestId)
+            return Refused;
+        SystemClock clock;
+        Session& session = *context.session;
+        const AppContext app{session.database->shared(), session.settings, session.dataFolder, context.prompter, clock};
+
+        const LotChoice lots = lotsForInvoice(app.db, *harvestId, *lotNumbers(positional[2]));
+        if (!lots.reasons.isEmpty()) {
+            context.prompter.inform(QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n") + lots.reasons.join(u'\n'));
+            return Refused;
+        }
+        InvoiceInput input = newInvoiceInput(app);
+        input.buyer = parser.value(BuyerOption).trimmed();
+        applyBuyerDetails(app.db, input.buyer, input);
+        const std::pair<const QCommandLineOption&, QString*> typed[] = {
+            {NameOption, &input.name},   {StreetOption, &input.street}, {TownOption, &input.town}, {CustomerOption, &input.customerInfo},
+            {NumberOption, &input.number}, {DateOption, &input.date},   {LevyOption, &input.levy}, {VatOption, &input.vat},
+            {DiscountOption, &input.discount}};
+        for (const auto& [option, field] : typed)
+            if (parser.isSet(option))
+                *field = parser.value(option);
+        input.lotIds = lots.lotIds;
+
+        const std::optional<qint32> number = storeInvoice(app, input);
+        if (!number)
+            return Refused;
+        const auto stored = loadInvoice(app.db, *number);
+        context.io.print(QStringLiteral("Rechnung %1 gespeichert, %2").arg(*number).arg(amountCaption(stored ? stored->amount : 0)));
+        return Success;
     }
 };
 

@@ -21,6 +21,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRegularExpressionValidator>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -52,6 +53,9 @@ InvoiceDialog::InvoiceDialog(const AppContext& context, Mode mode, QList<qint32>
     updateCaptions();
     m_date->setText(formatGermanDate(m_context.clock.today()));
     if (m_mode == Mode::Neu) {
+        // Stepping walks the hub's stored invoices; a new one is not among them.
+        m_ok[1]->setEnabled(false);
+        m_ok[2]->setEnabled(false);
         m_tz[0]->setText(QString::number(proposedInvoiceNumber(m_context.db, m_context.clock.today())));
         updatePreview();
     } else {
@@ -89,7 +93,9 @@ void InvoiceDialog::build()
     m_t[12] = field(QStringLiteral("t(12)"), 30);
     for (int i = 4; i <= 11; ++i)
         m_t[size_t(i)] = field(QStringLiteral("t(%1)").arg(i), 255);
-    m_tz[0] = field(QStringLiteral("tz(0)"), 11);
+    m_tz[0] = field(QStringLiteral("tz(0)"), 10);
+    // The number is stored as a whole number: what is typed is what is printed and stored.
+    m_tz[0]->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]{0,10}")), m_tz[0]));
     for (int i = 1; i <= 3; ++i)
         m_tz[size_t(i)] = field(QStringLiteral("tz(%1)").arg(i), 10);
     m_date = field(QStringLiteral("tdat(0)"), 10);
@@ -292,7 +298,12 @@ void InvoiceDialog::updatePreview()
 {
     if (m_mode != Mode::Neu)
         return;
-    m_showingStored = false;
+    if (m_showingStored) {
+        // The stored invoice on show gives way to the next one, under the next free number.
+        m_showingStored = false;
+        if (m_tz[0]->text() == m_numbers->currentText())
+            m_tz[0]->setText(QString::number(proposedInvoiceNumber(m_context.db, m_context.clock.today())));
+    }
     runGuarded(m_context.prompter, [&] {
         const InvoicePreview preview = invoicePreview(m_context.db, input(), InvoiceCaptions::from(m_context.settings));
         m_preview->setPlainText(preview.text);
@@ -304,16 +315,16 @@ void InvoiceDialog::onBuyerChosen()
 {
     if (m_mode != Mode::Neu)
         return;
-    const auto details = buyerDetails(m_context.db, m_buyer->currentText().trimmed());
-    if (!details)
+    InvoiceInput details;
+    if (!applyBuyerDetails(m_context.db, m_buyer->currentText(), details))
         return;
-    m_t[0]->setText(details->name);
-    m_t[1]->setText(details->street);
-    m_t[2]->setText(details->town);
-    m_t[12]->setText(details->customerInfo);
-    m_tz[1]->setText(percentField(details->levy));
-    m_tz[2]->setText(percentField(details->vat));
-    m_tz[3]->setText(percentField(details->discount));
+    m_t[0]->setText(details.name);
+    m_t[1]->setText(details.street);
+    m_t[2]->setText(details.town);
+    m_t[12]->setText(details.customerInfo);
+    m_tz[1]->setText(details.levy);
+    m_tz[2]->setText(details.vat);
+    m_tz[3]->setText(details.discount);
     updatePreview();
 }
 
@@ -363,8 +374,10 @@ void InvoiceDialog::onStore()
     m_stored = true;
     fillLists();
     fillLots();
-    m_tz[0]->setText(QString::number(proposedInvoiceNumber(m_context.db, m_context.clock.today())));
-    updatePreview();
+    // What was stored stays on show, so "Drucken" prints the invoice as it is kept.
+    if (const auto invoice = loadInvoice(m_context.db, *number))
+        showInvoice(*invoice);
+    m_context.prompter.inform(QStringLiteral("Die Rechnung %1 ist gespeichert.").arg(*number));
 }
 
 void InvoiceDialog::onPrint()
