@@ -138,6 +138,21 @@ QList<Table> buildTables()
         {QStringLiteral("Liste_Lagerort"), {text("Inhalt", 50)}, {}},
         {QStringLiteral("Liste_Hiebgrund"), {text("Inhalt", 20)}, {}},
         {QStringLiteral("Liste_Hiebart"), {text("Inhalt", 20)}, {}},
+        // The owner's own data for invoices and e-invoices: one row.
+        {QStringLiteral("Eigene_Angaben"),
+         {text("Name", 60), text("Strasse", 60), text("PLZ", 10), text("Ort", 40), text("Land", 2), text("Kontakt", 60),
+          text("Telefon", 30), text("EMail", 80), text("Steuernummer", 20), text("UStIdNr", 20), text("Lieferantennummer", 40),
+          text("IBAN", 34), text("BIC", 11), text("Bank", 60), text("Besteuerung", 10), id()},
+         {}},
+        // Buyers with their structured address, by the short name invoices and lots carry.
+        {QStringLiteral("Abnehmerdaten"),
+         {text("Kurzname", 50), text("Name", 60), text("Strasse", 60), text("PLZ", 10), text("Ort", 40), text("Land", 2),
+          text("UStIdNr", 20), text("Referenz", 60), text("EMail", 80), id()},
+         indexes({{"kurzname", "Kurzname"}})},
+        // What an invoice carries beyond its row: the date of supply and the days of the cash discount.
+        {QStringLiteral("Rechnungsangaben"),
+         {col("ReNr", T::Long), col("Leistungsdatum", T::DateTime), col("Skonto_Tage", T::Short), id()},
+         indexes({{"renr", "ReNr"}})},
     };
 }
 

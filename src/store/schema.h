@@ -28,7 +28,7 @@ struct Table {
     const Column* column(const QString& name) const;
 };
 
-// The 24 tables in the order a new file creates them.
+// The 27 tables in the order a new file creates them.
 const QList<Table>& tables();
 const Table& table(const QString& name); // throws std::out_of_range for an unknown name
 

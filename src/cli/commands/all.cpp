@@ -11,6 +11,8 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeHolzlisteCommand());
         list.push_back(makeListeCommand());
         list.push_back(makeRechnungCommand());
+        list.push_back(makeEigeneAngabenCommand());
+        list.push_back(makeAbnehmerCommand());
         list.push_back(makeDruckenCommand());
         list.push_back(makeNeuberechnenCommand());
         list.push_back(makeSicherungCommand());

@@ -3,6 +3,7 @@
 // takes out of any e-invoice (CII, UBL, hybrid PDF). No XML here and no database: the invoice
 // core fills it from a stored invoice, the writer and reader only translate.
 #include "common/money.h"
+#include "parties/taxregime.h"
 
 #include <QDate>
 #include <QList>
@@ -11,12 +12,9 @@
 
 namespace tarvik::einvoice {
 
-// How the seller is taxed; decides the VAT category and the note on the invoice.
-enum class TaxRegime {
-    Regular, // regular VAT: category S at the invoice's rate
-    Flat24,  // flat rate for farmers and foresters, § 24 UStG: category S at 5.5 % with its note
-    Small19, // small business, § 19 UStG: category E, no VAT, with the exemption note
-};
+// How the seller is taxed: regular VAT (category S at the invoice's rate), the flat rate of
+// § 24 UStG (category S at 5.5 % with its note) or § 19 UStG (category E, no VAT, its note).
+using TaxRegime = parties::TaxRegime;
 
 struct Address {
     QString street;
