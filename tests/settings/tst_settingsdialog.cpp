@@ -4,6 +4,7 @@
 #include "support/widgets.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -205,7 +206,7 @@ private slots:
         test::ScriptedPrompter prompter;
         SettingsDialog d(s, path(), prompter);
         QString folder = m_dir.path() + spelling;
-        folder.replace(QStringLiteral("@name"), QFileInfo(m_dir.path()).fileName());
+        folder.replace(QStringLiteral("@name"), QDir(m_dir.path()).dirName());
         typeInto(child<QLineEdit>(d, "tpocket"), folder);
         child<QPushButton>(d, "beenden")->click();
         QCOMPARE(d.result(), int(QDialog::Rejected));
