@@ -44,13 +44,15 @@ QString serialPortName(const Einstellungen& settings)
 std::optional<QList<ImportedLog>> collectFromTransfer(const AppContext& ctx, const QByteArray& received)
 {
     const Fmr1Conversion c = convertFmr1Transfer(received);
-    if (c.cutOffBytes > 0) {
-        ctx.prompter.inform(QStringLiteral("Die Übertragung vom FMR1 ist unvollständig: der letzte Stamm kam nur zum Teil an "
-                                           "(%1 von %2 Zeichen). Es wurde nichts übernommen. Bitte übertragen Sie die Daten nochmals.")
-                                .arg(c.cutOffBytes).arg(Fmr1RecordBytes),
+    // A transfer broken off in its last record still holds every record before it whole.
+    if (c.cutOffBytes > 0)
+        ctx.prompter.inform(QStringLiteral("Die Übertragung vom FMR1 endete mitten in einem Stamm: von seinem Datensatz kamen nur %1 von %2 "
+                                           "Zeichen an. Dieser Rest wird nicht übernommen; die %3 vollständig übertragenen Stämme werden "
+                                           "eingelesen. Bitte übertragen Sie den letzten Stamm gegebenenfalls nochmals.")
+                                .arg(c.cutOffBytes)
+                                .arg(Fmr1RecordBytes)
+                                .arg(c.lines.size() - 2),
                             Prompter::Icon::Warning);
-        return std::nullopt;
-    }
     // The lines go through "FMR1.TXT" so the last transfer can be looked at afterwards.
     const QString path = QDir(ctx.dataFolder).filePath(QString::fromLatin1(Fmr1FileName));
     const TextFileResult written = writeTextFile(path, c.lines);

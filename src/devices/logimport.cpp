@@ -59,7 +59,104 @@ QString missingLotMessage(ImportSource source, qint32 lot)
     return QStringLiteral("Das Los %1 ist im aktuellen Hieb noch nicht angelegt ist. Das Los %1 wird deshalb jetzt angelegt.").arg(lot);
 }
 
+const QString LotMissingMessage = QStringLiteral("Der Datenimport ist nur möglich, wenn die LOS-Nummer angegeben wird!");
+
+// Decides log by log whether it can be stored, as the import and its preview both need it.
+// Lots that do not exist yet count as lots of logs: the import creates them so.
+class LogJudge {
+public:
+    LogJudge(const AppContext& ctx, qint32 harvestId, std::optional<qint32> formLot, ImportSource source, const ImportBark& bark,
+             bool brackets)
+        : m_ctx(ctx), m_harvestId(harvestId), m_formLot(formLot), m_source(source), m_bark(bark), m_brackets(brackets),
+          m_masterData(ctx.db)
+    {
+    }
+
+    qint32 lotOf(const ImportedLog& l) const { return l.lot > 0 ? l.lot : m_formLot.value_or(0); }
+    bool isBracket(const ImportedLog& l) const { return m_brackets && l.number > BracketOffset; }
+    qint32 numberOf(const ImportedLog& l) const { return isBracket(l) ? l.number - BracketOffset : l.number; }
+
+    // "" and the filled form when the log can be stored, else the reason.
+    QString judge(const ImportedLog& l, LogForm& f)
+    {
+        const qint32 lot = lotOf(l);
+        if (lot <= 0)
+            return QStringLiteral("keine Los-Nummer");
+        const QString code = deviceSpeciesCode(l.species);
+        if (!m_speciesRows.contains(code))
+            m_speciesRows.insert(code, code.isEmpty() ? QString() : speciesRow(m_ctx.db, code));
+        const QString species = m_speciesRows.value(code);
+        if (species.isEmpty())
+            return l.species.trimmed().isEmpty() ? QStringLiteral("keine Baumart")
+                                                 : QStringLiteral("Baumart %1 unbekannt").arg(l.species.trimmed());
+        const bool bracket = isBracket(l);
+        const qint32 number = numberOf(l);
+        if (number <= 0 || number > 999999)
+            return QStringLiteral("Stammnummer %1 ungültig").arg(l.number);
+        if (!m_sortings.contains(lot))
+            m_sortings.insert(lot, lotExists(m_ctx.db, m_harvestId, lot) ? lotSorting(m_ctx.db, m_harvestId, lot) : QStringLiteral("Stämme"));
+        if (const QString sorting = m_sortings.value(lot); sorting != QStringLiteral("Stämme"))
+            return QStringLiteral("Los %1 ist ein Los der Sortierung %2").arg(lot).arg(sorting.isEmpty() ? QStringLiteral("(leer)") : sorting);
+        // The device checks numbers across the harvest, the service and the app within the lot.
+        const bool byHarvest = m_source == ImportSource::Fmr1 && !bracket;
+        const QString key = QStringLiteral("%1/%2/%3").arg(byHarvest ? 0 : lot).arg(number).arg(bracket ? u'K' : u'S');
+        if (m_taken.contains(key) || alreadyStored(m_ctx.db, m_source, m_harvestId, lot, number, bracket))
+            return byHarvest ? QStringLiteral("Stammnummer %1 im Hieb bereits vergeben").arg(number)
+                             : QStringLiteral("Stammnummer %1 im Los %2 bereits vergeben").arg(number).arg(lot);
+
+        if (!m_lotPrices.contains(lot))
+            m_lotPrices.insert(lot, loadLotPriceSettings(m_ctx.db, m_harvestId, lot).value_or(PriceSettings{}));
+        f = LogForm{};
+        f.losNr = QString::number(lot);
+        f.laufendeNr = QString::number(number);
+        f.species = species;
+        f.quality = l.quality.trimmed();
+        f.measuredDiameter = l.diameter;
+        f.length = l.length;
+        f.topDiameter = l.top;
+        f.mode = m_bark.mode;
+        f.deduction = m_bark.mode == BarkMode::Fest ? m_bark.fixedDeduction : QString();
+        f.kaeferholz = l.beetle;
+        f.prices = m_lotPrices.value(lot);
+        recomputeLog(f, m_masterData);
+        // What the log window would refuse is not imported either.
+        if (readNumber(f.underBark) <= 0 || readNumber(f.length) <= 0)
+            return QStringLiteral("Stärke oder Länge fehlt");
+        if (f.diameterClass.isEmpty())
+            return QStringLiteral("keine Stärkeklasse für %1 cm").arg(f.underBark);
+        const double top = readNumber(f.topDiameter);
+        if (top > 0 && top >= readNumber(f.measuredDiameter))
+            return QStringLiteral("Zopf nicht schwächer als die Stärke");
+        m_taken.insert(key);
+        return {};
+    }
+
+private:
+    const AppContext& m_ctx;
+    qint32 m_harvestId;
+    std::optional<qint32> m_formLot;
+    ImportSource m_source;
+    ImportBark m_bark;
+    bool m_brackets;
+    MasterDataLookup m_masterData;
+    QHash<QString, QString> m_speciesRows;
+    QHash<qint32, QString> m_sortings;
+    QHash<qint32, PriceSettings> m_lotPrices;
+    QSet<QString> m_taken;
+};
+
 } // namespace
+
+QStringList refusalReasons(const AppContext& ctx, qint32 harvestId, std::optional<qint32> formLot, ImportSource source,
+                           const QList<ImportedLog>& logs, const ImportBark& bark, bool brackets)
+{
+    LogJudge judge(ctx, harvestId, formLot, source, bark, brackets);
+    QStringList reasons;
+    LogForm form;
+    for (const ImportedLog& l : logs)
+        reasons << judge.judge(l, form);
+    return reasons;
+}
 
 QString bracketRemark(qint32 mainNumber) { return BracketPrefix + QString::number(mainNumber); }
 
@@ -73,7 +170,7 @@ QString nothingFoundMessage(ImportSource source)
 bool confirmFmr1Import(const AppContext& ctx, std::optional<qint32> formLot)
 {
     if (!formLot || *formLot <= 0) {
-        ctx.prompter.inform(QStringLiteral("Der Datenimport ist nur möglich, wenn die LOS-Nummer angegeben wird!"));
+        ctx.prompter.inform(LotMissingMessage);
         return false;
     }
     return ctx.prompter.askYesNo(joinLines({
@@ -103,15 +200,23 @@ bool confirmFileImport(const AppContext& ctx, ImportSource source)
 }
 
 std::optional<ImportOutcome> importLogs(const AppContext& ctx, qint32 harvestId, std::optional<qint32> formLot,
-                                        ImportSource source, const QList<ImportedLog>& logs, const ImportBark& bark)
+                                        ImportSource source, const QList<ImportedLog>& logs, const ImportBark& bark,
+                                        const TransferQuestion& askTransfer)
 {
     if (logs.isEmpty()) {
         ctx.prompter.inform(nothingFoundMessage(source));
         return std::nullopt;
     }
+    if ((!formLot || *formLot <= 0) && std::any_of(logs.begin(), logs.end(), [](const ImportedLog& l) { return l.lot <= 0; })) {
+        ctx.prompter.inform(LotMissingMessage);
+        return std::nullopt;
+    }
     ImportOutcome outcome;
     outcome.found = int(logs.size());
-    if (!ctx.prompter.askYesNo(QStringLiteral("Es wurden%1 Stämme gefunden. Sollen diese jetzt übertragen werden?").arg(signedText(outcome.found))))
+    const QString question = QStringLiteral("Es wurden%1 Stämme gefunden. Sollen diese jetzt übertragen werden?").arg(signedText(outcome.found));
+    const bool transfer = askTransfer ? askTransfer(question, logs, refusalReasons(ctx, harvestId, formLot, source, logs, bark))
+                                      : ctx.prompter.askYesNo(question);
+    if (!transfer)
         return std::nullopt;
 
     bool brackets = false;
@@ -122,12 +227,13 @@ std::optional<ImportOutcome> importLogs(const AppContext& ctx, qint32 harvestId,
             "Stämmen 'Aktuelle Stammnummer - 10.000' gehören. Sollen die Stämme mit einer Stammnummer > 10.000 als Klammerstämme "
             "gespeichert werden?"));
 
-    auto lotOf = [&](const ImportedLog& l) { return l.lot > 0 ? l.lot : formLot.value_or(0); };
-    // Lots are announced before anything is written; the writes then run without a question.
+    // Lots are announced before anything is written, and only those that will receive a log;
+    // the writes then run without a question.
+    const QStringList reasons = refusalReasons(ctx, harvestId, formLot, source, logs, bark, brackets);
     QList<qint32> missing;
-    for (const ImportedLog& l : logs) {
-        const qint32 lot = lotOf(l);
-        if (lot > 0 && !missing.contains(lot) && !lotExists(ctx.db, harvestId, lot) && !deviceSpeciesCode(l.species).isEmpty())
+    for (int i = 0; i < logs.size(); ++i) {
+        const qint32 lot = logs[i].lot > 0 ? logs[i].lot : formLot.value_or(0);
+        if (reasons[i].isEmpty() && !missing.contains(lot) && !lotExists(ctx.db, harvestId, lot))
             missing << lot;
     }
     for (qint32 lot : missing)
@@ -137,51 +243,18 @@ std::optional<ImportOutcome> importLogs(const AppContext& ctx, qint32 harvestId,
         TransactionGuard guard(ctx.db);
         for (qint32 lot : missing)
             createLot(ctx.db, harvestId, lot, QStringLiteral("Stämme"));
-        MasterDataLookup masterData(ctx.db);
+        LogJudge judge(ctx, harvestId, formLot, source, bark, brackets);
         LogInserter inserter(ctx.db);
-        QHash<qint32, PriceSettings> lotPrices;
-        QHash<QString, QString> speciesRows;
+        LogForm f;
         for (const ImportedLog& l : logs) {
-            const qint32 lot = lotOf(l);
-            const QString code = deviceSpeciesCode(l.species);
-            if (!speciesRows.contains(code))
-                speciesRows.insert(code, code.isEmpty() ? QString() : speciesRow(ctx.db, code));
-            const QString species = speciesRows.value(code);
-            const bool bracket = brackets && l.number > BracketOffset;
-            const qint32 number = bracket ? l.number - BracketOffset : l.number;
-            const bool usable = lot > 0 && !species.isEmpty() && number > 0 && number <= 999999
-                                && lotSorting(ctx.db, harvestId, lot) == QStringLiteral("Stämme")
-                                && !alreadyStored(ctx.db, source, harvestId, lot, number, bracket);
-            if (!usable) {
+            if (!judge.judge(l, f).isEmpty()) {
                 ++outcome.skipped;
                 continue;
             }
-            if (!lotPrices.contains(lot))
-                lotPrices.insert(lot, loadLotPriceSettings(ctx.db, harvestId, lot).value_or(PriceSettings{}));
-
-            LogForm f;
-            f.losNr = QString::number(lot);
-            f.laufendeNr = QString::number(number);
-            f.species = species;
-            f.quality = l.quality.trimmed();
-            f.measuredDiameter = l.diameter;
-            f.length = l.length;
-            f.topDiameter = l.top;
-            f.mode = bark.mode;
-            f.deduction = bark.mode == BarkMode::Fest ? bark.fixedDeduction : QString();
-            f.kaeferholz = l.beetle;
-            f.prices = lotPrices.value(lot);
-            recomputeLog(f, masterData);
-            const double top = readNumber(f.topDiameter);
-            if (readNumber(f.underBark) <= 0 || readNumber(f.length) <= 0 || f.diameterClass.isEmpty()
-                || (top > 0 && top >= readNumber(f.measuredDiameter))) {
-                ++outcome.skipped; // what the log window would refuse is not imported either
-                continue;
-            }
             QString remark = l.remark.trimmed();
-            if (bracket)
-                remark = (bracketRemark(number) + u' ' + remark).trimmed();
-            inserter.insert(harvestId, f, number, remark.left(RemarkLength));
+            if (judge.isBracket(l))
+                remark = (bracketRemark(judge.numberOf(l)) + u' ' + remark).trimmed();
+            inserter.insert(harvestId, f, judge.numberOf(l), remark.left(RemarkLength));
             ++outcome.stored;
         }
         recomputeTotals(ctx.db, harvestId);
@@ -198,6 +271,10 @@ std::optional<ImportOutcome> importLogs(const AppContext& ctx, qint32 harvestId,
         ctx.prompter.inform(QStringLiteral("Von den%1 Stämmen wurden%2 nicht importiert. Das kann damit zusammenhängen, dass z.B. die "
                                            "Baumart in Tarvik nicht auffindbar ist oder die laufende Nummer im aktuellen Hieb bereits "
                                            "vergeben ist.").arg(signedText(outcome.found), signedText(outcome.skipped)));
+    if (outcome.stored == 0) {
+        ctx.prompter.inform(QString::fromUtf8(NothingStoredMessage), Prompter::Icon::Warning);
+        return outcome;
+    }
     ctx.prompter.inform(QStringLiteral("Der Import wurde erforgreich abgeschlossen!"));
     ctx.prompter.inform(joinLines({QStringLiteral("ACHTUNG!!!"), QString(),
                                    QStringLiteral("Da Sie die Stämme automatisch eingelesen haben, müssen Sie dieses Modul mit [Abbrechen] "

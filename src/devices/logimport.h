@@ -6,6 +6,8 @@
 #include "rules/logmeasure.h"
 #include "store/context.h"
 
+#include <QStringList>
+#include <functional>
 #include <optional>
 
 namespace tarvik {
@@ -38,10 +40,26 @@ bool confirmFileImport(const AppContext& context, ImportSource source);
 // The message when nothing was collected, by source.
 QString nothingFoundMessage(ImportSource source);
 
+// Why each log would not be stored, in the logs' order; "" for a log that will be. The same
+// checks the import makes: lot number, species, running number, a lot of another assortment,
+// the number taken (in the database or earlier in the same transfer), the log window's
+// measurement checks. Numbers above 10000 are judged as bracket logs when brackets is set.
+QStringList refusalReasons(const AppContext& context, qint32 harvestId, std::optional<qint32> formLot, ImportSource source,
+                           const QList<ImportedLog>& logs, const ImportBark& bark, bool brackets = false);
+
+// Puts the transfer question with the logs in view, each marked with its refusal reason;
+// true on [Ja]. Without one the question goes through the prompter.
+using TransferQuestion = std::function<bool(const QString& question, const QList<ImportedLog>& logs, const QStringList& reasons)>;
+
+// The closing message when no log was stored.
+inline constexpr char NothingStoredMessage[] = "Der Import wurde abgeschlossen, es wurde jedoch kein Stamm übernommen.";
+
 // Asks the transfer question and stores. nullopt when nothing was found, the user said [Nein]
 // or the database refused (then nothing is stored and the message has been shown).
-// formLot is the lot for logs that bring none of their own.
+// formLot is the lot for logs that bring none of their own; logs without a lot and no lot in the
+// form stop the import before the question with the device import's message.
 std::optional<ImportOutcome> importLogs(const AppContext& context, qint32 harvestId, std::optional<qint32> formLot,
-                                        ImportSource source, const QList<ImportedLog>& logs, const ImportBark& bark);
+                                        ImportSource source, const QList<ImportedLog>& logs, const ImportBark& bark,
+                                        const TransferQuestion& askTransfer = {});
 
 } // namespace tarvik

@@ -319,8 +319,19 @@ ParseResult parseHarvestFile(const QString& path)
     return parseHarvestBytes(name, file.readAll());
 }
 
-ParseResult parseHarvestBytes(const QString& fileName, const QByteArray& bytes)
+ParseResult parseHarvestBytes(const QString& fileName, const QByteArray& given)
 {
+    // A file saved by an editor as UTF-8 is read as such: with its byte order mark, or when its
+    // bytes beyond ASCII decode as UTF-8 (Windows-1252 umlauts never do).
+    const bool byteOrderMark = given.startsWith("\xEF\xBB\xBF");
+    const QByteArray bytes = byteOrderMark ? given.mid(3) : given;
+    bool utf8 = byteOrderMark;
+    if (!utf8 && std::any_of(bytes.begin(), bytes.end(), [](char c) { return (unsigned char)c >= 0x80; })) {
+        QStringDecoder probe(QStringDecoder::Utf8);
+        [[maybe_unused]] const QString text = probe.decode(bytes);
+        utf8 = !probe.hasError();
+    }
+
     // Split first: line numbers are needed by every later check.
     QList<QByteArrayView> lines;
     qsizetype start = 0;
@@ -334,19 +345,6 @@ ParseResult parseHarvestBytes(const QString& fileName, const QByteArray& bytes)
         start = end + 1;
     }
     const bool cutOff = !bytes.isEmpty() && !bytes.endsWith('\n');
-
-    // A text saved as UTF-8 decodes without fault as UTF-8; Windows-1252 umlauts never do.
-    for (int i = 0; i < lines.size(); ++i) {
-        const bool high = std::any_of(lines[i].begin(), lines[i].end(), [](char c) { return (unsigned char)c >= 0x80; });
-        if (!high)
-            continue;
-        QStringDecoder utf8(QStringDecoder::Utf8);
-        [[maybe_unused]] const QString probe = utf8.decode(bytes);
-        if (!utf8.hasError())
-            return {std::nullopt, fault(i + 1, QStringLiteral("Die Datei ist im Zeichensatz UTF-8 gespeichert; erwartet wird Windows-1252 (ANSI). "
-                                                              "Speichern Sie sie im Zeichensatz Windows-1252 und importieren Sie sie erneut."))};
-        break;
-    }
 
     // First the lines as lines and the order of the markers, so that a missing marker is
     // named as such and not as the odd record it leaves behind.
@@ -363,7 +361,7 @@ ParseResult parseHarvestBytes(const QString& fileName, const QByteArray& bytes)
             return {std::nullopt, fault(lineNo, QStringLiteral("Die Zeile endet ohne Zeilenende: die Datei ist unvollständig (abgeschnitten)."))};
         if (raw.endsWith('\r'))
             raw.chop(1);
-        const QString line = decodeCp1252(raw.toByteArray());
+        const QString line = utf8 ? QString::fromUtf8(raw) : decodeCp1252(raw.toByteArray());
         texts << line;
         if (line.isEmpty()) {
             markerOf << -2;

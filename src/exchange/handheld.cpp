@@ -2,10 +2,12 @@
 
 #include "common/prompter.h"
 #include "exchange/exchangefile.h"
+#include "settings/corrections.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSaveFile>
 
 namespace tarvik::exchange {
 namespace {
@@ -26,6 +28,31 @@ QString unreachableText(const QString& folder, bool toHandheld)
         .arg(QDir::toNativeSeparators(folder), direction);
 }
 
+// The copy goes to a temporary file beside the target, which replaces the target only when whole.
+bool copyFile(const QString& from, const QString& to)
+{
+    QFile in(from);
+    QSaveFile out(to);
+    if (!in.open(QIODevice::ReadOnly) || !out.open(QIODevice::WriteOnly))
+        return false;
+    QByteArray chunk;
+    while (!(chunk = in.read(1 << 20)).isEmpty())
+        if (out.write(chunk) != chunk.size())
+            return false; // the temporary file goes, the target stays as it was
+    return in.error() == QFileDevice::NoError && out.commit();
+}
+
+// The copy report, with the files that could not be copied and those that were their own target.
+QString copyReport(QString text, const CopyResult& copy)
+{
+    if (!copy.failed.isEmpty())
+        text += QStringLiteral("\nFolgende Dateien konnten nicht kopiert werden: ") + copy.failed.join(QStringLiteral(", "));
+    if (!copy.already.isEmpty())
+        text += QStringLiteral("\nFolgende Dateien liegen bereits im Zielordner und wurden nicht kopiert: ") +
+                copy.already.join(QStringLiteral(", "));
+    return text;
+}
+
 } // namespace
 
 QString handheldFolder(const Einstellungen& settings) { return settings.text[HandheldFolderSlot].trimmed(); }
@@ -44,9 +71,14 @@ CopyResult copyExchangeFiles(const QString& from, const QString& to)
     const QDir source(from), target(to);
     const QStringList names = source.entryList({QStringLiteral("*Tarvik_Export.f10")}, QDir::Files, QDir::Name | QDir::IgnoreCase);
     for (const QString& name : names) {
+        const QString origin = source.filePath(name);
         const QString destination = target.filePath(name);
-        QFile::remove(destination);
-        if (QFile::copy(source.filePath(name), destination))
+        const QString existing = QFileInfo(destination).canonicalFilePath();
+        if (!existing.isEmpty() && existing == QFileInfo(origin).canonicalFilePath()) {
+            result.already << name;
+            continue;
+        }
+        if (copyFile(origin, destination))
             ++result.copied;
         else
             result.failed << name;
@@ -73,12 +105,15 @@ ExportOutcome exportToHandheld(const QSqlDatabase& db, const QString& dataFolder
         prompter.inform(unreachableText(folder, true) + u' ' + CopyWithExplorer, Prompter::Icon::Warning);
         return outcome;
     }
+    if (const auto refusal = settingsrules::handheldFolderRefusal(folder, dataFolder)) {
+        prompter.inform(*refusal + u' ' + CopyWithExplorer, Prompter::Icon::Warning);
+        return outcome;
+    }
     const CopyResult copy = copyExchangeFiles(dataFolder, folder);
-    QString text = QStringLiteral("Es wurden %1 Exportdateien in den Ordner des Pocket-PC %2 kopiert.")
-                       .arg(copy.copied)
-                       .arg(QDir::toNativeSeparators(folder));
-    if (!copy.failed.isEmpty())
-        text += QStringLiteral("\nFolgende Dateien konnten nicht kopiert werden: ") + copy.failed.join(QStringLiteral(", "));
+    QString text = copyReport(QStringLiteral("Es wurden %1 Exportdateien in den Ordner des Pocket-PC %2 kopiert.")
+                                  .arg(copy.copied)
+                                  .arg(QDir::toNativeSeparators(folder)),
+                              copy);
     text += QStringLiteral("\nFalls Pocket-Tarvik nicht in diesem Ordner installiert wurde, müssen Sie die Exportdateien mit dem "
                            "Dateimanager kopieren.");
     prompter.inform(text, copy.failed.isEmpty() ? Prompter::Icon::Information : Prompter::Icon::Warning);
@@ -95,14 +130,15 @@ CopyResult copyFromHandheld(const QString& dataFolder, const Einstellungen& sett
                                            "Pocket-PC's in den Datenordner %1 kopieren.\nDer Import wird jetzt trotzdem weiter ausgeführt.")
                                 .arg(QDir::toNativeSeparators(dataFolder)),
                         Prompter::Icon::Warning);
+    } else if (const auto refusal = settingsrules::handheldFolderRefusal(folder, dataFolder)) {
+        prompter.inform(*refusal + QStringLiteral("\nDer Import wird jetzt trotzdem weiter ausgeführt."), Prompter::Icon::Warning);
     } else if (prompter.askYesNo(QStringLiteral("Sollen die Daten jetzt automatisch vom Pocket-PC auf dem Home-PC übertragen werden? Hierzu muß "
                                                 "Pocket-Tarvik standardmäßig installiert sein und der Pocket-PC muß mit dem Home-PC verbunden sein."))) {
         copy = copyExchangeFiles(folder, dataFolder);
-        QString text = QStringLiteral("Es wurden %1 Dateien aus dem Ordner des Pocket-PC %2 in den Datenordner kopiert.")
-                           .arg(copy.copied)
-                           .arg(QDir::toNativeSeparators(folder));
-        if (!copy.failed.isEmpty())
-            text += QStringLiteral("\nFolgende Dateien konnten nicht kopiert werden: ") + copy.failed.join(QStringLiteral(", "));
+        const QString text = copyReport(QStringLiteral("Es wurden %1 Dateien aus dem Ordner des Pocket-PC %2 in den Datenordner kopiert.")
+                                            .arg(copy.copied)
+                                            .arg(QDir::toNativeSeparators(folder)),
+                                        copy);
         prompter.inform(text, copy.failed.isEmpty() ? Prompter::Icon::Information : Prompter::Icon::Warning);
     }
     prompter.inform(QStringLiteral("Es wird jetzt geprüft, ob die Daten neue Inhalte haben. Nur solche Datensätze werden für den Import "

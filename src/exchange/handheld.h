@@ -19,9 +19,12 @@ bool handheldReachable(const QString& folder);
 
 struct CopyResult {
     int copied = 0;
-    QStringList failed; // file names
+    QStringList failed;  // file names
+    QStringList already; // file names that already are the target file (the same folder reached twice)
 };
-// Copies every "*Tarvik_Export.f10" of one folder into the other, replacing older copies.
+// Copies every "*Tarvik_Export.f10" of one folder into the other, replacing older copies. Each
+// copy is written under a temporary name and only then replaces the old file, so a broken copy
+// leaves the old file whole; a file that is its own target is left alone.
 CopyResult copyExchangeFiles(const QString& from, const QString& to);
 
 // Export, the question whether to copy to the handheld, and the copy.

@@ -368,6 +368,11 @@ QString closingMessage(const ImportCounts& c)
         text += QStringLiteral("\n\nWICHTIG!!!\nDer Holzpreis wurde nach der alten Berechnung abhängig von der Messzahlen und Messbeträgen "
                                "ermittelt. Wenn Sie das importierte Los öffnen, können Sie den Preis auch nach Festpreisen, wahlweise "
                                "mit Lohnabzügen, neu berechnen.");
+    if (c.harvests > 0)
+        text += QStringLiteral("\n\nDie Exportdatei enthält nicht: die Bemerkungen der Lose, Stämme, Pfähle und Sektionen, die "
+                               "Kennzeichnung als Käferholz, die Preisart und die Kosten (Einschlag, Rücken) der Lose. Die importierten "
+                               "Lose werden deshalb nach Messzahlen und Messbeträgen ohne Kosten berechnet und ihre Stämme gelten nicht "
+                               "als Käferholz; bitte ergänzen Sie diese Angaben bei Bedarf.");
     return text;
 }
 

@@ -2,6 +2,9 @@
 
 #include "common/numbers.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 #include <optional>
 
 namespace tarvik::settingsrules {
@@ -22,6 +25,18 @@ QString firstFactor(const QString& text)
     if (v < 0.5)
         return QStringLiteral("0,500");
     return text;
+}
+
+std::optional<QString> handheldFolderRefusal(const QString& folder, const QString& dataFolder)
+{
+    if (folder.trimmed().isEmpty())
+        return std::nullopt;
+    const QString handheld = QFileInfo(folder.trimmed()).canonicalFilePath();
+    if (handheld.isEmpty() || handheld != QFileInfo(dataFolder).canonicalFilePath())
+        return std::nullopt;
+    return QStringLiteral("Der Ordner des Pocket-PC %1 ist der Datenordner von TARVIK. Bitte wählen Sie den Ordner, in dem Pocket-Tarvik "
+                          "seine Dateien ablegt (angeschlossenes Gerät oder synchronisierter Ordner).")
+        .arg(QDir::toNativeSeparators(folder.trimmed()));
 }
 
 const QStringList& separatorChoices()

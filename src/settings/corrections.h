@@ -12,6 +12,10 @@ QString linesPerPage(const QString& text);     // below 30 becomes "30"
 QString topMargin(const QString& text);        // above 80 becomes "80"
 QString firstFactor(const QString& text);      // kept within 0,500 ... 0,900
 
+// The handheld folder must be another folder than the data folder (links and spellings
+// resolved): copying the exchange files onto themselves would empty them. nullopt when fine.
+std::optional<QString> handheldFolderRefusal(const QString& folder, const QString& dataFolder);
+
 // The separator list of the dialog, and what each entry writes (nullopt: "Keine Änderung").
 const QStringList& separatorChoices();
 std::optional<QString> separatorOfChoice(int index);

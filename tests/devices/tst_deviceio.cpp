@@ -127,19 +127,45 @@ private slots:
         QCOMPARE(scalar(db(), QStringLiteral("SELECT Anzahl_Stämme FROM Lose WHERE Los_Nr = 3")).toInt(), 1);
     }
 
-    void cutOffTransferStoresNothing()
+    // A transfer broken off inside its last record: the records before it are imported, the
+    // rest is reported with its size.
+    void cutOffTransferKeepsTheFullRecords_data()
     {
+        QTest::addColumn<QByteArray>("records");
+        QTest::addColumn<int>("stored");
+        QTest::addColumn<int>("rest");
+        const QByteArray spruce = QByteArray::fromHex("7A001F2303"); // Fi B 124, 35 cm, 4 m, lot 3
+        const QByteArray beech = QByteArray::fromHex("9B00202800");  // Bu C 128, 40 cm, 4 m
+        QTest::newRow("two whole, three bytes more") << spruce + beech + spruce.left(3) << 2 << 3;
+        QTest::newRow("one whole, one byte more") << beech + spruce.left(1) << 1 << 1;
+        QTest::newRow("four bytes of the first") << spruce.left(4) << 0 << 4;
+    }
+    void cutOffTransferKeepsTheFullRecords()
+    {
+        QFETCH(QByteArray, records);
+        QFETCH(int, stored);
+        QFETCH(int, rest);
+        const QByteArray cut = QByteArray("4") + QByteArray(28, 'K') + records;
         m_hooked.onInform = [&](const QString& text) {
-            if (text.startsWith(QStringLiteral("Klicken Sie jetzt"))) {
-                const QByteArray cut = QByteArray("4") + QByteArray(28, 'K') + QByteArray::fromHex("7A001F23037A00");
+            if (text.startsWith(QStringLiteral("Klicken Sie jetzt")))
                 QCOMPARE(::write(m_master, cut.constData(), size_t(cut.size())), ssize_t(cut.size()));
-            }
         };
         m_prompter.answerYes();
         SerialByteSource port(300);
-        QVERIFY(!collectFromDevice(context(), port));
-        QVERIFY(m_prompter.messages().last().startsWith(QStringLiteral("Die Übertragung vom FMR1 ist unvollständig")));
-        QCOMPARE(logCount(), 0);
+        const auto logs = collectFromDevice(context(), port);
+        QVERIFY(logs);
+        QCOMPARE(logs->size(), stored);
+        QCOMPARE(m_prompter.messages().last(),
+                 QStringLiteral("Die Übertragung vom FMR1 endete mitten in einem Stamm: von seinem Datensatz kamen nur %1 von 5 Zeichen "
+                                "an. Dieser Rest wird nicht übernommen; die %2 vollständig übertragenen Stämme werden eingelesen. Bitte "
+                                "übertragen Sie den letzten Stamm gegebenenfalls nochmals.").arg(rest).arg(stored));
+        if (stored == 0)
+            return;
+        m_prompter.answerYes();
+        const auto outcome = importLogs(context(), m_harvest, 1, ImportSource::Fmr1, *logs, {});
+        QVERIFY(outcome);
+        QCOMPARE(outcome->stored, stored);
+        QCOMPARE(logCount(), stored);
     }
 
     void silentDeviceFindsNothing()

@@ -1,5 +1,5 @@
-// The log window's app import, headless: the file picked, the logs shown in fmrgrid while the
-// transfer question is put, then stored into the lot with their classes, prices and totals.
+// The log window's app import, headless: the file picked, the logs shown in fmrgrid with the
+// transfer question below them, then stored into the lot with their classes, prices and totals.
 #include "support/hookedprompter.h"
 #include "entry/ui/logdialog.h"
 #include "store/records.h"
@@ -12,12 +12,42 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
+#include <QTimer>
 #include <QSqlQuery>
 #include <QTableView>
 #include <zip.h>
 
 using namespace tarvik;
 using test::child;
+
+namespace {
+
+// Waits for the modal window with the given name and lets the action look at it and answer.
+void whenShown(const QString& name, std::function<void(QWidget*)> action)
+{
+    auto* timer = new QTimer;
+    timer->setInterval(20);
+    QObject::connect(timer, &QTimer::timeout, [timer, name, action] {
+        QWidget* w = QApplication::activeModalWidget();
+        if (!w || w->objectName() != name)
+            return;
+        timer->stop();
+        timer->deleteLater();
+        action(w);
+    });
+    timer->start();
+}
+
+QStringList column(const QAbstractItemModel& m, int c)
+{
+    QStringList cells;
+    for (int r = 0; r < m.rowCount(); ++r)
+        cells << m.data(m.index(r, c)).toString();
+    return cells;
+}
+
+} // namespace
 
 class TestImportWindow : public QObject, protected test::HookedEntryFixture {
     Q_OBJECT
@@ -54,19 +84,26 @@ private slots:
 
         LogDialog d(context(), harvest, std::nullopt, 1);
         d.show();
-        int gridRows = -1;
-        m_hooked.onQuestion = [&](const QString& q) {
-            if (!q.startsWith(QStringLiteral("Es wurden")))
-                return;
-            for (QWidget* w : QApplication::topLevelWidgets())
-                if (auto* g = w->findChild<QTableView*>(QStringLiteral("fmrgrid")); g && w->isVisible())
-                    gridRows = g->model()->rowCount();
-        };
-        m_prompter.answerText(path).answerYes().answerYes();
+        QStringList numbers, reasons;
+        QString question;
+        bool scrolled = false;
+        whenShown(QStringLiteral("FMR_Import"), [&](QWidget* w) {
+            auto* grid = child<QTableView>(*w, "fmrgrid");
+            numbers = column(*grid->model(), 1);
+            reasons = column(*grid->model(), grid->model()->columnCount() - 1);
+            question = child<QLabel>(*w, "bezfrage")->text();
+            // Nothing covers the grid while the question waits: it takes the scroll itself.
+            grid->horizontalScrollBar()->setValue(grid->horizontalScrollBar()->maximum());
+            scrolled = grid->isVisible() && grid->isEnabled() && QApplication::activeModalWidget() == w;
+            child<QPushButton>(*w, "comja")->click();
+        });
+        m_prompter.answerText(path).answerYes();
         child<QPushButton>(d, "import_app_holzliste")->click();
 
-        QCOMPARE(gridRows, 3);
-        QCOMPARE(m_prompter.questions().at(2), QStringLiteral("Es wurden 3 Stämme gefunden. Sollen diese jetzt übertragen werden?"));
+        QCOMPARE(numbers, (QStringList{"1", "2", "3"}));
+        QCOMPARE(reasons, (QStringList{"", "", "Baumart Hb unbekannt"}));
+        QCOMPARE(question, QStringLiteral("Es wurden 3 Stämme gefunden. Sollen diese jetzt übertragen werden?"));
+        QVERIFY(scrolled);
         QVERIFY(m_prompter.messages().contains(QStringLiteral("Der Import wurde erforgreich abgeschlossen!")));
 
         // Table bark: spruce 35 → 33 cm, fir 42 → 39 cm; classes and flat prices follow.
@@ -96,6 +133,43 @@ private slots:
         // The window's grid and summary show the imported logs at once.
         QCOMPARE(child<QTableView>(d, "gridli")->model()->rowCount(), 2);
         QVERIFY(child<QLabel>(d, "bezsumme")->text().startsWith(QStringLiteral("Gesamt: 2 Stämme mit 0,939 Efm oR")));
+    }
+
+    // [Nein] under the grid stores nothing, and a transfer of only refused logs says that
+    // nothing was stored.
+    void answerUnderTheGrid_data()
+    {
+        QTest::addColumn<QByteArray>("table");
+        QTest::addColumn<bool>("yes");
+        QTest::addColumn<QString>("last");
+        const QByteArray head = "Los;Nr;Baumart;Guete;Laenge;Staerke;Zopf;Kaefer;Bemerkung\r\n";
+        QTest::newRow("declined") << head + "1;1;Fi;B;4;35;;N;\r\n" << false << QString();
+        QTest::newRow("only refused logs") << head + "1;1;Hb;B;4;35;;N;\r\n7;2;Fi;B;4;35;;N;\r\n" << true
+                                           << QString::fromUtf8(NothingStoredMessage);
+    }
+    void answerUnderTheGrid()
+    {
+        QFETCH(QByteArray, table);
+        QFETCH(bool, yes);
+        QFETCH(QString, last);
+        const qint32 harvest = test::addHarvest(db(), 1);
+        createLot(db(), harvest, 1, QStringLiteral("Stämme"));
+        createLot(db(), harvest, 7, QStringLiteral("Schichtholz"));
+        LogDialog d(context(), harvest, std::nullopt, 1);
+        d.show();
+        QStringList reasons;
+        whenShown(QStringLiteral("FMR_Import"), [&](QWidget* w) {
+            auto* grid = child<QTableView>(*w, "fmrgrid");
+            reasons = column(*grid->model(), grid->model()->columnCount() - 1);
+            child<QPushButton>(*w, yes ? "comja" : "comnein")->click();
+        });
+        m_prompter.answerText(writeAppFile(table)).answerYes();
+        child<QPushButton>(d, "import_app_holzliste")->click();
+        QVERIFY(!reasons.isEmpty());
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme")).toInt(), 0);
+        QCOMPARE(m_prompter.messages().isEmpty() ? QString() : m_prompter.messages().last(), last);
+        if (yes)
+            QCOMPARE(reasons, (QStringList{"Baumart Hb unbekannt", "Los 7 ist ein Los der Sortierung Schichtholz"}));
     }
 
     void refusedFileLeavesTheWindowUsable()

@@ -12,6 +12,8 @@
 
 using namespace tarvik;
 
+Q_DECLARE_METATYPE(QList<tarvik::ImportedLog>)
+
 namespace {
 
 ImportedLog log(qint32 lot, qint32 number, const char* species, const char* diameter, const char* length,
@@ -200,6 +202,91 @@ private slots:
         QCOMPARE(m_prompter.messages(), message.isEmpty() ? QStringList{} : QStringList{message});
         QCOMPARE(logCount(), 0);
         QVERIFY(!value(QStringLiteral("SELECT 1 FROM Lose WHERE Los_Nr = 9")).isValid());
+    }
+
+    // The question shows each log with what will become of it, and the import keeps to it:
+    // the logs marked without a reason are stored, the others are not, and when none is
+    // stored the closing message says so.
+    void refusedLogsAreMarkedWithTheirReason_data()
+    {
+        QTest::addColumn<int>("source");
+        QTest::addColumn<QList<ImportedLog>>("logs");
+        QTest::addColumn<QStringList>("reasons");
+        const int app = int(ImportSource::App);
+        QTest::newRow("lot of another assortment") << app << QList<ImportedLog>{log(5, 1, "Fi", "35", "4"), log(1, 2, "Fi", "35", "4")}
+                                                   << QStringList{"Los 5 ist ein Los der Sortierung Pfähle", ""};
+        QTest::newRow("number taken in the lot") << app << QList<ImportedLog>{log(1, 7, "Fi", "35", "4"), log(2, 7, "Fi", "35", "4")}
+                                                 << QStringList{"Stammnummer 7 im Los 1 bereits vergeben", ""};
+        QTest::newRow("number taken in the harvest")
+            << int(ImportSource::Fmr1) << QList<ImportedLog>{log(2, 7, "Fi", "35", "4")} << QStringList{"Stammnummer 7 im Hieb bereits vergeben"};
+        QTest::newRow("twice in one transfer") << int(ImportSource::Online)
+                                               << QList<ImportedLog>{log(1, 8, "Fi", "35", "4"), log(1, 8, "Ta", "30", "4")}
+                                               << QStringList{"", "Stammnummer 8 im Los 1 bereits vergeben"};
+        QTest::newRow("unknown and missing species") << app << QList<ImportedLog>{log(1, 8, "Hb", "35", "4"), log(1, 9, "", "35", "4")}
+                                                     << QStringList{"Baumart Hb unbekannt", "keine Baumart"};
+        QTest::newRow("nothing measured, in a new lot") << app << QList<ImportedLog>{log(9, 1, "Fi", "0", "4"), log(9, 2, "Fi", "30", "0")}
+                                                        << QStringList{"Stärke oder Länge fehlt", "Stärke oder Länge fehlt"};
+    }
+    void refusedLogsAreMarkedWithTheirReason()
+    {
+        QFETCH(int, source);
+        QFETCH(QList<ImportedLog>, logs);
+        QFETCH(QStringList, reasons);
+        createLot(db(), m_harvest, 5, QStringLiteral("Pfähle"));
+        test::addTypedLog(db(), m_harvest, 1, 7, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
+        QStringList shown;
+        QString question;
+        const auto outcome = importLogs(context(), m_harvest, 1, ImportSource(source), logs, {},
+                                        [&](const QString& q, const QList<ImportedLog>& asked, const QStringList& r) {
+                                            question = q;
+                                            shown = r;
+                                            return asked.size() == logs.size();
+                                        });
+        QCOMPARE(question, QStringLiteral("Es wurden %1 Stämme gefunden. Sollen diese jetzt übertragen werden?").arg(logs.size()));
+        QCOMPARE(shown, reasons);
+        QVERIFY(outcome);
+        const int stored = int(reasons.count(QString()));
+        QCOMPARE(outcome->stored, stored);
+        QCOMPARE(outcome->skipped, int(logs.size()) - stored);
+        QCOMPARE(logCount(), 1 + stored);
+        QVERIFY(m_prompter.questions().isEmpty());
+        const QStringList messages = m_prompter.messages();
+        if (stored == 0) {
+            QCOMPARE(messages.last(), QString::fromUtf8(NothingStoredMessage));
+            QVERIFY(!messages.contains(Done));
+            QVERIFY(!value(QStringLiteral("SELECT 1 FROM Lose WHERE Los_Nr = 9")).isValid()); // no lot for logs that do not come
+        } else {
+            QCOMPARE(messages.mid(messages.size() - 2), (QStringList{Done, Attention}));
+        }
+    }
+
+    // Logs of the app and the service that bring no lot, with none in the window, stop the
+    // import with the device import's message; with a lot in the window they go there.
+    void logsWithoutLotNeedTheFormsLot_data()
+    {
+        QTest::addColumn<int>("source");
+        QTest::addColumn<bool>("formLot");
+        QTest::newRow("app, no lot") << int(ImportSource::App) << false;
+        QTest::newRow("service, no lot") << int(ImportSource::Online) << false;
+        QTest::newRow("app, the window's lot") << int(ImportSource::App) << true;
+        QTest::newRow("service, the window's lot") << int(ImportSource::Online) << true;
+    }
+    void logsWithoutLotNeedTheFormsLot()
+    {
+        QFETCH(int, source);
+        QFETCH(bool, formLot);
+        const QList<ImportedLog> logs{log(1, 1, "Fi", "35", "4"), log(0, 2, "Fi", "35", "4")};
+        if (formLot)
+            m_prompter.answerYes();
+        const auto outcome = importLogs(context(), m_harvest, formLot ? std::optional<qint32>(1) : std::nullopt, ImportSource(source), logs, {});
+        QCOMPARE(bool(outcome), formLot);
+        if (formLot) {
+            QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Los_Nr = 1")).toInt(), 2);
+            return;
+        }
+        QCOMPARE(m_prompter.questions(), QStringList{});
+        QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Der Datenimport ist nur möglich, wenn die LOS-Nummer angegeben wird!")});
+        QCOMPARE(logCount(), 0);
     }
 
     void lotOfAnotherAssortmentTakesNoLogs()

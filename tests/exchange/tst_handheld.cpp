@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 using namespace tarvik;
@@ -139,6 +140,58 @@ private slots:
         QVERIFY(prompter.messages()[0].contains("vom Pocket-PC zwingend erforderlich"));
         QVERIFY(prompter.messages()[0].endsWith("Der Import wird jetzt trotzdem weiter ausgeführt."));
         QCOMPARE(candidateFiles(data.path()), QStringList{"21_Tarvik_Export.f10"});
+    }
+
+    // The device folder reached a second way (another spelling, a link) is the data folder
+    // itself: no file is copied onto itself, and the files keep their content.
+    void noFileIsCopiedOntoItself_data()
+    {
+        QTest::addColumn<QString>("spelling"); // relative to the data folder; "@link" a link to it
+        QTest::newRow("dot") << "/.";
+        QTest::newRow("up and back") << "/../" + QStringLiteral("@name");
+        QTest::newRow("linked folder") << "@link";
+    }
+    void noFileIsCopiedOntoItself()
+    {
+        QFETCH(QString, spelling);
+        TempDataFolder data;
+        QTemporaryDir elsewhere;
+        const QStringList content{"#HIEBE#", "12\t2026\tW\t\t\tN\t"};
+        QVERIFY(writeTextFile(data.filePath("12_Tarvik_Export.f10"), content).ok);
+        QString device = data.path() + spelling;
+        device.replace(QStringLiteral("@name"), QDir(data.path()).dirName());
+        if (spelling == u"@link") {
+            device = QDir(elsewhere.path()).filePath(QStringLiteral("geraet"));
+            QVERIFY(QFile::link(data.path(), device));
+        }
+        const CopyResult copy = copyExchangeFiles(data.path(), device);
+        QCOMPARE(copy.copied, 0);
+        QCOMPARE(copy.already, QStringList{"12_Tarvik_Export.f10"});
+        QCOMPARE(readTextFile(data.filePath("12_Tarvik_Export.f10")).lines, content);
+
+        // The handheld steps refuse the folder before they copy.
+        ScriptedPrompter prompter;
+        QCOMPARE(copyFromHandheld(data.path(), withDevice(device), prompter).copied, 0);
+        QVERIFY2(prompter.messages().first().contains(QStringLiteral("ist der Datenordner von TARVIK")), qPrintable(prompter.messages().first()));
+        QVERIFY(prompter.questions().isEmpty());
+        QCOMPARE(readTextFile(data.filePath("12_Tarvik_Export.f10")).lines, content);
+    }
+
+    // A copy that breaks off leaves the old file on the device whole.
+    void brokenCopyKeepsTheOldFile()
+    {
+        TempDataFolder data;
+        QTemporaryDir device;
+        const QStringList old{"#HIEBE#", "12\t2026\tAlt\t\t\tN\t"};
+        QVERIFY(writeTextFile(QDir(device.path()).filePath("12_Tarvik_Export.f10"), old).ok);
+        // Reading the process's own memory file at its start fails with an input/output error.
+        QVERIFY(QFile::link(QStringLiteral("/proc/self/mem"), data.filePath("12_Tarvik_Export.f10")));
+        QVERIFY(writeTextFile(data.filePath("13_Tarvik_Export.f10"), {"#HIEBE#", "13\t2026\tNeu\t\t\tN\t"}).ok);
+        const CopyResult copy = copyExchangeFiles(data.path(), device.path());
+        QCOMPARE(copy.failed, QStringList{"12_Tarvik_Export.f10"});
+        QCOMPARE(copy.copied, 1);
+        QCOMPARE(readTextFile(QDir(device.path()).filePath("12_Tarvik_Export.f10")).lines, old);
+        QCOMPARE(exchangeFiles(device.path()), (QStringList{"12_Tarvik_Export.f10", "13_Tarvik_Export.f10"})); // no temporary left
     }
 
     void roundTripThroughTheDevice()

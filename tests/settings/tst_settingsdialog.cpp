@@ -4,12 +4,14 @@
 #include "support/widgets.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTemporaryDir>
 
 using namespace tarvik;
 using test::child;
@@ -185,6 +187,39 @@ private slots:
         QCOMPARE(stored.dezimal[0], 0.68f); // the file keeps two decimals
         QCOMPARE(stored.text[1], s.text[1]);
         QCOMPARE(stored.zahl[99], qint16(7));
+    }
+
+    // The data folder, however it is spelled, is refused as the handheld folder; the dialog
+    // stays open and stores nothing until another folder is chosen.
+    void dataFolderIsNoHandheldFolder_data()
+    {
+        QTest::addColumn<QString>("spelling");
+        QTest::newRow("as it is") << "";
+        QTest::newRow("trailing dot") << "/.";
+        QTest::newRow("up and back") << "/../@name/";
+    }
+    void dataFolderIsNoHandheldFolder()
+    {
+        QFETCH(QString, spelling);
+        QFile::remove(path());
+        Einstellungen s = EinstellungenLaden(path());
+        test::ScriptedPrompter prompter;
+        SettingsDialog d(s, path(), prompter);
+        QString folder = m_dir.path() + spelling;
+        folder.replace(QStringLiteral("@name"), QDir(m_dir.path()).dirName());
+        typeInto(child<QLineEdit>(d, "tpocket"), folder);
+        child<QPushButton>(d, "beenden")->click();
+        QCOMPARE(d.result(), int(QDialog::Rejected));
+        QCOMPARE(prompter.messages().size(), 1);
+        QVERIFY2(prompter.messages().first().contains(QStringLiteral("ist der Datenordner von TARVIK")), qPrintable(prompter.messages().first()));
+        QVERIFY(!QFile::exists(path()));
+        QVERIFY(s.text[HandheldFolderSlot].isEmpty());
+
+        QTemporaryDir device;
+        typeInto(child<QLineEdit>(d, "tpocket"), device.path());
+        child<QPushButton>(d, "beenden")->click();
+        QCOMPARE(d.result(), int(QDialog::Accepted));
+        QCOMPARE(s.text[HandheldFolderSlot], device.path());
     }
 
     void closingByTheFrameStoresNothing()

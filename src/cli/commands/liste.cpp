@@ -116,7 +116,7 @@ public:
             }
             const QString title = request.grouping >= 0 ? def.title + QStringLiteral(" – ") + def.groupings[request.grouping].caption : def.title;
             const TextOptions options = TextOptions::from(session.settings, title, SystemClock().today());
-            const auto formats = columnFormats(def, *query);
+            const auto formats = columnFormats(db, def, *query);
             QSqlQuery result = execSql(db, query->sql, query->values);
             const QString format = parser.value(FormatOption);
             if (format == u"text" && !parser.isSet(FileOption)) {

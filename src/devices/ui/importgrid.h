@@ -1,6 +1,8 @@
 #pragma once
-// The collected logs as they came from the source, shown while the user decides.
-#include "devices/importedlog.h"
+// The transfer question of every log import: the logs as they came from the source in the grid
+// `fmrgrid`, each one that will not be stored marked with its reason, and the question below
+// the grid, so the grid can be read and scrolled while the user decides.
+#include "devices/logimport.h"
 
 #include <QDialog>
 #include <optional>
@@ -12,11 +14,15 @@ namespace tarvik {
 class ImportGridDialog : public QDialog {
     Q_OBJECT
 public:
-    ImportGridDialog(const QList<ImportedLog>& logs, std::optional<qint32> formLot, QWidget* parent = nullptr);
+    ImportGridDialog(const QList<ImportedLog>& logs, std::optional<qint32> formLot, const QStringList& reasons, const QString& question,
+                     QWidget* parent = nullptr);
     QTableView* grid() const { return m_grid; }
 
 private:
     QTableView* m_grid;
 };
+
+// The question for importLogs: the grid dialog, modal over parent; true on [Ja].
+TransferQuestion gridTransferQuestion(QWidget* parent, std::optional<qint32> formLot);
 
 } // namespace tarvik

@@ -31,12 +31,8 @@ std::optional<ImportOutcome> runLogImport(QWidget* parent, const AppContext& ctx
     }
     if (!logs)
         return std::nullopt;
-    // The grid stays in view while the transfer question is put.
-    ImportGridDialog grid(*logs, lot, parent);
-    if (!logs->isEmpty())
-        grid.show();
-    const auto outcome = importLogs(ctx, harvestId, lot, source, *logs, bark);
-    grid.close();
+    // The transfer question is put below the grid of the found logs, in one window.
+    const auto outcome = importLogs(ctx, harvestId, lot, source, *logs, bark, gridTransferQuestion(parent, lot));
     return outcome;
 }
 

@@ -3,6 +3,10 @@
 #include "common/numbers.h"
 #include "common/sqldate.h"
 #include "store/schema.h"
+#include "store/sql.h"
+
+#include <QSqlDriver>
+#include <QSqlQuery>
 
 namespace tarvik::lists {
 namespace {
@@ -94,6 +98,34 @@ QList<ColumnFormat> columnFormats(const MemberDef& def, const ListQuery& query)
             f = fromSchema(name, *c);
         f.width = std::max<int>(f.width, int(name.size()));
         formats << f;
+    }
+    return formats;
+}
+
+QList<ColumnFormat> columnFormats(const QSqlDatabase& db, const MemberDef& def, const ListQuery& query)
+{
+    QList<ColumnFormat> formats = columnFormats(def, query);
+    QStringList extremes;
+    QList<int> figures;
+    for (int i = 0; i < formats.size(); ++i) {
+        if (formats[i].kind != Kind::Integer && formats[i].kind != Kind::Decimal)
+            continue;
+        const QString column = db.driver()->escapeIdentifier(query.columns[i], QSqlDriver::FieldName);
+        extremes << QStringLiteral("max(%1), min(%1)").arg(column);
+        figures << i;
+    }
+    if (figures.isEmpty())
+        return formats;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT ") + extremes.join(QStringLiteral(", ")) + QStringLiteral(" FROM (") + query.sql +
+                                  u')',
+                          query.values);
+    if (!q.next())
+        return formats;
+    // The widest text of a figure is that of its largest or of its most negative value.
+    for (int k = 0; k < figures.size(); ++k) {
+        ColumnFormat& f = formats[figures[k]];
+        for (int v : {2 * k, 2 * k + 1})
+            f.width = std::max<int>(f.width, int(cellText(f, q.value(v)).size()));
     }
     return formats;
 }

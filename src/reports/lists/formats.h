@@ -5,6 +5,7 @@
 
 #include <QDate>
 #include <QList>
+#include <QSqlDatabase>
 #include <QString>
 #include <QVariant>
 
@@ -20,6 +21,9 @@ struct ColumnFormat {
 };
 
 QList<ColumnFormat> columnFormats(const MemberDef& def, const ListQuery& query);
+// The same, each figure column widened to the widest value the query's rows hold, so that the
+// text form never drops a digit. One pass of the engine over the rows, nothing fetched.
+QList<ColumnFormat> columnFormats(const QSqlDatabase& db, const MemberDef& def, const ListQuery& query);
 
 // The cell as people read it: decimal comma, "dd.mm.yyyy", NULL as empty.
 QString cellText(const ColumnFormat& format, const QVariant& value);

@@ -31,7 +31,7 @@ QString padded(const ColumnFormat& f, const QString& text)
     if (f.kind == Kind::Text)
         return columns::left(text, f.width);
     if (text.size() >= f.width)
-        return text.left(f.width);
+        return text; // a figure keeps every digit
     return QString(f.width - text.size(), u' ') + text; // figures carry no blanks to trim
 }
 
@@ -103,21 +103,20 @@ struct Cp1252Sink {
     qsizetype size() const { return out.size(); }
 };
 
-// Figures and dates right-aligned to the column's width, cut to it when longer.
+// Figures and dates right-aligned to the column's width. One longer than its column is written
+// whole: a cut figure would read as another amount. The lists widen their columns beforehand.
 template <typename Sink>
 void rightAligned(Sink& sink, int width, const char* text, qsizetype length)
 {
-    const qsizetype shown = std::min<qsizetype>(length, width);
-    sink.blanks(width - shown);
-    sink.latin1(text, shown);
+    sink.blanks(std::max<qsizetype>(0, width - length));
+    sink.latin1(text, length);
 }
 
 template <typename Sink>
 void rightAligned(Sink& sink, int width, QStringView text)
 {
-    const qsizetype shown = std::min<qsizetype>(text.size(), width);
-    sink.blanks(width - shown);
-    sink.text(text.left(shown));
+    sink.blanks(std::max<qsizetype>(0, width - text.size()));
+    sink.text(text);
 }
 
 // "dd.mm.yyyy" straight from a stored "yyyy-mm-dd…"; false for anything else.

@@ -7,6 +7,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -330,6 +331,13 @@ void SettingsDialog::store()
     // An access key leaves the field as a click does: its correction applies first.
     for (const auto& [index, rule] : Corrections)
         correct(m_fields[index], rule);
+
+    QLineEdit* handheld = findChild<QLineEdit*>(QStringLiteral("tpocket"));
+    if (const auto refusal = settingsrules::handheldFolderRefusal(handheld->text(), QFileInfo(m_settingsPath).absolutePath())) {
+        m_prompter.inform(*refusal, Prompter::Icon::Warning); // the dialog stays open with every value
+        handheld->setFocus();
+        return;
+    }
 
     Einstellungen changed = m_settings;
     if (m_comPorts->checkedId() >= 0)

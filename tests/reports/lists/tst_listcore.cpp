@@ -337,7 +337,7 @@ private slots:
         QTest::newRow("half up") << QVariant(0.125) << money << QStringLiteral("    0,13");
         QTest::newRow("no minus zero") << QVariant(-0.004) << money << QStringLiteral("    0,00");
         QTest::newRow("stored as text") << QVariant(QStringLiteral("1,5")) << money << QStringLiteral("    1,50");
-        QTest::newRow("too wide") << QVariant(123456789.5) << money << QStringLiteral("12345678");
+        QTest::newRow("too wide") << QVariant(123456789.5) << money << QStringLiteral("123456789,50");
         QTest::newRow("null") << QVariant(QMetaType(QMetaType::Double)) << money << QString();
         QTest::newRow("null sum") << QVariant(QMetaType(QMetaType::Double)) << volume << QStringLiteral("   0,000");
         QTest::newRow("integer") << QVariant(qlonglong(42)) << whole << QStringLiteral("   42");
@@ -363,6 +363,57 @@ private slots:
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QList<QByteArray> lines = file.readAll().split('\n');
         QCOMPARE(lines.at(lines.size() - 2), encodeCp1252(expected) + '\r');
+    }
+
+    // A figure wider than its column widens the column for every line of the list: header,
+    // rule and rows keep their separators in line, and no digit is lost.
+    void figuresWidenTheirColumns_data()
+    {
+        QTest::addColumn<QString>("column");
+        QTest::addColumn<QVariant>("wide");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("money") << QStringLiteral("Preis_berechnet") << QVariant(123456789012.5) << QStringLiteral("123456789012,50");
+        QTest::newRow("negative money") << QStringLiteral("Preis_erhalten") << QVariant(-98765432109.25) << QStringLiteral("-98765432109,25");
+        QTest::newRow("volume rounding up") << QStringLiteral("Efm_oR") << QVariant(99999999.9996) << QStringLiteral("100000000,000");
+        QTest::newRow("count") << QStringLiteral("Anzahl_Stämme") << QVariant(qlonglong(2147483647)) << QStringLiteral("2147483647");
+    }
+    void figuresWidenTheirColumns()
+    {
+        QFETCH(QString, column);
+        QFETCH(QVariant, wide);
+        QFETCH(QString, shown);
+        run(db(), QStringLiteral("INSERT INTO Lose(Los_Nr, Sortierung, Anzahl_Stämme, Efm_oR, Preis_berechnet, Preis_erhalten, Lagerort, "
+                                 "Kennung) VALUES (99, 'Stämme', 1, 0.5, 2, 0, 'Hof', ?), (99, 'Stämme', 1, 0.5, 2, 0, 'Weg', ?)"),
+            {m_h1, m_h1});
+        run(db(), QStringLiteral("UPDATE Lose SET \"%1\" = ? WHERE Los_Nr = 99 AND Lagerort = 'Hof'").arg(column), {wide});
+        const auto cleanUp = qScopeGuard([&] { run(db(), QStringLiteral("DELETE FROM Lose WHERE Los_Nr = 99")); });
+
+        ListRequest r{Member::Lose};
+        r.filters[QStringLiteral("Los_Nr")] = 99;
+        r.columns = {QStringLiteral("Los_Nr"), QStringLiteral("Anzahl_Stämme"), QStringLiteral("Efm_oR"), QStringLiteral("Preis_berechnet"),
+                     QStringLiteral("Preis_erhalten"), QStringLiteral("Lagerort")};
+        r.sortColumn = QStringLiteral("Lagerort");
+        const ListQuery q = buildListQuery(r, {});
+        TextOptions options;
+        options.separator = QStringLiteral(" | ");
+        QSqlQuery sql = execSql(db(), q.sql, q.values);
+        const QStringList lines = textLines(sql, columnFormats(db(), member(r.member), q), options, 2);
+        const auto headerAt = std::find_if(lines.begin(), lines.end(), [](const QString& l) { return l.trimmed().startsWith(u"Los_Nr |"); });
+        const int header = int(headerAt - lines.begin());
+        QVERIFY(header < lines.size());
+        const QStringList rows = lines.mid(header + 2, 2);
+        QCOMPARE(rows.size(), 2);
+        const int index = int(r.columns.indexOf(column));
+        QCOMPARE(rows[0].split(options.separator).at(index).trimmed(), shown);
+        auto separators = [&](const QString& line) {
+            QList<qsizetype> at;
+            for (qsizetype i = line.indexOf(options.separator); i >= 0; i = line.indexOf(options.separator, i + 1))
+                at << i;
+            return at;
+        };
+        QCOMPARE(separators(rows[0]), separators(lines[header]));
+        QCOMPARE(separators(rows[1]), separators(lines[header]));
+        QCOMPARE(lines[header + 1].size(), lines[header].size());
     }
 
     void spreadsheetReadBack()

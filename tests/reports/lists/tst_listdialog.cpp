@@ -1,5 +1,6 @@
 // The evaluation list dialogs through their controls, headless: scope, filters, grouping, the
 // grid's counts and sums, the hand-on to the text window and the chart of a grouped list.
+#include "common/numbers.h"
 #include "reports/lists/members.h"
 #include "reports/ui/lists/chartwindow.h"
 #include "reports/timberlist.h"
@@ -11,6 +12,7 @@
 #include "support/widgets.h"
 
 #include <QApplication>
+#include <QBarCategoryAxis>
 #include <QBarSeries>
 #include <QBarSet>
 #include <QChartView>
@@ -150,6 +152,116 @@ private slots:
         info.start(QStringLiteral("pdfinfo"), {pdf});
         QVERIFY(info.waitForFinished());
         QCOMPARE(info.exitCode(), 0);
+    }
+
+    // Every bar of a grouped list's chart stands for one row of the grid, under that row's keys
+    // and with that row's figures; an empty key is a group of its own, shown as "(leer)".
+    void chartBarsMatchTheRows_data()
+    {
+        QTest::addColumn<int>("member");
+        QTest::addColumn<QString>("grouping");
+        QTest::addColumn<QStringList>("inserts"); // rows of the chart's own harvest, "?" its ID
+        QTest::addColumn<QStringList>("labels");  // the bars' labels, in the grid's order
+        const QString lot = QStringLiteral("INSERT INTO Lose(Los_Nr, Sortierung, Anzahl_Stämme, Efm_oR, Preis_berechnet, Lagerort, "
+                                           "Abnehmer, Kennung) VALUES ");
+        QTest::newRow("empty and missing place")
+            << int(lists::Member::Lose) << QStringLiteral("Nach dem Lagerort")
+            << QStringList{lot + "(1, 'Stämme', 3, 1.5, 60, NULL, 'Huber', ?)", lot + "(2, 'Stämme', 2, 0.75, 30, '', 'Huber', ?)",
+                           lot + "(3, 'Stämme', 4, 2.25, 90, 'Hof', NULL, ?)", lot + "(4, 'Stämme', 1, 0.5, 20, 'Hof', NULL, ?)"}
+            << QStringList{"(leer)", "(leer)", "Hof"};
+        QTest::newRow("missing buyer first")
+            << int(lists::Member::Lose) << QStringLiteral("Nach dem Abnehmer")
+            << QStringList{lot + "(1, 'Stämme', 3, 1.5, 60, 'Hof', NULL, ?)", lot + "(2, 'Stämme', 2, 0.75, 30, 'Hof', 'Säge Huber', ?)"}
+            << QStringList{"(leer)", "Säge Huber"};
+        QStringList qualities;
+        QStringList labels{"(leer)"};
+        const QString log = QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Länge_m, Efm_oR, Güteklasse, Preis_berechnet, "
+                                           "Kennung) VALUES ");
+        qualities << log + "(1, 100, 'FI (Fichte)', 4, 0.25, NULL, 5, ?)";
+        for (int i = 1; i <= 11; ++i) {
+            qualities << log + QStringLiteral("(1, %1, 'FI (Fichte)', 4, %2, 'Q%3', %4, ?)").arg(i).arg(0.125 * i).arg(i, 2, 10, QChar(u'0')).arg(i * 3);
+            labels << QStringLiteral("Q%1").arg(i, 2, 10, QChar(u'0'));
+        }
+        QTest::newRow("many groups lie across") << int(lists::Member::Staemme) << QStringLiteral("Nach den Güteklassen") << qualities
+                                                << labels;
+        const QString pole = QStringLiteral("INSERT INTO Pfähle(Los_Nr, Baumart, Stärke_mR, Länge_m, Stärkeklasse, Anzahl, Preis_berechnet, "
+                                            "Kennung) VALUES ");
+        QTest::newRow("lengths shown alike") << int(lists::Member::Pfaehle) << QStringLiteral("Nach den Längen")
+                                             << QStringList{pole + "(1, 'FI (Fichte)', 8, 4.001, 'P2', 10, 25, ?)",
+                                                            pole + "(1, 'FI (Fichte)', 8, 4.004, 'P2', 4, 10, ?)",
+                                                            pole + "(1, 'FI (Fichte)', 8, NULL, 'P2', 2, 6, ?)"}
+                                             << QStringList{"(leer)", "4,00", "4,00"};
+    }
+    void chartBarsMatchTheRows()
+    {
+        QFETCH(int, member);
+        QFETCH(QString, grouping);
+        QFETCH(QStringList, inserts);
+        QFETCH(QStringList, labels);
+        execSql(db(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Jahr, Teilverkauft, Verkauft) VALUES (77, '2026', 'N', 'N')"));
+        const qint32 harvest = scalar(db(), QStringLiteral("SELECT ID FROM Hiebe WHERE Hieb_Nr = 77")).toInt();
+        for (QString sql : inserts)
+            execSql(db(), sql.replace(u'?', QString::number(harvest)));
+        const auto cleanUp = qScopeGuard([&] {
+            for (const char* table : {"Lose", "Stämme", "Pfähle", "Hiebe"})
+                execSql(db(), QStringLiteral("DELETE FROM \"%1\" WHERE %2 = ?").arg(QString::fromUtf8(table),
+                                                                                    table[0] == 'H' ? "ID" : "Kennung"),
+                        {harvest});
+        });
+
+        ListDialog dialog(context(), lists::Member(member), harvest, false);
+        QRadioButton* option = nullptr;
+        for (QRadioButton* b : dialog.findChildren<QRadioButton*>())
+            if (b->text() == grouping)
+                option = b;
+        QVERIFY(option);
+        option->click();
+        whenShown(QStringLiteral("AF_Textausgabe"), [](QWidget*) {});
+        QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'\n')));
+        const QAbstractItemModel& grid = *child<QTableView>(dialog, "gridli")->model();
+        QCOMPARE(grid.rowCount(), labels.size());
+
+        QStringList failures;
+        int figuresSeen = 0;
+        whenShown(QStringLiteral("BF_Diagramm"), [&](QWidget* w) {
+            auto* figure = child<QComboBox>(*w, "komwert");
+            auto* view = child<QChartView>(*w, "diagramm");
+            const int keys = grid.columnCount() - figure->count();
+            for (int f = 0; f < figure->count(); ++f) {
+                figure->setCurrentIndex(f);
+                ++figuresSeen;
+                auto* series = static_cast<QAbstractBarSeries*>(view->chart()->series().first());
+                const auto axes = series->attachedAxes();
+                auto* axis = qobject_cast<QBarCategoryAxis*>(axes.first()->type() == QAbstractAxis::AxisTypeBarCategory ? axes.first()
+                                                                                                                       : axes.last());
+                QStringList shown = axis->categories();
+                QList<double> values;
+                for (int i = 0; i < series->barSets().first()->count(); ++i)
+                    values << series->barSets().first()->at(i);
+                if (series->type() == QAbstractSeries::SeriesTypeHorizontalBar) { // the first group on top
+                    std::reverse(shown.begin(), shown.end());
+                    std::reverse(values.begin(), values.end());
+                }
+                if (shown.size() != grid.rowCount() || values.size() != grid.rowCount()) {
+                    failures << QStringLiteral("%1: %2 labels, %3 bars for %4 rows").arg(figure->currentText()).arg(shown.size())
+                                    .arg(values.size()).arg(grid.rowCount());
+                    continue;
+                }
+                for (int r = 0; r < grid.rowCount(); ++r) {
+                    const QString label = QString(shown[r]).remove(QChar(0x200B));
+                    if (label != labels[r])
+                        failures << QStringLiteral("bar %1 is labelled %2, not %3").arg(r).arg(label, labels[r]);
+                    const QString cell = grid.data(grid.index(r, keys + f)).toString();
+                    const int decimals = cell.contains(u',') ? int(cell.size() - cell.indexOf(u',') - 1) : 0;
+                    if (std::abs(values[r] - readNumber(cell)) > 0.5 * std::pow(10.0, -decimals) + 1e-9)
+                        failures << QStringLiteral("%1, bar %2: %3, the row shows %4").arg(figure->currentText()).arg(r).arg(values[r]).arg(cell);
+                }
+            }
+        });
+        QTest::mouseClick(child<QPushButton>(dialog, "comdiagramm"), Qt::LeftButton);
+        QVERIFY(figuresSeen > 0);
+        QVERIFY2(failures.isEmpty(), qPrintable(failures.join(u'\n')));
     }
 
     void scopeWithoutHarvestIsRefused()

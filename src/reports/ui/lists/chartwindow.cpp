@@ -18,6 +18,36 @@
 
 namespace tarvik {
 
+namespace {
+const QString EmptyGroupLabel = QStringLiteral("(leer)");
+} // namespace
+
+ChartData groupChartData(const QAbstractItemModel& rows, int keyColumns, const QString& title)
+{
+    ChartData data;
+    data.title = title;
+    for (int c = keyColumns; c < rows.columnCount(); ++c) {
+        data.figures << rows.headerData(c, Qt::Horizontal).toString();
+        data.values << QList<double>();
+    }
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        QStringList keys;
+        for (int c = 0; c < keyColumns; ++c) {
+            const QString key = rows.data(rows.index(row, c)).toString().trimmed();
+            keys << (key.isEmpty() ? EmptyGroupLabel : key);
+        }
+        QString label = keys.join(QStringLiteral(" / "));
+        // The category axis keeps one bar per distinct label; groups the grid shows alike (an empty
+        // and a missing key, lengths that round the same) each keep theirs by an invisible mark.
+        while (data.groups.contains(label))
+            label += QChar(0x200B);
+        data.groups << label;
+        for (int c = keyColumns; c < rows.columnCount(); ++c)
+            data.values[c - keyColumns] << rows.data(rows.index(row, c), Qt::EditRole).toDouble();
+    }
+    return data;
+}
+
 int preferredFigure(const QStringList& figures)
 {
     for (const char* hint : {"Efm", "m3", "Anzahl", "Geldwert"})

@@ -7,6 +7,7 @@
 #include <QList>
 #include <QStringList>
 
+class QAbstractItemModel;
 class QComboBox;
 class QChartView;
 class QBarSet;
@@ -38,6 +39,10 @@ private:
     QComboBox* m_figure = nullptr;
     QChartView* m_view = nullptr;
 };
+
+// The bars of a grouped list: one group per row, labelled by its key columns as the grid shows
+// them ("(leer)" for an empty key), a figure per further column.
+ChartData groupChartData(const QAbstractItemModel& rows, int keyColumns, const QString& title);
 
 // The figure a forester most often wants first: the volume where there is one.
 int preferredFigure(const QStringList& figures);

@@ -374,7 +374,7 @@ bool ListDialog::handOn(const lists::ListQuery& query, qint64 rows)
     lists::WriteResult written;
     const QString title = m_shownGrouping >= 0 ? m_def.title + QStringLiteral(" – ") + m_def.groupings[m_shownGrouping].caption : m_def.title;
     const lists::TextOptions options = lists::TextOptions::from(m_context.settings, title, m_context.clock.today());
-    const auto formats = lists::columnFormats(m_def, query);
+    const auto formats = lists::columnFormats(m_context.db, m_def, query);
     try {
         QSqlQuery rowsQuery = execSql(m_context.db, query.sql, query.values);
         rowsQuery.setForwardOnly(true);
@@ -427,20 +427,7 @@ void ListDialog::showChart()
     while (m_model->canFetchMore())
         m_model->fetchMore(); // a grouped list is short
     const int keys = int(m_def.groupings[m_shownGrouping].columns.size());
-    ChartData data;
-    data.title = m_def.title + QStringLiteral(" – ") + m_def.groupings[m_shownGrouping].caption;
-    for (int c = keys; c < m_model->columnCount(); ++c) {
-        data.figures << m_model->record().fieldName(c);
-        data.values << QList<double>();
-    }
-    for (int row = 0; row < m_model->rowCount(); ++row) {
-        QStringList label;
-        for (int c = 0; c < keys; ++c)
-            label << m_model->data(m_model->index(row, c)).toString();
-        data.groups << label.join(QStringLiteral(" / "));
-        for (int c = keys; c < m_model->columnCount(); ++c)
-            data.values[c - keys] << m_model->QSqlQueryModel::data(m_model->index(row, c), Qt::EditRole).toDouble();
-    }
+    ChartData data = groupChartData(*m_model, keys, m_def.title + QStringLiteral(" – ") + m_def.groupings[m_shownGrouping].caption);
     ChartWindow window(std::move(data), m_context.prompter, this);
     window.exec();
 }
