@@ -124,8 +124,9 @@ QStringList logDoubts(const LogForm& f)
 std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& masterData, qint32 harvestId, LogForm& f,
                                        std::optional<qint32> editedId)
 {
-    // What is stored follows from what was typed; a changed log left as loaded keeps its values.
-    if (!f.asStored)
+    // What is stored follows from what was typed; a changed log left as loaded keeps its values,
+    // unless the row lacks figures a log must have (one typed in elsewhere), which are computed.
+    if (!f.asStored || checkLog(ctx.db, harvestId, f))
         recomputeLog(f, masterData);
     if (const auto refusal = checkLog(ctx.db, harvestId, f)) {
         ctx.prompter.inform(*refusal);

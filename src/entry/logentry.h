@@ -32,7 +32,7 @@ struct LogForm {
     float gross = 0;      // unrounded results of the last recompute (or the stored prices)
     float net = 0;
     // The derived values and prices are the stored row's, nothing typed since: the store keeps
-    // them instead of recomputing with today's master data.
+    // them instead of recomputing with today's master data (unless the row lacks some).
     bool asStored = false;
 };
 
