@@ -235,6 +235,21 @@ private slots:
                  QStringLiteral("2/33/L3a"));
     }
 
+    // The lot's bark recompute rewrites the shown log too: the window shows the new figures,
+    // and OK afterwards does not put the old ones back.
+    void lotRecomputeReachesTheShownLog()
+    {
+        const qint32 id = storedLog();
+        LogDialog d(context(), m_harvest, id);
+        d.show();
+        m_prompter.answerYes();
+        child<QPushButton>(d, "rindenabzuglos")->click();
+        QCOMPARE(tz(d, 4)->text(), QStringLiteral("2"));
+        QCOMPARE(tz(d, 5)->text(), QStringLiteral("33"));
+        child<QPushButton>(d, "ok")->click();
+        QCOMPARE(value(QStringLiteral("SELECT Rindenabzug || '/' || Stärke_oR FROM Stämme WHERE Kennung = ?")), QStringLiteral("2/33"));
+    }
+
     // Every figure the window shows keeps its whole text, at the size it opens with and at the
     // smallest the window can be made.
     void figuresAreNeverCut_data()

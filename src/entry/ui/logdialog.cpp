@@ -79,7 +79,8 @@ void LogDialog::loadEntry(qint32 id)
 
 void LogDialog::reloadShownLog()
 {
-    if (!editedId())
+    // Only a log shown as stored: one being typed into is recomputed when it is stored.
+    if (!editedId() || !m_storedPrices)
         return;
     m_filling = true;
     loadEntry(*editedId());
