@@ -45,8 +45,9 @@ bool editMasterCell(const AppContext& context, MasterList list, qint32 id, const
 // A new `Tagespreise` row with every field of the given one; returns its ID.
 qint32 copyDayPriceRow(const AppContext& context, qint32 id);
 
-// Refuses a species' own row of the per-species tables, asks, tests whether bookings use the row, deletes it with its follow-ups in one transaction.
-// False when nothing was deleted (answer No or a refusal shown).
+// Refuses a species' own row of the per-species tables; asks, tests whether bookings use the
+// row, deletes it with its follow-ups in one transaction. False when nothing was deleted (answer
+// No or a refusal shown).
 bool deleteMasterRow(const AppContext& context, MasterList list, qint32 id);
 
 // The list as the text output window prints it: the header text (and today's date when the
