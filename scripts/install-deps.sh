@@ -16,6 +16,7 @@ packages=(
   qt6-serialport-dev
   libxlsxwriter-dev qt6-charts-dev libqt6opengl6-dev
   clang libfuzzer-14-dev
+  xvfb # a display of its own to look at windows on
 )
 
 missing=()

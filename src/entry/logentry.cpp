@@ -83,6 +83,9 @@ std::optional<QString> checkLog(const QSqlDatabase& db, qint32 harvestId, const 
         return inputRefusal(QStringLiteral("...die Laufende Nummer höchstens 999999 sein darf."));
     if (f.species.trimmed().isEmpty())
         return inputRefusal(QStringLiteral("...die Baumart fehlt."));
+    // A species without master data has no bark table and no prices: its log would be worth 0.
+    if (!scalar(db, QStringLiteral("SELECT 1 FROM \"Baumarten\" WHERE \"Baumart\" = ? LIMIT 1"), {f.species.trimmed()}).isValid())
+        return inputRefusal(QStringLiteral("...die Baumart %1 in den Stammdaten fehlt.").arg(f.species.trimmed()));
     if (readNumber(f.underBark) <= 0)
         return inputRefusal(QStringLiteral("...die Stärke ohne Rinde (Stamm-Mitte) größer als 0 sein muß."));
     if (readNumber(f.length) <= 0)
@@ -121,7 +124,10 @@ QStringList logDoubts(const LogForm& f)
 std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& masterData, qint32 harvestId, LogForm& f,
                                        std::optional<qint32> editedId)
 {
-    recomputeLog(f, masterData); // what is stored always follows from what was typed
+    // What is stored follows from what was typed; a changed log left as loaded keeps its values,
+    // unless the row lacks figures a log must have (one typed in elsewhere), which are computed.
+    if (!f.asStored || checkLog(ctx.db, harvestId, f))
+        recomputeLog(f, masterData);
     if (const auto refusal = checkLog(ctx.db, harvestId, f)) {
         ctx.prompter.inform(*refusal);
         return std::nullopt;
@@ -131,6 +137,15 @@ std::optional<LogStoreResult> storeLog(const AppContext& ctx, MasterDataLookup& 
     const qint32 girthCount = toLong(readNumber(f.girthCount));
 
     // Every question is asked before anything is written.
+    const bool joinsLot = girth || !editedId
+                          || toLong(readNumber(scalar(ctx.db, QStringLiteral("SELECT \"Los_Nr\" FROM \"Stämme\" WHERE \"ID\" = ?"),
+                                                      {*editedId}))) != lot;
+    if (const auto invoice = joinsLot ? invoiceOfLot(ctx.db, harvestId, lot) : std::nullopt) {
+        const QString added = girth ? QStringLiteral("Sollen die %1 Stämme trotzdem hinzugefügt werden?").arg(girthCount)
+                                    : QStringLiteral("Soll der Stamm trotzdem hinzugefügt werden?");
+        if (!ctx.prompter.askYesNo(QStringLiteral("Das Los %1 ist bereits in Rechnung %2 abgerechnet. %3").arg(lot).arg(*invoice).arg(added)))
+            return std::nullopt;
+    }
     if (const QStringList doubts = logDoubts(f); !doubts.isEmpty()) {
         const QString question = QStringLiteral("Bitte prüfen Sie die Eingabe, weil...\n\n%1\n\nSoll der Stamm trotzdem so gespeichert werden?")
                                      .arg(doubts.join(QStringLiteral("\n")));
@@ -231,6 +246,9 @@ LogForm loadLog(const QSqlDatabase& db, qint32 id)
     f.heilbronnClass = text("Klasse_Heilbronn");
     f.price = formatDecimal(readNumber(r.value(QStringLiteral("Preis_berechnet"))), 2);
     f.logPrice = formatDecimal(readNumber(r.value(QStringLiteral("Holzpreis"))), 2);
+    f.gross = float(readNumber(r.value(QStringLiteral("Holzpreis"))));
+    f.net = float(readNumber(r.value(QStringLiteral("Preis_berechnet"))));
+    f.asStored = true;
     f.remark = text("Bemerkung");
     f.mode = barkModeFromLetter(text("Rindenabzugsart")).value_or(BarkMode::Ohne);
     f.kaeferholz = toShort(readNumber(r.value(QStringLiteral("Käferholz")))) == 1;

@@ -29,8 +29,11 @@ struct LogForm {
     BarkMode mode = BarkMode::Tabelle;
     bool kaeferholz = false;
     PriceSettings prices; // the price frame, loaded from the lot
-    float gross = 0;      // unrounded results of the last recompute
+    float gross = 0;      // unrounded results of the last recompute (or the stored prices)
     float net = 0;
+    // The derived values and prices are the stored row's, nothing typed since: the store keeps
+    // them instead of recomputing with today's master data (unless the row lacks some).
+    bool asStored = false;
 };
 
 // Derives deduction, diameter under bark, volume, classes and prices into the form. A class
@@ -54,7 +57,8 @@ struct LogStoreResult {
     qint32 lastNumber = 0; // the running number stored last
 };
 
-// Checks, asks, stores and brings the totals up to date, all writes in one transaction.
+// Checks, asks (a log joining an invoiced lot among the questions), stores and brings the totals
+// up to date, all writes in one transaction.
 // nullopt when a check failed or an answer stopped it (the form keeps every value).
 std::optional<LogStoreResult> storeLog(const AppContext& context, MasterDataLookup& masterData, qint32 harvestId,
                                        LogForm& form, std::optional<qint32> editedId);

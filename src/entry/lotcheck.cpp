@@ -1,5 +1,6 @@
 #include "entry/lotcheck.h"
 
+#include "common/numbers.h"
 #include "common/text.h"
 #include "store/records.h"
 #include "store/sql.h"
@@ -19,6 +20,15 @@ std::optional<QString> otherAssortment(const QSqlDatabase& db, qint32 harvestId,
     if (!stored.isValid() || readText(stored) == sorting)
         return std::nullopt;
     return QStringLiteral("...das Los %1 bereits mit der Sortierung %2 eingetragen ist.").arg(lotNr).arg(readText(stored));
+}
+
+std::optional<qint32> invoiceOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr)
+{
+    const qint32 number = toLong(readNumber(scalar(
+        db, QStringLiteral("SELECT max(\"ReNr\") FROM \"Lose\" WHERE \"Los_Nr\" = ? AND \"Kennung\" = ?"), {lotNr, harvestId})));
+    if (number < 1)
+        return std::nullopt;
+    return number;
 }
 
 LotAnswer lotExistsOrAsk(const AppContext& ctx, qint32 harvestId, qint32 lotNr)

@@ -14,6 +14,9 @@ QString inputRefusal(const QString& reason);
 // assortment; nullopt when it holds this one or does not exist.
 std::optional<QString> otherAssortment(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr, const QString& sorting);
 
+// The number of the invoice that billed the lot (`ReNr` 1 or more); nullopt when none did.
+std::optional<qint32> invoiceOfLot(const QSqlDatabase& db, qint32 harvestId, qint32 lotNr);
+
 enum class LotAnswer { Exists, Create, Refused };
 // Whether the lot exists; when not, asks to create it ("Refused" has shown its message).
 LotAnswer lotExistsOrAsk(const AppContext& context, qint32 harvestId, qint32 lotNr);

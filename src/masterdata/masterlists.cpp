@@ -145,7 +145,33 @@ QString shownValue(MasterList list, const QString& column, const QVariant& value
 
 bool isCellEditable(MasterList list, const QString& column)
 {
+    // A copied day-price row becomes the price of another quality by its `Güte` cell.
+    if (list == MasterList::Tagespreise && column == u"Güte")
+        return true;
     return isPerClassList(list) && column.startsWith(classPrefix(list), Qt::CaseInsensitive);
+}
+
+std::optional<QString> dayPriceQualityRefusal(const QSqlDatabase& db, qint32 id, const QString& quality)
+{
+    QStringList reasons;
+    if (const auto tooLong = widthReasons(QStringLiteral("Tagespreise"), {{QStringLiteral("Güte"), quality, QStringLiteral("die Güte")}});
+        !tooLong.isEmpty()) {
+        reasons << tooLong;
+    } else if (!quality.isEmpty() && !valueUsed(db, QStringLiteral("Güteklassen"), QStringLiteral("Güteklasse"), quality)) {
+        reasons << QStringLiteral("...die Güte %1 keine Güteklasse der Stammdaten ist.").arg(quality);
+    } else {
+        const QString species = readText(scalar(db, QStringLiteral("SELECT \"Baumart\" FROM \"Tagespreise\" WHERE \"ID\" = ?"), {id}));
+        // One price per species and quality: a second row would never be read.
+        if (scalar(db, QStringLiteral("SELECT 1 FROM \"Tagespreise\" WHERE \"Baumart\" = ? AND coalesce(\"Güte\", '') = ? "
+                                      "AND \"ID\" <> ? LIMIT 1"),
+                   {species, quality, id})
+                .isValid())
+            reasons << (quality.isEmpty() ? QStringLiteral("...die Baumart %1 bereits Tagespreise ohne Güte hat.").arg(species)
+                                          : QStringLiteral("...die Baumart %1 bereits Tagespreise für die Güte %2 hat.").arg(species, quality));
+    }
+    if (reasons.isEmpty())
+        return std::nullopt;
+    return gatheredRefusal(reasons);
 }
 
 bool editMasterCell(const AppContext& context, MasterList list, qint32 id, const QString& column, const QString& typed)
@@ -154,6 +180,18 @@ bool editMasterCell(const AppContext& context, MasterList list, qint32 id, const
         return false;
     const QSqlDatabase& db = context.db;
     const QString table = masterListTable(list);
+    if (list == MasterList::Tagespreise && column == u"Güte") {
+        const QString quality = typed.trimmed();
+        if (const auto refusal = dayPriceQualityRefusal(db, id, quality)) {
+            context.prompter.inform(*refusal);
+            return false;
+        }
+        TransactionGuard guard(db);
+        execSql(db, QStringLiteral("UPDATE \"Tagespreise\" SET \"Güte\" = ? WHERE \"ID\" = ?"), {quality, id});
+        guard.commit();
+        masterDataChanged();
+        return true;
+    }
     const QVariant value = storedValue(list, readNumber(typed));
     const bool wholeRow =
         context.prompter.askYesNo(QStringLiteral("Soll die Änderung auf alle Zellen des aktuellen Datensatzes kopiert werden?"));
@@ -192,6 +230,17 @@ qint32 copyDayPriceRow(const AppContext& context, qint32 id)
 bool deleteMasterRow(const AppContext& context, MasterList list, qint32 id)
 {
     const QSqlDatabase& db = context.db;
+    // A species' one row of bark deductions, base amounts or index numbers goes with the species;
+    // without it its logs would be priced or barked at 0. A row left by a deleted species may go.
+    if (list == MasterList::Rindenabzug || list == MasterList::Messbetraege || list == MasterList::Messzahlen) {
+        const QString species = readText(
+            scalar(db, QStringLiteral("SELECT \"Baumart\" FROM %1 WHERE \"ID\" = ?").arg(quoted(masterListTable(list))), {id}));
+        if (valueUsed(db, QStringLiteral("Baumarten"), QStringLiteral("Baumart"), species)) {
+            context.prompter.inform(QStringLiteral("Der Datensatz kann nicht gelöscht werden, weil er zur Baumart %1 gehört. "
+                                                   "Er wird mit der Baumart (Liste \"Baumarten\") gelöscht.").arg(species));
+            return false;
+        }
+    }
     if (!context.prompter.askYesNo(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")))
         return false;
     const QString table = masterListTable(list);

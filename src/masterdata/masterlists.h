@@ -33,17 +33,21 @@ bool isMoneyColumn(MasterList list, const QString& column);
 // A value as the grid and the printed list show it.
 QString shownValue(MasterList list, const QString& column, const QVariant& value);
 
-// The per-class tables are edited in their cells, class columns only.
+// The per-class tables are edited in their cells: the class columns, and the `Güte` of a day price.
 bool isCellEditable(MasterList list, const QString& column);
-// Stores the typed value; asks whether it goes into every class column of the row. False when
-// nothing was stored.
+// Why the day-price row cannot take that quality (too long, no quality class, the species has a
+// row of that quality already); nullopt when it can.
+std::optional<QString> dayPriceQualityRefusal(const QSqlDatabase& db, qint32 id, const QString& quality);
+// Stores the typed value; for a class column asks whether it goes into every class column of the
+// row. False when nothing was stored (answer or refusal shown).
 bool editMasterCell(const AppContext& context, MasterList list, qint32 id, const QString& column, const QString& typed);
 
 // A new `Tagespreise` row with every field of the given one; returns its ID.
 qint32 copyDayPriceRow(const AppContext& context, qint32 id);
 
-// Asks, tests whether bookings use the row, deletes it with its follow-ups in one transaction.
-// False when nothing was deleted (answer No or a refusal shown).
+// Refuses a species' own row of the per-species tables; asks, tests whether bookings use the
+// row, deletes it with its follow-ups in one transaction. False when nothing was deleted (answer
+// No or a refusal shown).
 bool deleteMasterRow(const AppContext& context, MasterList list, qint32 id);
 
 // The list as the text output window prints it: the header text (and today's date when the

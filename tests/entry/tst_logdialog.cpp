@@ -17,6 +17,7 @@
 #include <QRadioButton>
 #include <QHeaderView>
 #include <QTableView>
+#include <QRegularExpression>
 
 using namespace tarvik;
 using test::child;
@@ -27,6 +28,16 @@ class TestLogDialog : public QObject, protected test::EntryFixture {
 
 
     static QLineEdit* tz(LogDialog& d, int i) { return d.field(i); }
+    // A log as stored under earlier master data: its figures differ from a recompute today.
+    qint32 storedLog()
+    {
+        execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, "
+                                     "Stärke_oR, Länge_m, Efm_oR, Stärkeklasse, Güteklasse, Zopfdurchm_cm, Klasse_Heilbronn, "
+                                     "Preis_berechnet, Holzpreis, Bemerkung, Käferholz, Kennung) "
+                                     "VALUES (1, 1, 'FI (Fichte)', 35, 'T', 3, 32, 4.5, 0.4, 'L2b', 'B', 0, 'H3', 11.11, 12.34, 'alt', 0, ?)"),
+                {m_harvest});
+        return idOf(QStringLiteral("SELECT max(ID) FROM Stämme WHERE Kennung = ?"));
+    }
     static void typeLog(LogDialog& d, const QString& length, const QString& diameter)
     {
         typeInto(tz(d, 2), length);
@@ -149,6 +160,8 @@ private slots:
         QTest::addColumn<QString>("girth");
         QTest::addColumn<QString>("reason");
         QTest::newRow("no species") << "" << "4" << "30" << "" << "" << "...die Baumart fehlt.";
+        QTest::newRow("species not in the master data")
+            << "XY (Unbekannt)" << "4" << "30" << "" << "" << "...die Baumart XY (Unbekannt) in den Stammdaten fehlt.";
         QTest::newRow("no diameter") << "FI (Fichte)" << "4" << "" << "" << "" << "...die Stärke ohne Rinde (Stamm-Mitte) größer als 0 sein muß.";
         QTest::newRow("no length") << "FI (Fichte)" << "" << "30" << "" << "" << "...die Länge fehlt.";
         QTest::newRow("top too large") << "FI (Fichte)" << "4" << "30" << "30" << "" << "...der Zopfdurchmesser kleiner als die Stärke sein muß.";
@@ -172,6 +185,97 @@ private slots:
         QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n") + reason});
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ?")), QStringLiteral("0"));
         QCOMPARE(tz(d, 2)->text(), length); // every typed value stays
+    }
+
+    // A log stored when the bark table and the prices were other than today's: opened to be
+    // changed, the window shows the row as stored, not what today's tables would make of it.
+    void changeShowsTheStoredLog_data()
+    {
+        QTest::addColumn<QString>("control");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("bark deduction") << "tz(4)" << "3";
+        QTest::newRow("diameter under bark") << "tz(5)" << "32";
+        QTest::newRow("volume") << "tz(6)" << "0,400";
+        QTest::newRow("computed price") << "tz(7)" << "11,11";
+        QTest::newRow("log price") << "tz(14)" << "12,34";
+        QTest::newRow("diameter class") << "kom(3)" << "L2b";
+        QTest::newRow("Heilbronn class") << "kom(4)" << "H3";
+        QTest::newRow("remark") << "kom(5)" << "alt";
+    }
+    void changeShowsTheStoredLog()
+    {
+        QFETCH(QString, control);
+        LogDialog d(context(), m_harvest, storedLog());
+        d.show();
+        QWidget* w = d.findChild<QWidget*>(control);
+        QVERIFY(w);
+        auto* box = qobject_cast<QComboBox*>(w);
+        QTEST(box ? box->currentText() : qobject_cast<QLineEdit*>(w)->text(), "shown");
+    }
+
+    // A remark changed alone keeps the stored figures; a measure typed again recomputes them.
+    void changedRemarkKeepsTheStoredFigures()
+    {
+        const qint32 id = storedLog();
+        LogDialog d(context(), m_harvest, id);
+        d.show();
+        child<QComboBox>(d, "kom(5)")->setEditText(QStringLiteral("neu"));
+        child<QPushButton>(d, "ok")->click();
+        QCOMPARE(value(QStringLiteral("SELECT Rindenabzug || '/' || Stärkeklasse || '/' || Holzpreis || '/' || Preis_berechnet "
+                                      "|| '/' || Bemerkung FROM Stämme WHERE Kennung = ?")),
+                 QStringLiteral("3/L2b/12.34/11.11/neu"));
+
+        LogDialog again(context(), m_harvest, id);
+        again.show();
+        typeInto(tz(again, 1), QStringLiteral("35"));
+        QCOMPARE(tz(again, 4)->text(), QStringLiteral("2")); // today's bark table
+        QCOMPARE(tz(again, 5)->text(), QStringLiteral("33"));
+        child<QPushButton>(again, "ok")->click();
+        QCOMPARE(value(QStringLiteral("SELECT Rindenabzug || '/' || Stärke_oR || '/' || Stärkeklasse FROM Stämme WHERE Kennung = ?")),
+                 QStringLiteral("2/33/L3a"));
+    }
+
+    // The lot's bark recompute rewrites the shown log too: the window shows the new figures,
+    // and OK afterwards does not put the old ones back.
+    void lotRecomputeReachesTheShownLog()
+    {
+        const qint32 id = storedLog();
+        LogDialog d(context(), m_harvest, id);
+        d.show();
+        m_prompter.answerYes();
+        child<QPushButton>(d, "rindenabzuglos")->click();
+        QCOMPARE(tz(d, 4)->text(), QStringLiteral("2"));
+        QCOMPARE(tz(d, 5)->text(), QStringLiteral("33"));
+        child<QPushButton>(d, "ok")->click();
+        QCOMPARE(value(QStringLiteral("SELECT Rindenabzug || '/' || Stärke_oR FROM Stämme WHERE Kennung = ?")), QStringLiteral("2/33"));
+    }
+
+    // Every figure the window shows keeps its whole text, at the size it opens with and at the
+    // smallest the window can be made.
+    void figuresAreNeverCut_data()
+    {
+        QTest::addColumn<bool>("smallest");
+        QTest::newRow("default size") << false;
+        QTest::newRow("smallest size") << true;
+    }
+    void figuresAreNeverCut()
+    {
+        QFETCH(bool, smallest);
+        LogDialog d(context(), m_harvest, std::nullopt, 1);
+        d.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&d));
+        if (smallest) {
+            d.resize(1, 1);
+            QApplication::processEvents();
+        }
+        const QList<QLineEdit*> figures = d.findChildren<QLineEdit*>(QRegularExpression(QStringLiteral("^tz\\(\\d+\\)$")));
+        QVERIFY(figures.size() >= 14);
+        for (QLineEdit* edit : figures) {
+            // As many digits as the field takes, the widest text it can hold.
+            const QString text(edit->maxLength(), u'8');
+            edit->setText(text);
+            test::checkFieldWidth(edit, text, false);
+        }
     }
 
     void runningNumberAboveTheRange()

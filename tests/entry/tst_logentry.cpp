@@ -4,6 +4,7 @@
 #include "entry/logentry.h"
 #include "rules/masterdatalookup.h"
 #include "store/records.h"
+#include "store/sql.h"
 #include "support/entryfixture.h"
 
 #include <QTest>
@@ -86,6 +87,60 @@ private slots:
         QCOMPARE(m_prompter.pendingAnswers(), 0);
         QCOMPARE(value(QStringLiteral("SELECT Stärke_gemessen || '/' || round(Länge_m, 1) FROM Stämme WHERE Kennung = ?")),
                  QString::number(readNumber(diameter)) + u'/' + QString::number(readNumber(length), 'f', 1));
+    }
+
+    // A log that joins a lot already invoiced asks first, and "Nein" stores nothing; a log
+    // changed within its lot, or a lot not invoiced, asks nothing.
+    void invoicedLotAsksFirst_data()
+    {
+        QTest::addColumn<int>("reNr");       // of lot 2
+        QTest::addColumn<QString>("change");  // "": a new log; else the lot of the stored log changed
+        QTest::addColumn<QString>("girth");
+        QTest::addColumn<QString>("question"); // empty: none
+        const QString onLot = QStringLiteral("Das Los 2 ist bereits in Rechnung 20260001 abgerechnet. ");
+        QTest::newRow("new log") << 20260001 << "" << "" << onLot + "Soll der Stamm trotzdem hinzugefügt werden?";
+        QTest::newRow("girth measurement") << 20260001 << "" << "3" << onLot + "Sollen die 3 Stämme trotzdem hinzugefügt werden?";
+        QTest::newRow("log moved into the lot") << 20260001 << "1" << "" << onLot + "Soll der Stamm trotzdem hinzugefügt werden?";
+        QTest::newRow("log changed within the lot") << 20260001 << "2" << "" << "";
+        QTest::newRow("lot not invoiced") << 0 << "" << "" << "";
+    }
+    void invoicedLotAsksFirst()
+    {
+        QFETCH(int, reNr);
+        QFETCH(QString, change);
+        QFETCH(QString, girth);
+        QFETCH(QString, question);
+        createLot(db(), m_harvest, 2, QStringLiteral("Stämme"));
+        execSql(db(), QStringLiteral("UPDATE Lose SET ReNr = ? WHERE Kennung = ? AND Los_Nr = 2"), {reNr, m_harvest});
+        std::optional<qint32> edited;
+        if (!change.isEmpty()) {
+            execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Kennung) VALUES (?, 7, 'FI (Fichte)', ?)"),
+                    {change.toInt(), m_harvest});
+            edited = idOf(QStringLiteral("SELECT max(ID) FROM Stämme WHERE Kennung = ?"));
+        }
+        const QString before = value(QStringLiteral("SELECT count(*) || '/' || group_concat(Los_Nr) FROM Stämme WHERE Kennung = ?"));
+        MasterDataLookup lookup(db());
+        LogForm f = log(QStringLiteral("35"), QStringLiteral("4,5"), QStringLiteral("B"));
+        f.losNr = QStringLiteral("2");
+        f.girthCount = girth;
+        const AppContext ctx = context();
+        if (!question.isEmpty()) {
+            m_prompter.answerNo();
+            QVERIFY(!storeLog(ctx, lookup, m_harvest, f, edited));
+            QCOMPARE(m_prompter.questions(), QStringList{question});
+            QCOMPARE(value(QStringLiteral("SELECT count(*) || '/' || group_concat(Los_Nr) FROM Stämme WHERE Kennung = ?")), before);
+            m_prompter.clear();
+            m_prompter.answerYes();
+        }
+        if (!girth.isEmpty())
+            m_prompter.answerYes(); // the girth measurement's own question
+        QVERIFY(storeLog(ctx, lookup, m_harvest, f, edited));
+        if (question.isEmpty())
+            QCOMPARE(m_prompter.questions(), QStringList());
+        else
+            QCOMPARE(m_prompter.questions().value(0), question);
+        QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ? AND Los_Nr = 2")),
+                 QString::number(girth.isEmpty() ? 1 : girth.toInt()));
     }
 };
 

@@ -365,13 +365,111 @@ private slots:
                                       "AND Güte = 'B' AND Baumart = ?"),
                        {id, Fichte}),
                  1);
-        // Whole numbers where the column holds them; names and quality are never cells.
+        // Whole numbers where the column holds them; names are never cells.
         const qint32 bark = idOf(QStringLiteral("Rindenabzug"), QStringLiteral("Baumart"), Fichte);
         m_prompter.answerNo();
         QVERIFY(editMasterCell(context(), MasterList::Rindenabzug, bark, QStringLiteral("SK_L1a"), QStringLiteral("2,5")));
         QCOMPARE(scalar(db(), QStringLiteral("SELECT SK_L1a FROM Rindenabzug WHERE ID = ?"), {bark}).toInt(), 2);
-        QVERIFY(!editMasterCell(context(), MasterList::Tagespreise, id, QStringLiteral("Güte"), QStringLiteral("A")));
         QVERIFY(!editMasterCell(context(), MasterList::Baumarten, 1, QStringLiteral("Laubwald"), QStringLiteral("J")));
+    }
+
+    // A copied day-price row becomes the price of another quality through its `Güte` cell; a
+    // species takes one row per quality, and only qualities that logs can have.
+    void dayPriceQualities_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("refusal"); // empty: stored
+        QTest::newRow("another quality") << "A" << "";
+        QTest::newRow("blanks around it") << " C " << "";
+        QTest::newRow("no quality") << "" << "";
+        QTest::newRow("the original's quality") << "B" << "...die Baumart FI (Fichte) bereits Tagespreise für die Güte B hat.";
+        QTest::newRow("no quality class") << "Z" << "...die Güte Z keine Güteklasse der Stammdaten ist.";
+        QTest::newRow("too long") << "ABCDEF" << "...die Güte höchstens 5 Zeichen lang sein darf.";
+    }
+    void dayPriceQualities()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, refusal);
+        const qint32 original = idOf(QStringLiteral("Tagespreise"), QStringLiteral("Baumart"), Fichte);
+        const qint32 copy = copyDayPriceRow(context(), original);
+        QVERIFY(isCellEditable(MasterList::Tagespreise, QStringLiteral("Güte")));
+        QCOMPARE(editMasterCell(context(), MasterList::Tagespreise, copy, QStringLiteral("Güte"), typed), refusal.isEmpty());
+        QCOMPARE(m_prompter.questions(), QStringList()); // the quality is never copied across the row
+        QCOMPARE(m_prompter.messages(), refusal.isEmpty() ? QStringList() : QStringList{Refusal + refusal});
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Güte FROM Tagespreise WHERE ID = ?"), {copy}).toString(),
+                 refusal.isEmpty() ? typed.trimmed() : QStringLiteral("B"));
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Güte FROM Tagespreise WHERE ID = ?"), {original}).toString(), QStringLiteral("B"));
+    }
+
+    // Day prices per quality reach the logs: an A log is priced from the A row, a B log from B.
+    void qualityLogsArePricedFromTheirRow_data()
+    {
+        QTest::addColumn<QString>("quality");
+        QTest::addColumn<double>("holzpreis");
+        QTest::newRow("A from the A row: 120 x 0,402") << "A" << 48.24;
+        QTest::newRow("B from the B row: 80 x 0,402") << "B" << 32.16;
+    }
+    void qualityLogsArePricedFromTheirRow()
+    {
+        QFETCH(QString, quality);
+        const qint32 b = idOf(QStringLiteral("Tagespreise"), QStringLiteral("Baumart"), Fichte);
+        const qint32 a = copyDayPriceRow(context(), b);
+        QVERIFY(editMasterCell(context(), MasterList::Tagespreise, a, QStringLiteral("Güte"), QStringLiteral("A")));
+        m_prompter.answerYes().answerYes();
+        QVERIFY(editMasterCell(context(), MasterList::Tagespreise, a, QStringLiteral("SK_L3a"), QStringLiteral("120")));
+        QVERIFY(editMasterCell(context(), MasterList::Tagespreise, b, QStringLiteral("SK_L3a"), QStringLiteral("80")));
+        execSql(db(), QStringLiteral("UPDATE Lose SET Preis_Art = 1 WHERE Kennung = ?"), {m_harvest});
+
+        MasterDataLookup lookup(db());
+        LogForm log;
+        log.losNr = QStringLiteral("1");
+        log.laufendeNr = QStringLiteral("1");
+        log.species = Fichte;
+        log.quality = quality;
+        log.measuredDiameter = QStringLiteral("32"); // L3a without bark
+        log.length = QStringLiteral("5");
+        log.mode = BarkMode::Ohne;
+        log.prices.preisArt = DayPrice;
+        QVERIFY(storeLog(context(), lookup, m_harvest, log, std::nullopt));
+        // 0,32² × 3.14159 ÷ 4 × 5 = 0,402 Efm
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Stärkeklasse || '/' || Efm_oR FROM Stämme")).toString().left(9),
+                 QStringLiteral("L3a/0.402"));
+        QTEST(scalar(db(), QStringLiteral("SELECT Holzpreis FROM Stämme")).toDouble(), "holzpreis");
+    }
+
+    // A species' row of bark deductions, base amounts and index numbers goes only with the
+    // species: deleting it alone would price or bark its logs at 0. One left behind may go.
+    void speciesRowsStayWithTheirSpecies_data()
+    {
+        QTest::addColumn<int>("list");
+        QTest::addColumn<QString>("species");
+        QTest::addColumn<bool>("deleted");
+        QTest::newRow("bark deductions") << int(MasterList::Rindenabzug) << "FI (Fichte)" << false;
+        QTest::newRow("base amounts") << int(MasterList::Messbetraege) << "FI (Fichte)" << false;
+        QTest::newRow("index numbers") << int(MasterList::Messzahlen) << "FI (Fichte)" << false;
+        QTest::newRow("species no longer kept") << int(MasterList::Messzahlen) << "XY (Gelöscht)" << true;
+    }
+    void speciesRowsStayWithTheirSpecies()
+    {
+        QFETCH(int, list);
+        QFETCH(QString, species);
+        QFETCH(bool, deleted);
+        const QString table = masterListTable(MasterList(list));
+        execSql(db(), QStringLiteral("INSERT INTO %1(Baumart) VALUES ('XY (Gelöscht)')").arg(quoted(table)));
+        const qint32 id = idOf(table, QStringLiteral("Baumart"), species);
+        if (deleted)
+            m_prompter.answerYes();
+        QCOMPARE(deleteMasterRow(context(), MasterList(list), id), deleted);
+        if (deleted) {
+            QCOMPARE(m_prompter.questions(), QStringList{DeleteQuestion});
+            QCOMPARE(m_prompter.messages(), QStringList());
+        } else {
+            QCOMPARE(m_prompter.questions(), QStringList()); // nothing to confirm that cannot happen
+            QCOMPARE(m_prompter.messages(),
+                     QStringList{QStringLiteral("Der Datensatz kann nicht gelöscht werden, weil er zur Baumart FI (Fichte) gehört. "
+                                                "Er wird mit der Baumart (Liste \"Baumarten\") gelöscht.")});
+        }
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM %1 WHERE ID = ?").arg(quoted(table)), {id}), deleted ? 0 : 1);
     }
 
     void barkRanges()

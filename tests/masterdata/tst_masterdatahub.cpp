@@ -252,6 +252,24 @@ private slots:
         QCOMPARE(model->rowCount(), rows + 1);
         QCOMPARE(value(QStringLiteral("SELECT COUNT(*) FROM Tagespreise WHERE Baumart = 'FI (Fichte)' AND SK_L4 = 88.5")),
                  QStringLiteral("2"));
+
+        // The copy's quality is typed next, straight into its cell; a second B row is refused.
+        const int quality = model->record().indexOf(QStringLiteral("Güte"));
+        const QModelIndex copyQuality = grid->currentIndex();
+        QCOMPARE(copyQuality.column(), quality);
+        auto* editor = qobject_cast<QLineEdit*>(grid->indexWidget(copyQuality));
+        QVERIFY(editor); // the cell is open for typing
+        editor->setText(QStringLiteral("A"));
+        QTest::keyClick(editor, Qt::Key_Return);
+        QTest::qWait(20);
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Güte, '/') FROM (SELECT Güte FROM Tagespreise WHERE Baumart = 'FI (Fichte)' "
+                                      "ORDER BY ID)")),
+                 QStringLiteral("B/A"));
+        const int copyRow = model->rowCount() - 1; // rows stand in the order they were made
+        QVERIFY(model->flags(model->index(copyRow, quality)) & Qt::ItemIsEditable);
+        QVERIFY(!model->setData(model->index(copyRow, quality), QStringLiteral("B"), Qt::EditRole));
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n"
+                                                              "...die Baumart FI (Fichte) bereits Tagespreise für die Güte B hat."));
     }
 
     void editorsStepAndPrefill()

@@ -104,6 +104,12 @@ QLineEdit* EntryWindow::makeField(int index, int maxLength, bool readOnly)
     edit->setObjectName(QStringLiteral("tz(%1)").arg(index));
     edit->setMaxLength(maxLength);
     edit->setReadOnly(readOnly);
+    // However small the window, the field keeps room for as many digits as it takes: a figure
+    // is never shown cut. The style's frame and margins are what its size hint adds to 17 x;
+    // two pixels more keep the cursor behind the last digit from scrolling the first away.
+    const QFontMetrics metrics = edit->fontMetrics();
+    edit->setMinimumWidth(edit->sizeHint().width() - 17 * metrics.horizontalAdvance(u'x')
+                          + metrics.horizontalAdvance(QString(maxLength, u'0')) + 2);
     if (readOnly) {
         edit->setFocusPolicy(Qt::NoFocus);
         showReadOnly(edit);

@@ -63,7 +63,8 @@ LogDialog::LogDialog(const AppContext& context, qint32 harvestId, std::optional<
 {
     build();
     start(lotNr);
-    recompute();
+    if (!logId)
+        recompute();
 }
 
 void LogDialog::loadEntry(qint32 id)
@@ -73,6 +74,17 @@ void LogDialog::loadEntry(qint32 id)
     if (const auto prices = loadLotPriceSettings(m_context.db, m_harvestId, toLong(readNumber(form.losNr))))
         form.prices = *prices;
     showForm(form);
+    m_storedPrices = std::pair{form.gross, form.net};
+}
+
+void LogDialog::reloadShownLog()
+{
+    // Only a log shown as stored: one being typed into is recomputed when it is stored.
+    if (!editedId() || !m_storedPrices)
+        return;
+    m_filling = true;
+    loadEntry(*editedId());
+    m_filling = false;
 }
 
 void LogDialog::startNew()
@@ -149,7 +161,7 @@ void LogDialog::build()
     index = 0;
     for (const MeasureField& f : PriceFields) {
         QLineEdit* edit = makeField(f.index, f.maxLength, f.readOnly);
-        edit->setMaximumWidth(110);
+        edit->setMaximumWidth(std::max(110, edit->minimumWidth()));
         priceGrid->addWidget(new QLabel(QString::fromUtf8(f.caption)), 2 + index / 2, (index % 2) * 2);
         priceGrid->addWidget(edit, 2 + index / 2, (index % 2) * 2 + 1);
         reading << edit;
@@ -256,6 +268,11 @@ LogForm LogDialog::read() const
     f.prices.kostenRuecken = float(readNumber(field(11)->text()));
     f.prices.erschwerniszuschlag = toShort(readNumber(field(12)->text()));
     f.prices.kaeferholzabschlag = toShort(readNumber(field(15)->text()));
+    if (m_storedPrices) {
+        f.asStored = true;
+        f.gross = m_storedPrices->first;
+        f.net = m_storedPrices->second;
+    }
     return f;
 }
 
@@ -298,6 +315,7 @@ void LogDialog::recompute()
 {
     if (m_filling)
         return;
+    m_storedPrices.reset();
     LogForm form = read();
     if (!runGuarded(m_context.prompter, [&] { recomputeLog(form, m_masterData); }))
         return;
@@ -361,6 +379,7 @@ bool LogDialog::storeEntry()
     const auto stored = storeLog(m_context, m_masterData, m_harvestId, form, editedId());
     if (!stored)
         return false;
+    m_storedPrices.reset();
     m_storedRows += stored->rows;
     m_filling = true;
     field(0)->setText(QString::number(nextRunningNumber(m_context.db, m_context.settings, m_harvestId, lotNumber().value_or(0),
@@ -399,6 +418,7 @@ void LogDialog::onBarkRecompute()
     request.mode = static_cast<BarkMode>(std::max(0, m_barkModes->checkedId()));
     request.priceSettings = read().prices;
     runGuarded(m_context.prompter, [&] { return recomputeLot(m_context.db, m_masterData, m_harvestId, lotNumber(), request, m_context.prompter); });
+    reloadShownLog(); // the shown log may be one the lot's recompute rewrote
     refreshRows();
 }
 
@@ -408,6 +428,7 @@ void LogDialog::onPriceRecompute()
     request.prices = true;
     request.priceSettings = read().prices;
     runGuarded(m_context.prompter, [&] { return recomputeLot(m_context.db, m_masterData, m_harvestId, lotNumber(), request, m_context.prompter); });
+    reloadShownLog(); // the shown log may be one the lot's recompute rewrote
     refreshRows();
 }
 

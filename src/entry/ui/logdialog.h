@@ -1,6 +1,7 @@
 #pragma once
 // EF_Eingabe_Staemme: measured logs typed one after another; every change recomputes the
-// deduction, volume, classes and prices at once.
+// deduction, volume, classes and prices at once. A stored log opened to be changed shows its
+// stored values until something is typed.
 #include "devices/logimport.h"
 #include "entry/logentry.h"
 #include "entry/ui/entrywindow.h"
@@ -23,7 +24,6 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void loadEntry(qint32 id) override;
-    void afterLoad() override { recompute(); }
     void startNew() override;
     void lotChosen(std::optional<qint32> lot) override;
     HarvestRows gridRows() const override;
@@ -41,7 +41,11 @@ private:
     void onPriceRecompute();
     void quickEntry(int fieldIndex);
 
+    void reloadShownLog();
+
     bool m_heilbronnComputed = false;
+    // Prices of the stored log shown in "Ändern" until something typed recomputes it.
+    std::optional<std::pair<float, float>> m_storedPrices;
     int m_storedRows = 0;
 
     QComboBox* m_quality = nullptr;       // kom(2)

@@ -275,6 +275,14 @@ void MasterDataHub::onCopy()
     const std::optional<qint32> copy = runGuarded(m_context.prompter, [&] { return copyDayPriceRow(m_context, *id); });
     refresh();
     selectId(copy);
+    // A copy is made to price another quality: its `Güte` is what to type next.
+    const int row = copy ? int(rowIds().indexOf(*copy)) : -1;
+    const int quality = m_model->record().indexOf(QStringLiteral("Güte"));
+    if (row >= 0 && quality >= 0) {
+        const QModelIndex cell = m_grid->model()->index(row, quality);
+        m_grid->setCurrentIndex(cell);
+        m_grid->edit(cell);
+    }
 }
 
 void MasterDataHub::onDelete()
