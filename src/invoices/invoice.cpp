@@ -4,6 +4,8 @@
 #include "common/sqldate.h"
 #include "common/text.h"
 #include "common/textfile.h"
+#include "invoices/einvoice/unitprice.h"
+#include "parties/parties.h"
 #include "reports/columns.h"
 #include "store/sql.h"
 #include "store/textwidth.h"
@@ -27,10 +29,10 @@ constexpr int LineWidth = 61;
 QString field(const QSqlRecord& r, const char* name) { return readText(r.value(QString::fromUtf8(name))); }
 float floatField(const QSqlRecord& r, const char* name) { return float(readNumber(r.value(QString::fromUtf8(name)))); }
 
-// A label on the left, the amount flush with the right edge of the lot tables.
+// A label on the left, the amount in euros flush with the right edge of the lot tables.
 QString amountLine(const QString& label, Cents value)
 {
-    return label.leftJustified(LineWidth - 15, u' ') + right(centsText(value), 15);
+    return label.leftJustified(LineWidth - 17, u' ') + right(centsText(value) + QStringLiteral(" €"), 17);
 }
 
 QString percentText(PercentHundredths value) { return centsText(value) + QStringLiteral(" %"); }
@@ -53,15 +55,51 @@ StoredInvoice storedFrom(const QSqlRecord& r)
     return s;
 }
 
-std::optional<StoredInvoice> firstInvoice(QSqlQuery q)
+// The date of supply and the discount days kept beside the invoice's row.
+void readDetails(const QSqlDatabase& db, StoredInvoice& s)
+{
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT Leistungsdatum, Skonto_Tage FROM Rechnungsangaben WHERE ReNr = ? ORDER BY ID LIMIT 1"),
+                          {s.number});
+    if (q.next()) {
+        s.deliveryDate = germanDateFromSql(q.value(0));
+        s.discountDays = q.value(1).isNull() ? QString() : QString::number(toLong(readNumber(q.value(1))));
+    }
+    if (s.deliveryDate.isEmpty())
+        s.deliveryDate = s.date;
+}
+
+std::optional<StoredInvoice> firstInvoice(const QSqlDatabase& db, QSqlQuery q)
 {
     if (!q.next())
         return std::nullopt;
-    return storedFrom(q.record());
+    StoredInvoice s = storedFrom(q.record());
+    readDetails(db, s);
+    return s;
+}
+
+// "Hieb 7, Los 1 / Fichte lang": where a line's wood lies, for the e-invoice's line description.
+QString lotPlace(const QSqlDatabase& db, const QSqlRecord& lot)
+{
+    const QString hiebNr = text(scalar(db, QStringLiteral("SELECT Hieb_Nr FROM Hiebe WHERE ID = ?"), {lot.value(QStringLiteral("Kennung"))}));
+    QString place = QStringLiteral("Hieb %1, Los %2").arg(hiebNr, field(lot, "Los_Nr"));
+    if (!field(lot, "Los_Bezeichnung").isEmpty())
+        place += QStringLiteral(" / ") + field(lot, "Los_Bezeichnung");
+    return place;
+}
+
+einvoice::Line item(const QString& name, const QString& description, einvoice::Quantity quantity, QString unit, Cents net)
+{
+    if (quantity.value == 0) {
+        // Nothing measured to count by: the line is one flat amount.
+        quantity = {1, 0};
+        unit = QStringLiteral("C62");
+    }
+    return {QString(), name.simplified(), description, quantity, unit, einvoice::unitPriceText(net, quantity), net};
 }
 
 void logBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
 {
+    const QString place = lotPlace(db, lot);
     const QVariant harvest = lot.value(QStringLiteral("Kennung"));
     const QVariant lotNr = lot.value(QStringLiteral("Los_Nr"));
     block.lines << QStringLiteral("Stammholz  Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung");
@@ -77,14 +115,26 @@ void logBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
         block.lines << left(text(q.value(1)), 21) + u' ' + left(text(q.value(2)), 4) + u' ' + left(text(q.value(3)), 6) +
                            right(text(q.value(0)), 4) + right(formatDecimal(efm, 3), 8) + right(perEfm, 8) + right(centsText(price), 9);
         block.amount += price;
+        block.items << item(QStringLiteral("Stammholz %1 %2 %3").arg(text(q.value(1)), text(q.value(2)), text(q.value(3))),
+                            QStringLiteral("%1, %2 Stämme").arg(place, text(q.value(0))), einvoice::quantityOf(efm, 3),
+                            QStringLiteral("MTQ"), price);
     }
 }
 
 // A pole or stacked-wood lot: its heading, the column caption, then one line per row, each
 // ending in the row's price (the statement's sixth column), which the block's amount sums.
+// What a row of a pole or stacked-wood lot is as an e-invoice line: its name, quantity and unit.
+struct RowItem {
+    QString name;
+    einvoice::Quantity quantity;
+    QString unit;
+};
+
 void rowsBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block, const QString& kind, const QString& caption,
-               const QString& sql, const std::function<QString(const QSqlQuery&)>& line)
+               const QString& sql, const std::function<QString(const QSqlQuery&)>& line,
+               const std::function<RowItem(const QSqlQuery&)>& rowItem)
 {
+    const QString place = lotPlace(db, lot);
     block.lines << kind + QStringLiteral("  Los: ") + field(lot, "Los_Nr") + QStringLiteral(" / ") + field(lot, "Los_Bezeichnung");
     block.lines << caption;
     QSqlQuery q = execSql(db, sql, {lot.value(QStringLiteral("Kennung")), lot.value(QStringLiteral("Los_Nr"))});
@@ -92,6 +142,8 @@ void rowsBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block, c
         const Cents price = centsOf(q.value(5));
         block.lines << line(q) + right(centsText(price), 9);
         block.amount += price;
+        const RowItem r = rowItem(q);
+        block.items << item(r.name, place, r.quantity, r.unit, price);
     }
 }
 
@@ -103,6 +155,10 @@ void poleBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
               [](const QSqlQuery& q) {
                   return left(text(q.value(0)), 21) + u' ' + right(text(q.value(1)), 6) + right(decimals(q.value(2), 2), 7) +
                          QStringLiteral("  ") + left(text(q.value(3)), 6) + right(decimals(q.value(4), 2), 10);
+              },
+              [](const QSqlQuery& q) {
+                  return RowItem{QStringLiteral("Pfähle %1 %2, %3 m").arg(text(q.value(0)), text(q.value(3)), decimals(q.value(2), 2)),
+                                 {qint64(readNumber(q.value(1))), 0}, QStringLiteral("H87")};
               });
 }
 
@@ -114,6 +170,10 @@ void stackBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
               [](const QSqlQuery& q) {
                   return left(text(q.value(0)), 21) + u' ' + right(text(q.value(1)), 6) + QStringLiteral("  ") + left(text(q.value(2)), 6) +
                          right(decimals(q.value(3), 2), 8) + right(decimals(q.value(4), 2), 9);
+              },
+              [](const QSqlQuery& q) {
+                  return RowItem{QStringLiteral("Schichtholz %1 %2, Sektion %3").arg(text(q.value(0)), text(q.value(2)), text(q.value(1))),
+                                 einvoice::quantityOf(readNumber(q.value(3)), 2), QStringLiteral("MTQ")};
               });
 }
 
@@ -146,10 +206,32 @@ InvoiceAmount invoiceAmount(Cents net, PercentHundredths levy, PercentHundredths
     return a;
 }
 
+std::optional<int> discountDays(const InvoiceInput& input)
+{
+    const QString typed = input.discountDays.trimmed();
+    bool ok = false;
+    const int days = typed.toInt(&ok);
+    if (!ok || days < 0 || days > 365)
+        return std::nullopt;
+    return days;
+}
+
+std::optional<std::array<QString, 6>> ownSenderLines(const QSqlDatabase& db)
+{
+    const parties::OwnData own = parties::loadOwnData(db);
+    if (own.name.trimmed().isEmpty())
+        return std::nullopt;
+    return std::array<QString, 6>{own.name.trimmed(), own.street.trimmed(), (own.postCode.trimmed() + u' ' + own.city.trimmed()).trimmed(),
+                                  own.phone.trimmed().isEmpty() ? QString() : QStringLiteral("Tel. ") + own.phone.trimmed(),
+                                  own.email.trimmed(), QString()};
+}
+
 InvoiceInput newInvoiceInput(const AppContext& context)
 {
     InvoiceInput input;
     loadRemembered(context.dataFolder, input);
+    if (const auto sender = ownSenderLines(context.db))
+        input.sender = *sender;
     input.number = QString::number(proposedInvoiceNumber(context.db, context.clock.today()));
     input.date = formatGermanDate(context.clock.today());
     return input;
@@ -158,8 +240,16 @@ InvoiceInput newInvoiceInput(const AppContext& context)
 bool applyBuyerDetails(const QSqlDatabase& db, const QString& buyer, InvoiceInput& input)
 {
     const auto details = buyerDetails(db, buyer.trimmed());
-    if (!details)
-        return false;
+    if (!details) {
+        // No invoice yet: the register's address, as far as it is known.
+        const auto known = parties::loadBuyer(db, buyer);
+        if (!known)
+            return false;
+        input.name = known->name;
+        input.street = known->street;
+        input.town = (known->postCode + u' ' + known->city).trimmed();
+        return true;
+    }
     input.name = details->name;
     input.street = details->street;
     input.town = details->town;
@@ -167,6 +257,7 @@ bool applyBuyerDetails(const QSqlDatabase& db, const QString& buyer, InvoiceInpu
     input.levy = formatDecimal(details->levy, 2);
     input.vat = formatDecimal(details->vat, 2);
     input.discount = formatDecimal(details->discount, 2);
+    input.discountDays = details->discountDays;
     return true;
 }
 
@@ -219,7 +310,10 @@ std::optional<BuyerDetails> buyerDetails(const QSqlDatabase& db, const QString& 
     if (!q.next())
         return std::nullopt;
     const QSqlRecord r = q.record();
+    const QVariant days = scalar(db, QStringLiteral("SELECT Skonto_Tage FROM Rechnungsangaben WHERE ReNr = ? ORDER BY ID LIMIT 1"),
+                                 {r.value(QStringLiteral("ReNr"))});
     return BuyerDetails{field(r, "Vor_Nachname"), field(r, "Strasse"), field(r, "Wohnort"), field(r, "Kundeninfo"),
+                        days.isNull() || !days.isValid() ? QString() : QString::number(toLong(readNumber(days))),
                         floatField(r, "CMA_Abgabe_Proz"), floatField(r, "MwSt_Proz"), floatField(r, "Skonto_Proz")};
 }
 
@@ -235,15 +329,7 @@ QList<OpenLot> openLots(const QSqlDatabase& db)
     return lots;
 }
 
-QStringList invoiceBuyers(const QSqlDatabase& db)
-{
-    QStringList buyers;
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT DISTINCT Abnehmer FROM Rechnungen ORDER BY Abnehmer"));
-    while (q.next())
-        if (!readText(q.value(0)).isEmpty())
-            buyers << readText(q.value(0));
-    return buyers;
-}
+QStringList invoiceBuyers(const QSqlDatabase& db) { return parties::buyerNames(db); }
 
 QList<qint32> invoiceNumbers(const QSqlDatabase& db)
 {
@@ -256,12 +342,12 @@ QList<qint32> invoiceNumbers(const QSqlDatabase& db)
 
 std::optional<StoredInvoice> loadInvoice(const QSqlDatabase& db, qint32 number)
 {
-    return firstInvoice(execSql(db, QStringLiteral("SELECT * FROM Rechnungen WHERE ReNr = ? ORDER BY ID LIMIT 1"), {number}));
+    return firstInvoice(db, execSql(db, QStringLiteral("SELECT * FROM Rechnungen WHERE ReNr = ? ORDER BY ID LIMIT 1"), {number}));
 }
 
 std::optional<StoredInvoice> loadInvoiceById(const QSqlDatabase& db, qint32 id)
 {
-    return firstInvoice(execSql(db, QStringLiteral("SELECT * FROM Rechnungen WHERE ID = ?"), {id}));
+    return firstInvoice(db, execSql(db, QStringLiteral("SELECT * FROM Rechnungen WHERE ID = ?"), {id}));
 }
 
 LotBlock lotBlock(const QSqlDatabase& db, qint32 lotId)
@@ -277,6 +363,9 @@ LotBlock lotBlock(const QSqlDatabase& db, qint32 lotId)
                            QStringLiteral("   Efm(oR): ") + decimals(lot.value(QStringLiteral("Efm_oR")), 3);
         block.lines << QStringLiteral("Dieses Los wird per vereinbartem Pauschalpreis abgerechnet.");
         block.amount = centsOf(lot.value(QStringLiteral("Pauschalpreis_G")));
+        block.items << item(QStringLiteral("Stammholz zum vereinbarten Pauschalpreis"),
+                            lotPlace(db, lot) + QStringLiteral(", Efm(oR): ") + decimals(lot.value(QStringLiteral("Efm_oR")), 3), {1, 0},
+                            QStringLiteral("C62"), block.amount);
         block.lines << amountLine(QStringLiteral("Pauschalpreis:"), block.amount);
     } else if (sorting == u"Stämme") {
         logBlock(db, lot, block);
@@ -313,19 +402,32 @@ InvoicePreview invoicePreview(const QSqlDatabase& db, const InvoiceInput& input,
     if (!anyLot)
         return preview;
 
+    // What a complete invoice names besides the address: the seller's tax number or VAT id,
+    // the buyer's VAT id where known, the date of supply and the seller's tax regime.
+    const parties::OwnData own = parties::loadOwnData(db);
+    const std::optional<parties::BuyerData> buyer = parties::loadBuyer(db, input.buyer);
     QStringList lines;
     for (const QString& line : input.sender)
         if (!line.trimmed().isEmpty())
             lines << line.trimmed();
+    if (!own.taxNumber.trimmed().isEmpty())
+        lines << QStringLiteral("Steuernummer: ") + own.taxNumber.trimmed();
+    if (!own.vatId.trimmed().isEmpty())
+        lines << QStringLiteral("USt-IdNr.: ") + own.vatId.trimmed();
     lines << QString();
     for (const QString& line : {input.name, input.street, input.town})
         if (!line.trimmed().isEmpty())
             lines << line.trimmed();
+    if (buyer && !buyer->vatId.isEmpty())
+        lines << QStringLiteral("USt-IdNr.: ") + buyer->vatId;
     lines << QString();
-    const int labelWidth = std::max({captions.customer.size(), captions.date.size(), captions.number.size()}) + 2;
+    const QString deliveryCaption = QStringLiteral("Leistungsdatum");
+    const int labelWidth = std::max({captions.customer.size(), captions.date.size(), captions.number.size(), deliveryCaption.size()}) + 2;
     if (!input.customerInfo.trimmed().isEmpty())
         lines << (captions.customer + u':').leftJustified(labelWidth, u' ') + input.customerInfo.trimmed();
     lines << (captions.date + u':').leftJustified(labelWidth, u' ') + input.date.trimmed();
+    const QString delivery = input.deliveryDate.trimmed().isEmpty() ? input.date.trimmed() : input.deliveryDate.trimmed();
+    lines << (deliveryCaption + u':').leftJustified(labelWidth, u' ') + delivery;
     // The number as it is stored: typed digits with leading zeros or blanks print without them.
     const std::optional<qint32> number = invoiceNumber(input.number);
     lines << (captions.number + u':').leftJustified(labelWidth, u' ') + (number ? QString::number(*number) : input.number.trimmed());
@@ -343,6 +445,8 @@ InvoicePreview invoicePreview(const QSqlDatabase& db, const InvoiceInput& input,
     }
     lines << QString(LineWidth, u'=');
     lines << amountLine(QStringLiteral("Rechnungsbetrag:"), a.total);
+    if (!parties::regimeNote(own.regime).isEmpty())
+        lines << QString() << parties::regimeNote(own.regime);
     if (discountPercent > 0 && !input.discountNote.trimmed().isEmpty())
         lines << QString() << input.discountNote.trimmed();
     if (!input.closing.trimmed().isEmpty())
@@ -368,6 +472,12 @@ QStringList invoiceRefusals(const QSqlDatabase& db, const InvoiceInput& input, c
         reasons << QStringLiteral("...die Rechnungsnummer bereits vergeben ist.");
     if (previewText.trimmed().isEmpty())
         reasons << QStringLiteral("...mindestens ein Los für die Rechnung ausgewählt werden muss.");
+    if (!input.deliveryDate.trimmed().isEmpty() && !parseGermanDate(input.deliveryDate.trimmed()).isValid())
+        reasons << QStringLiteral("...das Leistungsdatum nicht korrekt ist.");
+    if (!input.discountDays.trimmed().isEmpty() && !discountDays(input))
+        reasons << QStringLiteral("...die Skonto-Tage eine ganze Zahl von 0 bis 365 sein müssen.");
+    if (parties::loadOwnData(db).regime == parties::TaxRegime::Small19 && invoicePercent(input.vat) > 0)
+        reasons << QStringLiteral("...als Kleinunternehmer (§ 19 UStG) keine Umsatzsteuer berechnet werden darf.");
     // The texts as storeInvoice stores them; the buyer goes into the lots too, as wide there.
     reasons << widthReasons(QStringLiteral("Rechnungen"),
                             {{QStringLiteral("Abnehmer"), input.buyer.trimmed(), QStringLiteral("der Abnehmer")},
@@ -396,6 +506,15 @@ std::optional<qint32> storeInvoice(const AppContext& context, const InvoiceInput
                 {buyer, input.name.trimmed(), input.street.trimmed(), input.town.trimmed(), input.customerInfo.trimmed(), number,
                  centsValue(invoicePercent(input.levy)), centsValue(invoicePercent(input.vat)), centsValue(invoicePercent(input.discount)),
                  sqlDateValue(input.date.trimmed()), preview.text, centsValue(preview.amount.total)});
+        const QString delivery = input.deliveryDate.trimmed().isEmpty() ? input.date.trimmed() : input.deliveryDate.trimmed();
+        execSql(context.db, QStringLiteral("INSERT INTO Rechnungsangaben(ReNr, Leistungsdatum, Skonto_Tage) VALUES (?, ?, ?)"),
+                {number, sqlDateValue(delivery), discountDays(input) ? QVariant(*discountDays(input)) : QVariant()});
+        // A buyer typed for the first time joins the register with the address as typed.
+        if (!buyer.isEmpty() && !parties::loadBuyer(context.db, buyer)) {
+            const auto [postCode, town] = parties::splitTown(input.town);
+            execSql(context.db, QStringLiteral("INSERT INTO Abnehmerdaten(Kurzname, Name, Strasse, PLZ, Ort, Land) VALUES (?, ?, ?, ?, ?, 'DE')"),
+                    {buyer, input.name.trimmed(), input.street.trimmed(), postCode, town});
+        }
         QSet<qint32> harvests;
         for (qint32 id : input.lotIds) {
             const QVariant harvest = scalar(context.db, QStringLiteral("SELECT Kennung FROM Lose WHERE ID = ?"), {id});

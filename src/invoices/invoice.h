@@ -2,6 +2,7 @@
 // An invoice to one buyer for one or more lots: the proposed number, the buyer's last details,
 // the amount with levy, VAT and cash discount, the invoice text, the checks and the store.
 #include "common/money.h"
+#include "invoices/einvoice/einvoice.h"
 #include "store/context.h"
 
 #include <QDate>
@@ -26,6 +27,8 @@ struct InvoiceInput {
     QString vat;          // tz(2), per cent
     QString discount;     // tz(3), per cent
     QString date;         // tdat(0), "dd.mm.yyyy"
+    QString deliveryDate; // date of supply, "dd.mm.yyyy"; empty: the invoice date
+    QString discountDays; // days the cash discount holds
     std::array<QString, 6> sender; // t(4) ... t(9)
     QString discountNote; // t(10)
     QString closing;      // t(11)
@@ -60,7 +63,7 @@ qint32 proposedInvoiceNumber(const QSqlDatabase& db, const QDate& today);
 
 // From the buyer's latest invoice.
 struct BuyerDetails {
-    QString name, street, town, customerInfo;
+    QString name, street, town, customerInfo, discountDays;
     float levy = 0, vat = 0, discount = 0;
 };
 std::optional<BuyerDetails> buyerDetails(const QSqlDatabase& db, const QString& buyer);
@@ -72,12 +75,13 @@ struct OpenLot {
     qint32 lotId = 0;
 };
 QList<OpenLot> openLots(const QSqlDatabase& db);
-QStringList invoiceBuyers(const QSqlDatabase& db);
+QStringList invoiceBuyers(const QSqlDatabase& db); // the buyer register and earlier invoices, in German order
 QList<qint32> invoiceNumbers(const QSqlDatabase& db); // highest first
 
 // A stored invoice, as the window shows it.
 struct StoredInvoice {
     QString buyer, name, street, town, customerInfo, date, text;
+    QString deliveryDate, discountDays; // "dd.mm.yyyy" (the invoice date when none was kept), days or empty
     qint32 number = 0;
     float levy = 0, vat = 0, discount = 0;
     Cents amount = 0;
@@ -89,6 +93,7 @@ std::optional<StoredInvoice> loadInvoiceById(const QSqlDatabase& db, qint32 id);
 struct LotBlock {
     QStringList lines;
     Cents amount = 0; // the sum of the prices its lines print
+    QList<einvoice::Line> items; // the priced lines as an e-invoice carries them, ids left empty
 };
 LotBlock lotBlock(const QSqlDatabase& db, qint32 lotId);
 
@@ -102,7 +107,12 @@ InvoicePreview invoicePreview(const QSqlDatabase& db, const InvoiceInput& input,
 // "Rechnungsbetrag:" with the amount, as the window shows it under the preview.
 QString amountCaption(Cents amount);
 
-// A new invoice as the window starts it: the remembered texts, the proposed number, today.
+// The sender frame's six lines from the own data (name, street, post code and town, phone,
+// e-mail); nothing when no own data are kept.
+std::optional<std::array<QString, 6>> ownSenderLines(const QSqlDatabase& db);
+
+// A new invoice as the window starts it: the remembered texts (the sender from the own data
+// where kept), the proposed number, today.
 InvoiceInput newInvoiceInput(const AppContext& context);
 // The buyer's latest invoice's name, address, customer information and percentages over the
 // input's fields; false (input unchanged) when the buyer has no invoice yet.
@@ -115,6 +125,9 @@ struct LotChoice {
     QStringList reasons;
 };
 LotChoice lotsForInvoice(const QSqlDatabase& db, qint32 harvestId, const QList<qint32>& lotNumbers);
+
+// The discount days as typed: a whole number from 0 to 365; nothing otherwise.
+std::optional<int> discountDays(const InvoiceInput& input);
 
 // The invoice number as typed: digits only and within the column's range; nothing otherwise.
 std::optional<qint32> invoiceNumber(const QString& typed);

@@ -65,7 +65,10 @@ struct PrintedInvoice {
 
 inline qint64 lastFigure(const QString& line)
 {
-    return qRound64(QLocale(QLocale::German).toDouble(line.split(u' ', Qt::SkipEmptyParts).constLast()) * 100);
+    QStringList words = line.split(u' ', Qt::SkipEmptyParts);
+    if (words.constLast() == u"€")
+        words.removeLast();
+    return qRound64(QLocale(QLocale::German).toDouble(words.constLast()) * 100);
 }
 
 inline PrintedInvoice readPrintedInvoice(const QStringList& lines)

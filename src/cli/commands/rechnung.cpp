@@ -20,6 +20,9 @@ const QCommandLineOption DateOption(QStringLiteral("datum"), QStringLiteral("Rec
 const QCommandLineOption LevyOption(QStringLiteral("abgabe"), QStringLiteral("CMA-Abgabe in % (neu)"), QStringLiteral("P"));
 const QCommandLineOption VatOption(QStringLiteral("mwst"), QStringLiteral("Umsatzsteuer in % (neu)"), QStringLiteral("P"));
 const QCommandLineOption DiscountOption(QStringLiteral("skonto"), QStringLiteral("Skonto in % (neu)"), QStringLiteral("P"));
+const QCommandLineOption DiscountDaysOption(QStringLiteral("skonto-tage"), QStringLiteral("Tage, die das Skonto gilt (neu)"), QStringLiteral("N"));
+const QCommandLineOption DeliveryOption(QStringLiteral("leistungsdatum"), QStringLiteral("Leistungsdatum statt des Rechnungsdatums (neu)"),
+                                        QStringLiteral("TT.MM.JJJJ"));
 
 bool isNew(const QStringList& positional) { return positional.value(0) == u"neu"; }
 
@@ -43,7 +46,8 @@ public:
     QString synopsis() const override
     {
         return QStringLiteral("RENR [--datei PFAD] | neu HIEB_NR LOS_NR[,LOS_NR...] --abnehmer KURZNAME [--name T] [--strasse T] "
-                              "[--ort T] [--kunde T] [--renr N] [--datum TT.MM.JJJJ] [--abgabe P] [--mwst P] [--skonto P]");
+                              "[--ort T] [--kunde T] [--renr N] [--datum TT.MM.JJJJ] [--leistungsdatum TT.MM.JJJJ] [--abgabe P] [--mwst P] [--skonto P] "
+                              "[--skonto-tage N]");
     }
     QString summary() const override
     {
@@ -54,7 +58,7 @@ public:
     {
         parser.addPositionalArgument(QStringLiteral("RENR"), QStringLiteral("Rechnungsnummer, oder neu HIEB_NR LOS_NR[,LOS_NR...]"));
         parser.addOptions({FileOption, BuyerOption, NameOption, StreetOption, TownOption, CustomerOption, NumberOption, DateOption,
-                           LevyOption, VatOption, DiscountOption});
+                           LevyOption, VatOption, DiscountOption, DiscountDaysOption, DeliveryOption});
     }
     QString usageProblem(const QCommandLineParser& parser) const override
     {
@@ -71,7 +75,7 @@ public:
         if (positional.size() != 1 || !wholeNumber(positional[0]))
             return QStringLiteral("rechnung erwartet die Rechnungsnummer.");
         for (const QCommandLineOption& o : {BuyerOption, NameOption, StreetOption, TownOption, CustomerOption, NumberOption, DateOption,
-                                            LevyOption, VatOption, DiscountOption})
+                                            LevyOption, VatOption, DiscountOption, DiscountDaysOption, DeliveryOption})
             if (parser.isSet(o))
                 return QStringLiteral("--%1 gilt nur für rechnung neu.").arg(o.names().constFirst());
         return {};
@@ -114,7 +118,7 @@ private:
         const std::pair<const QCommandLineOption&, QString*> typed[] = {
             {NameOption, &input.name},   {StreetOption, &input.street}, {TownOption, &input.town}, {CustomerOption, &input.customerInfo},
             {NumberOption, &input.number}, {DateOption, &input.date},   {LevyOption, &input.levy}, {VatOption, &input.vat},
-            {DiscountOption, &input.discount}};
+            {DiscountOption, &input.discount}, {DiscountDaysOption, &input.discountDays}, {DeliveryOption, &input.deliveryDate}};
         for (const auto& [option, field] : typed)
             if (parser.isSet(option))
                 *field = parser.value(option);

@@ -50,6 +50,10 @@ InvoiceDialog::InvoiceDialog(const AppContext& context, Mode mode, QList<qint32>
     fillLists();
     fillLots();
     applyRemembered();
+    if (m_mode == Mode::Neu)
+        if (const auto sender = ownSenderLines(m_context.db))
+            for (int i = 0; i < 6; ++i)
+                m_t[size_t(4 + i)]->setText(sender->at(size_t(i)));
     updateCaptions();
     m_date->setText(formatGermanDate(m_context.clock.today()));
     if (m_mode == Mode::Neu) {
@@ -66,6 +70,8 @@ InvoiceDialog::InvoiceDialog(const AppContext& context, Mode mode, QList<qint32>
         for (QLineEdit* e : m_tz)
             showReadOnly(e);
         showReadOnly(m_date);
+        showReadOnly(m_delivery);
+        showReadOnly(m_discountDays);
         m_buyer->setEnabled(false);
         m_lots->setEnabled(false);
         m_ok[0]->setEnabled(false);
@@ -100,8 +106,13 @@ void InvoiceDialog::build()
         m_tz[size_t(i)] = field(QStringLiteral("tz(%1)").arg(i), 10);
     m_date = field(QStringLiteral("tdat(0)"), 10);
     m_date->setPlaceholderText(QStringLiteral("TT.MM.JJJJ"));
+    m_delivery = field(QStringLiteral("tdat(1)"), 10);
+    m_delivery->setPlaceholderText(QStringLiteral("TT.MM.JJJJ"));
+    m_delivery->setToolTip(QStringLiteral("Leer: wie das Rechnungsdatum"));
+    m_discountDays = field(QStringLiteral("tz(4)"), 3);
+    m_discountDays->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]{0,3}")), m_discountDays));
     // Numbers and the date need a few characters, not the column's whole width.
-    for (QLineEdit* e : {m_tz[0], m_tz[1], m_tz[2], m_tz[3], m_date})
+    for (QLineEdit* e : {m_tz[0], m_tz[1], m_tz[2], m_tz[3], m_date, m_delivery, m_discountDays})
         e->setMaximumWidth(e->fontMetrics().averageCharWidth() * (e->maxLength() + 4));
     for (int i = 0; i < 3; ++i) {
         m_captions[size_t(i)] = new QPushButton;
@@ -119,6 +130,7 @@ void InvoiceDialog::build()
     buyerForm->addRow(QStringLiteral("Wohnort:"), m_t[2]);
     buyerForm->addRow(m_captions[0], m_t[12]);
     buyerForm->addRow(m_captions[1], m_date);
+    buyerForm->addRow(QStringLiteral("Leistungsdatum:"), m_delivery);
     buyerForm->addRow(m_captions[2], m_tz[0]);
 
     auto* percentBox = new QGroupBox(QStringLiteral("Abgaben und Skonto"));
@@ -143,7 +155,13 @@ void InvoiceDialog::build()
     leftColumn->addWidget(buyerBox);
     leftColumn->addWidget(percentBox);
     leftColumn->addWidget(senderBox);
-    leftColumn->addWidget(framed(QStringLiteral("Hinweistext bei Skonto-Berechnung (z.B. 2% Skonto bis 21 Tage)"), m_t[10]));
+    auto* discountBox = framed(QStringLiteral("Hinweistext bei Skonto-Berechnung (z.B. 2% Skonto bis 21 Tage)"), m_t[10]);
+    auto* daysRow = new QHBoxLayout;
+    daysRow->addWidget(new QLabel(QStringLiteral("Skonto gilt Tage:")));
+    daysRow->addWidget(m_discountDays);
+    daysRow->addStretch();
+    static_cast<QVBoxLayout*>(discountBox->layout())->addLayout(daysRow);
+    leftColumn->addWidget(discountBox);
     leftColumn->addWidget(framed(QStringLiteral("Zusatzinformationen (Bankverbindung, Zahlungshinweise, UID-Nummer...)"), m_t[11]));
     leftColumn->addStretch();
 
@@ -217,6 +235,8 @@ void InvoiceDialog::build()
     for (QLineEdit* e : m_tz)
         connect(e, &QLineEdit::textEdited, this, &InvoiceDialog::updatePreview);
     connect(m_date, &QLineEdit::textEdited, this, &InvoiceDialog::updatePreview);
+    connect(m_delivery, &QLineEdit::textEdited, this, &InvoiceDialog::updatePreview);
+    connect(m_discountDays, &QLineEdit::textEdited, this, &InvoiceDialog::updatePreview);
     connect(m_buyer, &QComboBox::activated, this, &InvoiceDialog::onBuyerChosen);
     connect(m_numbers, &QComboBox::activated, this, &InvoiceDialog::onNumberChosen);
     connect(m_lots->selectionModel(), &QItemSelectionModel::selectionChanged, this, &InvoiceDialog::updatePreview);
@@ -283,6 +303,8 @@ InvoiceInput InvoiceDialog::input() const
     in.vat = m_tz[2]->text();
     in.discount = m_tz[3]->text();
     in.date = m_date->text();
+    in.deliveryDate = m_delivery->text();
+    in.discountDays = m_discountDays->text();
     for (int i = 0; i < 6; ++i)
         in.sender[size_t(i)] = m_t[size_t(4 + i)]->text();
     in.discountNote = m_t[10]->text();
@@ -325,6 +347,7 @@ void InvoiceDialog::onBuyerChosen()
     m_tz[1]->setText(details.levy);
     m_tz[2]->setText(details.vat);
     m_tz[3]->setText(details.discount);
+    m_discountDays->setText(details.discountDays);
     updatePreview();
 }
 
@@ -349,6 +372,8 @@ void InvoiceDialog::showInvoice(const StoredInvoice& invoice)
     m_tz[2]->setText(percentField(invoice.vat));
     m_tz[3]->setText(percentField(invoice.discount));
     m_date->setText(invoice.date);
+    m_delivery->setText(invoice.deliveryDate);
+    m_discountDays->setText(invoice.discountDays);
     m_preview->setPlainText(invoiceLines(invoice.text).join(u'\n'));
     m_amount->setText(amountCaption(invoice.amount));
     m_numbers->setCurrentIndex(m_numbers->findData(invoice.number));

@@ -57,6 +57,8 @@ private:
     std::array<QLineEdit*, 13> m_t{};  // t(0) ... t(12); t(3) is the preview
     std::array<QLineEdit*, 4> m_tz{};  // tz(0) number, tz(1) ... tz(3) per cent
     QLineEdit* m_date = nullptr;       // tdat(0)
+    QLineEdit* m_delivery = nullptr;   // tdat(1), date of supply
+    QLineEdit* m_discountDays = nullptr; // tz(4), days of the cash discount
     QPlainTextEdit* m_preview = nullptr; // t(3)
     QLabel* m_amount = nullptr;        // bezbetrag
     QTableWidget* m_lots = nullptr;    // li
