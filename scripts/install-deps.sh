@@ -16,6 +16,7 @@ packages=(
   qt6-serialport-dev
   libxlsxwriter-dev qt6-charts-dev libqt6opengl6-dev
   clang libfuzzer-14-dev
+  libpoppler-qt6-dev qpdf libxml2-utils default-jre-headless libsaxonhe-java
 )
 
 missing=()
