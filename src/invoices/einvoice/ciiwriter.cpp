@@ -143,11 +143,11 @@ void writeBuyer(Writer& w, const Buyer& buyer)
     w.close();
 }
 
-void writeLine(Writer& w, const Invoice& invoice, const Line& line)
+void writeLine(Writer& w, const Invoice& invoice, const Line& line, qsizetype index)
 {
     w.open(Ram, QStringLiteral("IncludedSupplyChainTradeLineItem"));
     w.open(Ram, QStringLiteral("AssociatedDocumentLineDocument"));
-    w.text(QStringLiteral("LineID"), line.id);
+    w.text(QStringLiteral("LineID"), blank(line.id) ? QString::number(index + 1) : line.id);
     w.close();
     w.open(Ram, QStringLiteral("SpecifiedTradeProduct"));
     w.text(QStringLiteral("Name"), line.name);
@@ -292,7 +292,8 @@ QByteArray writeCii(const Invoice& given, Profile profile)
     w.text(QStringLiteral("ID"), invoice.number);
     w.text(QStringLiteral("TypeCode"), QStringLiteral("380"));
     w.date(QStringLiteral("IssueDateTime"), invoice.issueDate);
-    for (const QString& note : {regimeNote(invoice.seller.regime), invoice.note}) {
+    const QString regime = regimeNote(invoice.seller.regime);
+    for (const QString& note : {invoice.note.contains(regime) ? QString() : regime, invoice.note}) {
         if (blank(note))
             continue;
         w.open(Ram, QStringLiteral("IncludedNote"));
@@ -302,8 +303,8 @@ QByteArray writeCii(const Invoice& given, Profile profile)
     w.close();
 
     w.open(Rsm, QStringLiteral("SupplyChainTradeTransaction"));
-    for (const Line& line : invoice.lines)
-        writeLine(w, invoice, line);
+    for (qsizetype i = 0; i < invoice.lines.size(); ++i)
+        writeLine(w, invoice, invoice.lines[i], i);
 
     w.open(Ram, QStringLiteral("ApplicableHeaderTradeAgreement"));
     w.textIf(QStringLiteral("BuyerReference"), invoice.buyer.reference);

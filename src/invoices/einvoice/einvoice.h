@@ -63,7 +63,7 @@ struct Line {
     QString netPrice;    // BT-146 as decimal text with a point ("90.455000"), so quantity × price is the net within half a cent
     Cents net = 0;       // BT-131
     // BT-151/BT-152 as read from a file; empty when the seller's regime decides (own invoices).
-    QString vatCategory;
+    QString vatCategory{};
     PercentHundredths vatPercent = 0;
 };
 
@@ -75,7 +75,7 @@ struct Allowance {
     QString reason; // BT-97, e.g. "CMA-Abgabe"
     // Only for what a read file holds beyond the levy: a charge (BG-21) and its VAT category.
     bool charge = false;
-    QString vatCategory;
+    QString vatCategory{};
     PercentHundredths vatPercent = 0;
 };
 
@@ -94,7 +94,7 @@ struct Invoice {
     QDate issueDate;          // BT-2
     QDate deliveryDate;       // BT-72, the date of supply
     QString currency = QStringLiteral("EUR");
-    QString note;             // BT-22: the tax regime's note and free text
+    QString note;             // BT-22: free text; the writer adds the tax regime's note unless it is in here
     Seller seller;
     Buyer buyer;
     QList<Line> lines;

@@ -628,7 +628,7 @@ void labelled(QStringList& lines, const QString& label, const QString& value)
 ReadResult readInvoiceXml(const QByteArray& xml)
 {
     const Tree tree = parse(xml);
-    if (!tree.root) {
+    if (!tree.root || !tree.error.isEmpty()) {
         ReadResult result;
         result.error = tree.error.isEmpty() ? QStringLiteral("Die Datei ist kein gültiges XML.") : tree.error;
         return result;
