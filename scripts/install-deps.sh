@@ -17,6 +17,7 @@ packages=(
   libxlsxwriter-dev qt6-charts-dev libqt6opengl6-dev
   clang libfuzzer-14-dev
   xvfb # a display of its own to look at windows on
+  libpoppler-qt6-dev qpdf libxml2-utils default-jre-headless libsaxonhe-java
 )
 
 missing=()

@@ -4,7 +4,6 @@
 #include "common/sqldate.h"
 #include "common/text.h"
 #include "common/textfile.h"
-#include "invoices/einvoice/unitprice.h"
 #include "parties/parties.h"
 #include "reports/columns.h"
 #include "store/sql.h"
@@ -87,6 +86,19 @@ QString lotPlace(const QSqlDatabase& db, const QSqlRecord& lot)
     return place;
 }
 
+// The quantity of a value as it is printed with the given decimals: 2,921 Efm is {2921, 3}.
+einvoice::Quantity quantityOf(double value, int decimals)
+{
+    einvoice::Quantity q{0, decimals};
+    const QString printed = formatDecimal(value, decimals);
+    for (QChar c : printed)
+        if (c.isDigit())
+            q.value = q.value * 10 + c.digitValue();
+    if (printed.startsWith(u'-'))
+        q.value = -q.value;
+    return q;
+}
+
 einvoice::Line item(const QString& name, const QString& description, einvoice::Quantity quantity, QString unit, Cents net)
 {
     if (quantity.value == 0) {
@@ -116,7 +128,7 @@ void logBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
                            right(text(q.value(0)), 4) + right(formatDecimal(efm, 3), 8) + right(perEfm, 8) + right(centsText(price), 9);
         block.amount += price;
         block.items << item(QStringLiteral("Stammholz %1 %2 %3").arg(text(q.value(1)), text(q.value(2)), text(q.value(3))),
-                            QStringLiteral("%1, %2 Stämme").arg(place, text(q.value(0))), einvoice::quantityOf(efm, 3),
+                            QStringLiteral("%1, %2 Stämme").arg(place, text(q.value(0))), quantityOf(efm, 3),
                             QStringLiteral("MTQ"), price);
     }
 }
@@ -173,7 +185,7 @@ void stackBlock(const QSqlDatabase& db, const QSqlRecord& lot, LotBlock& block)
               },
               [](const QSqlQuery& q) {
                   return RowItem{QStringLiteral("Schichtholz %1 %2, Sektion %3").arg(text(q.value(0)), text(q.value(2)), text(q.value(1))),
-                                 einvoice::quantityOf(readNumber(q.value(3)), 2), QStringLiteral("MTQ")};
+                                 quantityOf(readNumber(q.value(3)), 2), QStringLiteral("MTQ")};
               });
 }
 

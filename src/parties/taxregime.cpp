@@ -40,9 +40,9 @@ QString regimeNote(TaxRegime regime)
 {
     switch (regime) {
     case TaxRegime::Flat24:
-        return QStringLiteral("Umsatzsteuer nach Durchschnittssatz gemäß § 24 UStG.");
+        return QStringLiteral("Umsatzsteuer nach Durchschnittssatz für forstwirtschaftliche Erzeugnisse gemäß § 24 Abs. 1 Satz 1 Nr. 1 UStG");
     case TaxRegime::Small19:
-        return QStringLiteral("Kein Ausweis von Umsatzsteuer, da Kleinunternehmer gemäß § 19 UStG.");
+        return QStringLiteral("Kein Ausweis von Umsatzsteuer, da Kleinunternehmer gemäß § 19 UStG");
     case TaxRegime::Regular:
         break;
     }

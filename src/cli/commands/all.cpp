@@ -22,6 +22,7 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeGeraeteimportCommand());
         list.push_back(makeExportCommand());
         list.push_back(makeImportCommand());
+        list.push_back(makeErechnungCommand());
         return list;
     }();
     return all;

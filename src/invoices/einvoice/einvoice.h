@@ -60,6 +60,9 @@ struct Line {
     QString unitCode;    // BT-130: MTQ (Efm, Rm), H87 (pieces), LM (running metres), C62 (one flat price)
     QString netPrice;    // BT-146 as decimal text with a point ("90.455000"), so quantity × price is the net within half a cent
     Cents net = 0;       // BT-131
+    // BT-151/BT-152 as read from a file; empty when the seller's regime decides (own invoices).
+    QString vatCategory{};
+    PercentHundredths vatPercent = 0;
 };
 
 // The levy: a document-level allowance (BG-20) with its percentage and base.
@@ -68,6 +71,20 @@ struct Allowance {
     Cents base = 0;
     PercentHundredths percent = 0;
     QString reason; // BT-97, e.g. "CMA-Abgabe"
+    // Only for what a read file holds beyond the levy: a charge (BG-21) and its VAT category.
+    bool charge = false;
+    QString vatCategory{};
+    PercentHundredths vatPercent = 0;
+};
+
+// One row of the VAT breakdown (BG-23).
+struct VatSubtotal {
+    QString category; // BT-118: S, E, …
+    PercentHundredths percent = 0;
+    Cents basis = 0; // BT-116
+    Cents tax = 0;   // BT-117
+    QString exemptionReason; // BT-120
+    friend bool operator==(const VatSubtotal&, const VatSubtotal&) = default;
 };
 
 struct Invoice {
@@ -75,7 +92,7 @@ struct Invoice {
     QDate issueDate;          // BT-2
     QDate deliveryDate;       // BT-72, the date of supply
     QString currency = QStringLiteral("EUR");
-    QString note;             // BT-22: the tax regime's note and free text
+    QString note;             // BT-22: free text; the writer adds the tax regime's note unless it is in here
     Seller seller;
     Buyer buyer;
     QList<Line> lines;
@@ -85,6 +102,16 @@ struct Invoice {
     PercentHundredths discountPercent = 0;
     int discountDays = 0;
     QString paymentNote; // the discount note and the closing text, for BT-20 after the discount line
+    QDate dueDate;       // BT-9, optional
+    QString paymentMeansCode = QStringLiteral("58"); // BT-81: 58 SEPA credit transfer to the seller's IBAN
+
+    // What a read file holds beyond an own invoice: further allowances and charges, its own
+    // VAT breakdown (the writer always derives it with vatBreakdown()) and its charge and
+    // prepaid totals.
+    QList<Allowance> otherAllowances;
+    QList<VatSubtotal> readBreakdown;
+    Cents chargeTotal = 0; // BT-108
+    Cents prepaid = 0;     // BT-113
 
     // Totals (BG-22), all in cents, following the rounding of the lines.
     Cents lineTotal = 0;      // BT-106: sum of line nets
@@ -94,5 +121,27 @@ struct Invoice {
     Cents grandTotal = 0;     // BT-112
     Cents duePayable = 0;     // BT-115 (the discount is a term, so the gross is due)
 };
+
+// BT-22 carries parties::regimeNote of the seller's regime (empty for regular VAT).
+// BT-120 of the E breakdown: the § 19 reason, or why the levy stays outside the VAT base.
+QString exemptionReason(TaxRegime regime);
+inline constexpr char SmallBusinessReason[] = "Kein Ausweis von Umsatzsteuer, da Kleinunternehmer gemäß § 19 UStG";
+
+// A line's VAT category and rate: its own when read from a file, else the seller's regime's.
+QString lineCategory(const Invoice& invoice, const Line& line);
+PercentHundredths linePercent(const Invoice& invoice, const Line& line);
+
+// The VAT breakdown (BG-23) by EN 16931: per category and rate the lines' nets less the
+// allowances, the tax rounded once per row (BR-CO-17).
+QList<VatSubtotal> vatBreakdown(const Invoice& invoice);
+// The invoice with its totals (BG-22) computed from its lines, levy and breakdown.
+Invoice withTotals(Invoice invoice);
+
+// The net price text for a line: the fewest decimals (2 to 6) with which quantity × price
+// is the net within half a cent.
+QString unitPriceText(Cents net, Quantity quantity);
+
+// "1.234,56 €"
+QString euroText(Cents cents);
 
 } // namespace tarvik::einvoice
