@@ -20,6 +20,7 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeGeraeteimportCommand());
         list.push_back(makeExportCommand());
         list.push_back(makeImportCommand());
+        list.push_back(makeEldatCommand());
         return list;
     }();
     return all;

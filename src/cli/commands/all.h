@@ -21,6 +21,7 @@ std::unique_ptr<Command> makeUebernahmeCommand();
 std::unique_ptr<Command> makeGeraeteimportCommand();
 std::unique_ptr<Command> makeExportCommand();
 std::unique_ptr<Command> makeImportCommand();
+std::unique_ptr<Command> makeEldatCommand();
 
 const std::vector<std::unique_ptr<Command>>& allCommands();
 const Command* findCommand(const QString& name);
