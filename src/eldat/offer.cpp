@@ -72,7 +72,13 @@ struct Lot {
     QList<LogRow> logs;
     QList<PoleRow> poles;
     QList<SectionRow> sections;
-    bool empty() const { return logs.isEmpty() && sections.isEmpty() && poleCount <= 0; }
+    bool empty() const
+    {
+        qint64 poleRows = 0;
+        for (const PoleRow& p : poles)
+            poleRows += p.count;
+        return logs.isEmpty() && sections.isEmpty() && poleRows <= 0;
+    }
 };
 
 std::optional<Lot> readLot(const QSqlDatabase& db, qint32 harvestId, qint32 losNr)
@@ -418,9 +424,13 @@ std::optional<OfferOutcome> writeOffer(const AppContext& context, const OfferReq
 
     QList<Lot> lots;
     QStringList unknownSpecies;
+    QList<qint32> seen;
     for (qint32 losNr : request.lotNumbers) {
         if (!harvest)
             break;
+        if (seen.contains(losNr)) // a lot is one pile, however often it is named
+            continue;
+        seen << losNr;
         const std::optional<Lot> lot = readLot(db, request.harvestId, losNr);
         if (!lot) {
             reasons << QStringLiteral("...das Los %1 im Hieb %2 nicht existiert.").arg(losNr).arg(harvest->hiebNr);
