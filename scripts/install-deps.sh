@@ -11,6 +11,7 @@ packages=(
   libzip-dev zlib1g-dev zip unzip
   fonts-liberation2
   poppler-utils
+  python3-jsonschema
   mdbtools-dev mdbtools
   ccache
   qt6-serialport-dev

@@ -23,6 +23,7 @@ const std::vector<std::unique_ptr<Command>>& allCommands()
         list.push_back(makeExportCommand());
         list.push_back(makeImportCommand());
         list.push_back(makeErechnungCommand());
+        list.push_back(makeEldatCommand());
         return list;
     }();
     return all;

@@ -24,6 +24,7 @@ std::unique_ptr<Command> makeImportCommand();
 std::unique_ptr<Command> makeEigeneAngabenCommand();
 std::unique_ptr<Command> makeAbnehmerCommand();
 std::unique_ptr<Command> makeErechnungCommand();
+std::unique_ptr<Command> makeEldatCommand();
 
 const std::vector<std::unique_ptr<Command>>& allCommands();
 const Command* findCommand(const QString& name);

@@ -3,6 +3,7 @@
 #include "common/ui/columnwidths.h"
 #include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
+#include "eldat/offer.h"
 #include "entry/ui/logdialog.h"
 #include "entry/ui/lotdialog.h"
 #include "entry/ui/poledialog.h"
@@ -12,6 +13,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -98,6 +100,7 @@ void HubDialog::build()
     m_copy = button("kopieren", "&Kopieren", &HubDialog::onCopy);
     QPushButton* remove = button("löschen", "&Löschen", &HubDialog::onDelete);
     m_paid = button("bezahlt", "&Bezahlt", &HubDialog::onPaid);
+    m_eldat = button("comeldat", "Lose als .&eldat-Angebot", &HubDialog::onEldat);
     QPushButton* next = button("comnächster", "Nächster &Schlag", &HubDialog::onNextHarvest);
     auto* close = new QPushButton(QStringLiteral("Schl&ießen"));
     close->setObjectName(QStringLiteral("cmdabbrechen"));
@@ -106,7 +109,7 @@ void HubDialog::build()
     m_harvests->setObjectName(QStringLiteral("komhieb"));
 
     auto* buttons = new QHBoxLayout;
-    for (QPushButton* b : {m_new, m_change, m_copy, remove, m_paid})
+    for (QPushButton* b : {m_new, m_change, m_copy, remove, m_paid, m_eldat})
         buttons->addWidget(b);
     buttons->addStretch();
     buttons->addWidget(m_harvests);
@@ -164,6 +167,9 @@ void HubDialog::updateButtons()
     m_copy->setEnabled(l == HubList::Staemme || l == HubList::Pfaehle || l == HubList::Schichtholz);
     m_paid->setEnabled(l == HubList::Rechnungen);
     m_openOnly->setEnabled(l == HubList::Rechnungen);
+    m_eldat->setEnabled(l == HubList::Lose);
+    // Several lots go into one offer; every other list works on one marked row.
+    m_grid->setSelectionMode(l == HubList::Lose ? QAbstractItemView::ExtendedSelection : QAbstractItemView::SingleSelection);
 }
 
 std::optional<qint32> HubDialog::markedId() const
@@ -267,6 +273,37 @@ void HubDialog::onPaid()
     }
     runGuarded(m_context.prompter, [&] { return markInvoicePaid(m_context, m_harvestId, *id); });
     refresh();
+}
+
+void HubDialog::onEldat()
+{
+    // The piles follow the list's order, whatever order the rows were marked in.
+    QList<int> rows;
+    for (const QModelIndex& index : m_grid->selectionModel()->selectedRows())
+        rows << index.row();
+    std::sort(rows.begin(), rows.end());
+    QList<qint32> ids;
+    for (int row : rows)
+        ids << m_model->record(row).value(m_model->columnCount() - 1).toInt();
+    if (ids.isEmpty()) {
+        m_context.prompter.inform(QStringLiteral("Bitte markieren Sie zuerst die Lose, die angeboten werden sollen."));
+        return;
+    }
+    const auto lots = runGuarded(m_context.prompter, [&] { return eldat::lotNumbersOf(m_context.db, ids); });
+    if (!lots)
+        return;
+    const auto proposal = runGuarded(m_context.prompter, [&] { return eldat::proposedFileName(m_context.db, m_harvestId, *lots); });
+    if (!proposal)
+        return;
+    QString path = m_context.prompter.chooseSaveFile(QStringLiteral("Lose als .eldat-Angebot speichern"),
+                                                     QDir(m_context.dataFolder).filePath(*proposal),
+                                                     QStringLiteral("ELDATsmart-Dateien (*.eldat)"));
+    if (path.isEmpty())
+        return;
+    if (!path.endsWith(QLatin1String(eldat::FileSuffix), Qt::CaseInsensitive))
+        path += QLatin1String(eldat::FileSuffix);
+    eldat::OfferRequest request{m_harvestId, *lots, path};
+    runGuarded(m_context.prompter, [&] { return eldat::writeOffer(m_context, request); });
 }
 
 void HubDialog::onNextHarvest()

@@ -37,6 +37,7 @@ private:
     void onCopy();
     void onDelete();
     void onPaid();
+    void onEldat();
     void onNextHarvest();
     void openWindow(std::optional<qint32> id);
     // Runs a log, pole or stacked-wood window; in "Ändern" it steps through the listed rows and
@@ -58,6 +59,7 @@ private:
     QPushButton* m_change = nullptr;
     QPushButton* m_copy = nullptr;
     QPushButton* m_paid = nullptr;
+    QPushButton* m_eldat = nullptr; // the marked lots as an .eldat offer
 };
 
 } // namespace tarvik
