@@ -164,6 +164,7 @@ std::optional<HarvesterOutcome> importHarvesterLogs(const AppContext& ctx, qint3
         MasterDataLookup masterData(ctx.db);
         LogInserter inserter(ctx.db);
         const QString lotText = QString::number(lot);
+        QHash<QString, LogForm> measured;
         for (const HarvesterLog& log : file.logs) {
             const QString& species = speciesRows.at(log.species);
             if (species.isEmpty()) {
@@ -194,7 +195,17 @@ std::optional<HarvesterOutcome> importHarvesterLogs(const AppContext& ctx, qint3
             f.mode = v.mode;
             f.deduction = v.deduction;
             f.prices = prices;
-            recomputeLog(f, masterData);
+            // Harvester logs repeat the same few diameters and lengths: each combination is
+            // measured and priced once, the rules being the same for every log of the lot.
+            const QString key = f.species + u'\t' + f.quality + u'\t' + f.measuredDiameter + u'\t' + f.deduction + u'\t'
+                                + QString::number(int(f.mode)) + u'\t' + f.length;
+            if (const auto known = measured.constFind(key); known != measured.constEnd()) {
+                f = *known;
+                f.laufendeNr = QString::number(number);
+            } else {
+                recomputeLog(f, masterData);
+                measured.insert(key, f);
+            }
             if (readNumber(f.underBark) <= 0 || readNumber(f.length) <= 0 || f.diameterClass.isEmpty()) {
                 ++outcome.refused;
                 continue;

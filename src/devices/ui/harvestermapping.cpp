@@ -112,7 +112,7 @@ HarvesterMappingDialog::HarvesterMappingDialog(const HarvesterFile& file, const 
     layout->addWidget(new QLabel(QStringLiteral("Produkte:")));
     layout->addWidget(m_products, 2);
     layout->addWidget(buttons);
-    resize(640, 560);
+    resize(660, 640);
 }
 
 HarvesterMapping HarvesterMappingDialog::mapping() const
