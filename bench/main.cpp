@@ -2,6 +2,7 @@
 // same minimal work on the same file.
 #include "backup.h"
 #include "exchangeimport.h"
+#include "harvesterimport.h"
 #include "generator.h"
 #include "listscenarios.h"
 #include "measure.h"
@@ -278,7 +279,7 @@ int main(int argc, char* argv[])
                                      QCoreApplication::applicationDirPath() + QStringLiteral("/tarvik"));
     const QCommandLineOption only(QStringLiteral("nur"),
                                   QStringLiteral("nur diese Szenarien, mit Komma getrennt: start, pruefung, holzliste, summen, speichern, "
-                                                 "listen, sicherung, austausch, speicher"),
+                                                 "listen, sicherung, austausch, harvester, speicher"),
                                   QStringLiteral("NAMEN"));
     parser.addOptions({data, harvests, lots, logs, poles, stacks, seed, generateOnly, desktop, only});
     parser.process(app);
@@ -336,6 +337,8 @@ int main(int argc, char* argv[])
             results.push_back(r);
     if (wanted("austausch"))
         results.push_back(bench::exchangeImportScenario(path, 100000, 3));
+    if (wanted("harvester"))
+        results.push_back(bench::harvesterImportScenario(path, 50000, 3));
     const long desktopKb = wanted("speicher") ? desktopPeakKb(parser.value(desktop), folder) : -1;
     bench::report(results, bench::peakResidentKb());
     if (desktopKb > 0)

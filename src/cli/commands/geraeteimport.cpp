@@ -1,6 +1,7 @@
 // geraeteimport: logs from a captured calliper transfer, an app file or an online export file
 // into a harvest, as the log window's import buttons store them.
 #include "cli/commands/all.h"
+#include "cli/commands/harvester.h"
 #include "common/clock.h"
 #include "devices/collect.h"
 #include "devices/logimport.h"
@@ -29,34 +30,44 @@ std::optional<ImportSource> sourceOf(const QString& word)
 class GeraeteimportCommand final : public Command {
 public:
     QString name() const override { return QStringLiteral("geraeteimport"); }
-    QString synopsis() const override { return QStringLiteral("fmr1|app|online DATEI HIEB_NR LOS_NR [--rinde O|F|T] [--abzug CM]"); }
+    QString synopsis() const override
+    {
+        return QStringLiteral("fmr1|app|online|harvester DATEI HIEB_NR LOS_NR [--rinde O|F|T] [--abzug CM] "
+                              "[--baumart NAME=CODE …] [--ohne-produkt NAME …] [--guete PRODUKT=KLASSE …]");
+    }
     QString summary() const override
     {
         return QStringLiteral("Stämme einlesen: eine aufgezeichnete FMR1-Übertragung, eine Datei der\n"
                               "App Holzliste (holzliste_*.zip) oder eine Exportdatei von Online-TARVIK;\n"
-                              "LOS_NR gilt für Stämme ohne eigene Los-Nummer");
+                              "LOS_NR gilt für Stämme ohne eigene Los-Nummer; harvester: Produktionsdatei\n"
+                              "eines Harvesters (StanForD 2010, .hpr), alle Stämme in das Los LOS_NR");
     }
     void declare(QCommandLineParser& parser) const override
     {
-        parser.addPositionalArgument(QStringLiteral("QUELLE"), QStringLiteral("fmr1, app oder online"));
+        parser.addPositionalArgument(QStringLiteral("QUELLE"), QStringLiteral("fmr1, app, online oder harvester"));
         parser.addPositionalArgument(QStringLiteral("DATEI"), QStringLiteral("die einzulesende Datei"));
         parser.addPositionalArgument(QStringLiteral("HIEB_NR"), QStringLiteral("Nummer des Hiebs"));
         parser.addPositionalArgument(QStringLiteral("LOS_NR"), QStringLiteral("Nummer des Loses"));
         parser.addOption(BarkOption);
         parser.addOption(DeductionOption);
+        parser.addOptions({HarvesterSpeciesOption, HarvesterWithoutOption, HarvesterQualityOption});
     }
     QString usageProblem(const QCommandLineParser& parser) const override
     {
         if (parser.isSet(BarkOption) && !barkModeFromLetter(parser.value(BarkOption)))
             return QStringLiteral("--rinde erwartet O, F oder T.");
         const QStringList p = parser.positionalArguments();
+        if (p.size() == 4 && p[0] == u"harvester" && !p[1].isEmpty() && wholeNumber(p[2]) && wholeNumber(p[3]))
+            return harvesterUsageProblem(parser);
         if (p.size() != 4 || !sourceOf(p[0]) || p[1].isEmpty() || !wholeNumber(p[2]) || !wholeNumber(p[3]))
-            return QStringLiteral("geraeteimport erwartet fmr1, app oder online, die Datei, die Hieb-Nr und die Los-Nr.");
+            return QStringLiteral("geraeteimport erwartet fmr1, app, online oder harvester, die Datei, die Hieb-Nr und die Los-Nr.");
         return {};
     }
     int run(const QCommandLineParser& parser, CommandContext& context) const override
     {
         const QStringList p = parser.positionalArguments();
+        if (p[0] == u"harvester")
+            return runHarvesterImport(parser, context, p[1], *wholeNumber(p[2]), *wholeNumber(p[3]));
         const ImportSource source = *sourceOf(p[0]);
         const QString path = p[1];
         const qint32 lot = *wholeNumber(p[3]);

@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 #include "common/ui/guarded.h"
+#include "devices/ui/harvesterrun.h"
 #include "devices/ui/importrun.h"
 #include "entry/ui/entrywindow.h"
 #include "entry/harvestentry.h"
@@ -203,6 +204,15 @@ void LogDialog::build()
         imports << b;
         reading << b;
     }
+    auto* harvester = new QPushButton(QStringLiteral("Import Harvester"));
+    harvester->setObjectName(QStringLiteral("importharvester"));
+    harvester->setToolTip(QStringLiteral("Stämme aus der Produktionsdatei eines Harvesters (StanForD 2010, *.hpr) in das Los einlesen"));
+    connect(harvester, &QPushButton::clicked, this, [this] {
+        if (runHarvesterImport(this, m_context, m_harvestId, lotNumber()))
+            refreshRows();
+    });
+    imports << harvester;
+    reading << harvester;
     reading << okButton() << okNextButton();
     for (qsizetype i = 1; i < reading.size(); ++i)
         setTabOrder(reading[i - 1], reading[i]);
