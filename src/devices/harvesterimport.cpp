@@ -121,8 +121,36 @@ QList<ImportedLog> harvesterGridRows(const HarvesterFile& file, qint32 lot, cons
     return rows;
 }
 
+QStringList harvesterRefusalReasons(const QSqlDatabase& db, qint32 harvestId, const HarvesterFile& file, const HarvesterMapping& mapping)
+{
+    QSet<qint32> taken;
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT \"Laufende_Nr\" FROM \"Stämme\" WHERE \"Kennung\" = ?"), {harvestId});
+    while (q.next())
+        taken.insert(q.value(0).toInt());
+    QStringList reasons;
+    reasons.reserve(qsizetype(file.logs.size()));
+    for (const HarvesterLog& log : file.logs) {
+        const QString species = file.speciesNames.value(log.species);
+        const qint32 number = harvesterRunningNumber(log);
+        if (mapping.species.value(species).trimmed().isEmpty())
+            reasons << QStringLiteral("Baumart \"%1\" nicht zugeordnet").arg(species);
+        else if (mapping.excludedProducts.contains(file.productNames.value(log.product)))
+            reasons << QStringLiteral("Produkt ausgeschlossen");
+        else if (number <= 0)
+            reasons << QStringLiteral("keine Stammnummer (mehr als 9 Stücke oder Baum-Nr. über 99999)");
+        else if (taken.contains(number))
+            reasons << QStringLiteral("Stammnummer %1 im Hieb bereits vergeben").arg(number);
+        else
+            reasons << QString();
+        if (number > 0 && reasons.constLast().isEmpty())
+            taken.insert(number);
+    }
+    return reasons;
+}
+
 std::optional<HarvesterOutcome> importHarvesterLogs(const AppContext& ctx, qint32 harvestId, std::optional<qint32> lotNr,
-                                                    const HarvesterFile& file, const HarvesterMapping& mapping)
+                                                    const HarvesterFile& file, const HarvesterMapping& mapping,
+                                                    const TransferQuestion& askTransfer)
 {
     if (!harvesterLotAccepted(ctx, harvestId, lotNr))
         return std::nullopt;
@@ -133,7 +161,11 @@ std::optional<HarvesterOutcome> importHarvesterLogs(const AppContext& ctx, qint3
     }
     HarvesterOutcome outcome;
     outcome.found = int(file.logs.size());
-    if (!ctx.prompter.askYesNo(QStringLiteral("Es wurden%1 Stämme gefunden. Sollen diese jetzt übertragen werden?").arg(signedText(outcome.found))))
+    const QString question = QStringLiteral("Es wurden%1 Stämme gefunden. Sollen diese jetzt übertragen werden?").arg(signedText(outcome.found));
+    const bool transfer = askTransfer ? askTransfer(question, harvesterGridRows(file, lot, mapping),
+                                                    harvesterRefusalReasons(ctx.db, harvestId, file, mapping))
+                                      : ctx.prompter.askYesNo(question);
+    if (!transfer)
         return std::nullopt;
     const LotAnswer lotAnswer = lotExistsOrAsk(ctx, harvestId, lot);
     if (lotAnswer == LotAnswer::Refused)

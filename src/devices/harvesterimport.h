@@ -5,6 +5,7 @@
 // and counted, the lot's position from the stems, the totals; all in one transaction.
 #include "devices/harvesterfile.h"
 #include "devices/importedlog.h"
+#include "devices/logimport.h"
 #include "devices/speciesmapping.h"
 #include "store/context.h"
 
@@ -34,7 +35,12 @@ QList<ImportedLog> harvesterGridRows(const HarvesterFile& file, qint32 lot, cons
 // Asks the transfer question (and whether a missing lot is to be created), stores, remembers
 // the mapping and shows the summary with the machine's volume beside the program's. nullopt
 // when stopped or refused (nothing stored, the message shown).
+// Why each grid row would not be stored, in the rows' order; "" for a row that will be.
+QStringList harvesterRefusalReasons(const QSqlDatabase& db, qint32 harvestId, const HarvesterFile& file, const HarvesterMapping& mapping);
+
+// askTransfer shows the grid with the question (the window); without it the prompter asks.
 std::optional<HarvesterOutcome> importHarvesterLogs(const AppContext& context, qint32 harvestId, std::optional<qint32> lot,
-                                                    const HarvesterFile& file, const HarvesterMapping& mapping);
+                                                    const HarvesterFile& file, const HarvesterMapping& mapping,
+                                                    const TransferQuestion& askTransfer = {});
 
 } // namespace tarvik

@@ -13,6 +13,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QPushButton>
 #include <QTableView>
 #include <QTableWidget>
@@ -20,6 +21,7 @@
 
 using namespace tarvik;
 using test::child;
+using test::whenShown;
 
 namespace {
 
@@ -77,19 +79,26 @@ private slots:
             answered = true;
             child<QPushButton>(*m, "comok")->click();
         });
+        // The found logs and the question in the import window of every log import.
         int gridRows = -1;
-        m_hooked.onQuestion = [&](const QString& q) {
-            for (QWidget* w : QApplication::topLevelWidgets())
-                if (auto* g = w->findChild<QTableView*>(QStringLiteral("fmrgrid")); g && w->isVisible() && q.startsWith(u"Es wurden"))
-                    gridRows = g->model()->rowCount();
-        };
-        m_prompter.answerText(V300).answerYes();
+        int refused = 0;
+        QString question;
+        whenShown(QStringLiteral("FMR_Import"), [&](QWidget* w) {
+            const QAbstractItemModel& grid = *child<QTableView>(*w, "fmrgrid")->model();
+            gridRows = grid.rowCount();
+            for (int row = 0; row < grid.rowCount(); ++row)
+                refused += grid.index(row, grid.columnCount() - 1).data().toString().isEmpty() ? 0 : 1;
+            question = child<QLabel>(*w, "bezfrage")->text();
+            child<QPushButton>(*w, "comja")->click();
+        });
+        m_prompter.answerText(V300);
         child<QPushButton>(d, "importharvester")->click();
 
         QVERIFY(answered);
         QCOMPARE(proposed, (QStringList{"FURU=KI (Kiefer)", "GRAN=FI (Fichte)", "LAUV=AL (Anderes Laubholz)", "TØRRGRAN=FI (Fichte)"}));
         QCOMPARE(gridRows, 57);
-        QCOMPARE(m_prompter.questions().last(), QStringLiteral("Es wurden 57 Stämme gefunden. Sollen diese jetzt übertragen werden?"));
+        QCOMPARE(refused, 57 - 40); // the unmapped broadleaf and the excluded "Vrak" logs are marked
+        QCOMPARE(question, QStringLiteral("Es wurden 57 Stämme gefunden. Sollen diese jetzt übertragen werden?"));
         // 42 spruce logs less the 2 of "Vrak"; 15 broadleaf logs not mapped.
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme")).toInt(), 40);
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Güteklasse = 'A'")).toInt(), 4);

@@ -20,25 +20,11 @@
 
 using namespace tarvik;
 using test::child;
+using test::whenShown;
 
 namespace {
 
 // Waits for the modal window with the given name and lets the action look at it and answer.
-void whenShown(const QString& name, std::function<void(QWidget*)> action)
-{
-    auto* timer = new QTimer;
-    timer->setInterval(20);
-    QObject::connect(timer, &QTimer::timeout, [timer, name, action] {
-        QWidget* w = QApplication::activeModalWidget();
-        if (!w || w->objectName() != name)
-            return;
-        timer->stop();
-        timer->deleteLater();
-        action(w);
-    });
-    timer->start();
-}
-
 QStringList column(const QAbstractItemModel& m, int c)
 {
     QStringList cells;

@@ -1,11 +1,31 @@
 #pragma once
 // Reaching a window's controls by their object names, and typing as a user types.
+#include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QTest>
+#include <QTimer>
 #include <QWidget>
+#include <functional>
 
 namespace tarvik::test {
+
+// Runs action on the modal window of that objectName as soon as it is the active one, so a
+// test can answer a window that blocks in exec().
+inline void whenShown(const QString& name, std::function<void(QWidget*)> action)
+{
+    auto* timer = new QTimer;
+    timer->setInterval(20);
+    QObject::connect(timer, &QTimer::timeout, [timer, name, action] {
+        QWidget* w = QApplication::activeModalWidget();
+        if (!w || w->objectName() != name)
+            return;
+        timer->stop();
+        timer->deleteLater();
+        action(w);
+    });
+    timer->start();
+}
 
 // The named control; the test stops at once when the window has none.
 template <typename T>

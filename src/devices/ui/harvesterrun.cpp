@@ -28,13 +28,8 @@ std::optional<HarvesterOutcome> runHarvesterImport(QWidget* parent, const AppCon
     if (mapping.exec() != QDialog::Accepted)
         return std::nullopt;
     const HarvesterMapping chosen = mapping.mapping();
-    // The grid stays in view while the transfer question is put.
-    ImportGridDialog grid(harvesterGridRows(file, *lot, chosen), lot, parent);
-    if (!file.logs.empty())
-        grid.show();
-    const auto outcome = importHarvesterLogs(ctx, harvestId, lot, file, chosen);
-    grid.close();
-    return outcome;
+    // The found logs and the question in one window, as the other imports show them.
+    return importHarvesterLogs(ctx, harvestId, lot, file, chosen, gridTransferQuestion(parent, lot));
 }
 
 } // namespace tarvik
