@@ -76,7 +76,7 @@ inline PrintedInvoice readPrintedInvoice(const QStringList& lines)
     PrintedInvoice p;
     bool inTable = false;
     const std::pair<const char*, std::optional<qint64>*> labels[] = {
-        {"Summe netto:", &p.net}, {"CMA-Abgabe", &p.levy}, {"Umsatzsteuer", &p.vat}, {"Skonto", &p.discount}, {"Rechnungsbetrag:", &p.total}};
+        {"Summe netto:", &p.net}, {"CMA-Abgabe  -", &p.levy}, {"Umsatzsteuer  +", &p.vat}, {"Skonto  -", &p.discount}, {"Rechnungsbetrag:", &p.total}};
     for (const QString& line : lines) {
         for (const auto& [label, value] : labels)
             if (line.startsWith(QString::fromUtf8(label)))

@@ -3,6 +3,7 @@
 #include "cli/commands/all.h"
 #include "common/clock.h"
 #include "common/sqldate.h"
+#include "invoices/einvoicefile.h"
 #include "invoices/invoice.h"
 #include "store/startup.h"
 
@@ -10,6 +11,10 @@ namespace tarvik::cli {
 namespace {
 
 const QCommandLineOption FileOption(QStringLiteral("datei"), QStringLiteral("als Textdatei schreiben"), QStringLiteral("PFAD"));
+const QCommandLineOption XRechnungOption(QStringLiteral("xrechnung"), QStringLiteral("als E-Rechnung (XRechnung 3.0, CII) schreiben"),
+                                         QStringLiteral("DATEI.xml"));
+const QCommandLineOption En16931Option(QStringLiteral("en16931"), QStringLiteral("als E-Rechnung nach EN 16931 (CII) schreiben"),
+                                       QStringLiteral("DATEI.xml"));
 const QCommandLineOption BuyerOption(QStringLiteral("abnehmer"), QStringLiteral("Kurzname des Abnehmers (neu)"), QStringLiteral("KURZNAME"));
 const QCommandLineOption NameOption(QStringLiteral("name"), QStringLiteral("Name des Empfängers (neu)"), QStringLiteral("T"));
 const QCommandLineOption StreetOption(QStringLiteral("strasse"), QStringLiteral("Straße des Empfängers (neu)"), QStringLiteral("T"));
@@ -45,19 +50,20 @@ public:
     QString name() const override { return QStringLiteral("rechnung"); }
     QString synopsis() const override
     {
-        return QStringLiteral("RENR [--datei PFAD] | neu HIEB_NR LOS_NR[,LOS_NR...] --abnehmer KURZNAME [--name T] [--strasse T] "
+        return QStringLiteral("RENR [--datei PFAD] [--xrechnung DATEI.xml] [--en16931 DATEI.xml] | neu HIEB_NR LOS_NR[,LOS_NR...] --abnehmer KURZNAME [--name T] [--strasse T] "
                               "[--ort T] [--kunde T] [--renr N] [--datum TT.MM.JJJJ] [--leistungsdatum TT.MM.JJJJ] [--abgabe P] [--mwst P] [--skonto P] "
                               "[--skonto-tage N]");
     }
     QString summary() const override
     {
         return QStringLiteral("den Text einer gespeicherten Rechnung ausgeben (mit --datei als\nTextdatei, Windows-1252 mit CR LF); "
-                              "mit \"neu\" eine Rechnung über die\ngenannten Lose speichern (Vorschlag und Angaben wie im Fenster)");
+                              "mit --xrechnung oder --en16931 als E-Rechnung schreiben; mit \"neu\" eine\nRechnung über die "
+                              "genannten Lose speichern (Vorschlag und Angaben wie im Fenster)");
     }
     void declare(QCommandLineParser& parser) const override
     {
         parser.addPositionalArgument(QStringLiteral("RENR"), QStringLiteral("Rechnungsnummer, oder neu HIEB_NR LOS_NR[,LOS_NR...]"));
-        parser.addOptions({FileOption, BuyerOption, NameOption, StreetOption, TownOption, CustomerOption, NumberOption, DateOption,
+        parser.addOptions({FileOption, XRechnungOption, En16931Option, BuyerOption, NameOption, StreetOption, TownOption, CustomerOption, NumberOption, DateOption,
                            LevyOption, VatOption, DiscountOption, DiscountDaysOption, DeliveryOption});
     }
     QString usageProblem(const QCommandLineParser& parser) const override
@@ -68,8 +74,9 @@ public:
                 return QStringLiteral("rechnung neu erwartet die Hieb-Nr und die Los-Nr (mehrere durch Komma getrennt).");
             if (parser.value(BuyerOption).trimmed().isEmpty())
                 return QStringLiteral("rechnung neu erwartet den Abnehmer (--abnehmer KURZNAME).");
-            if (parser.isSet(FileOption))
-                return QStringLiteral("--datei gilt nur für die Ausgabe einer gespeicherten Rechnung.");
+            for (const QCommandLineOption& o : {FileOption, XRechnungOption, En16931Option})
+                if (parser.isSet(o))
+                    return QStringLiteral("--%1 gilt nur für eine gespeicherte Rechnung.").arg(o.names().constFirst());
             return {};
         }
         if (positional.size() != 1 || !wholeNumber(positional[0]))
@@ -90,6 +97,23 @@ public:
             context.prompter.inform(QStringLiteral("Die Rechnung mit der Nummer %1 wurde nicht gefunden.").arg(number),
                                     Prompter::Icon::Warning);
             return Refused;
+        }
+        const bool eInvoice = parser.isSet(XRechnungOption) || parser.isSet(En16931Option);
+        if (eInvoice) {
+            SystemClock clock;
+            Session& session = *context.session;
+            const AppContext app{session.database->shared(), session.settings, session.dataFolder, context.prompter, clock};
+            const std::pair<const QCommandLineOption&, einvoice::Profile> profiles[] = {{XRechnungOption, einvoice::Profile::XRechnung},
+                                                                                         {En16931Option, einvoice::Profile::EN16931}};
+            for (const auto& [option, profile] : profiles) {
+                if (!parser.isSet(option))
+                    continue;
+                if (!writeEInvoice(app, number, parser.value(option), profile))
+                    return Refused;
+                context.io.print(parser.value(option));
+            }
+            if (!parser.isSet(FileOption))
+                return Success;
         }
         return printOrWriteLines(context, invoiceLines(invoice->text), parser.value(FileOption));
     }
