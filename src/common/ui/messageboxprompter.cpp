@@ -6,6 +6,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
+#include <QHeaderView>
+#include <QTreeView>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -41,6 +43,10 @@ QString runFileDialog(QWidget* parent, Prompter& prompter, const QString& captio
         dialog.setAcceptMode(accept);
         if (mode == QFileDialog::Directory)
             dialog.setOption(QFileDialog::ShowDirsOnly);
+        // The detail columns as wide as their German texts (size, type, date).
+        if (auto* details = dialog.findChild<QTreeView*>(QStringLiteral("treeView")))
+            for (int column = 1; column < details->header()->count(); ++column)
+                details->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
         if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
             return {};
         const QString chosen = dialog.selectedFiles().constFirst();
