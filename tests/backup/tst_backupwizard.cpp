@@ -8,7 +8,6 @@
 #include "backupfixtures.h"
 #include "fakedrives.h"
 
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -123,17 +122,10 @@ private slots:
         QCOMPARE(m_session->settings.text[12], QStringLiteral("23.11.2026"));
     }
 
-    // Enter while the archive is being written goes to no button that cancels it, whichever
-    // control has the focus.
-    void enterOnTheWorkPageNeverCancels_data()
-    {
-        QTest::addColumn<QString>("focus");
-        QTest::newRow("as the window leaves it") << QString();
-        QTest::newRow("on [Abbrechen]") << QStringLiteral("abbv");
-    }
+    // Enter while the archive is being written, the focus on [Abbrechen] (where it lands when
+    // the pages are locked), goes to no button that cancels the work.
     void enterOnTheWorkPageNeverCancels()
     {
-        QFETCH(QString, focus);
         QDir(localArchiveFolder(m_folder.path())).removeRecursively();
         QVERIFY(saveBackupChoices(m_folder.path(), BackupChoices{}));
         QByteArray noise(24 << 20, Qt::Uninitialized);
@@ -153,10 +145,9 @@ private slots:
         connect(&typist, &QTimer::timeout, [&] {
             if (!w.busy())
                 return;
-            if (!focus.isEmpty())
-                child<QPushButton>(w, qPrintable(focus))->setFocus();
-            QWidget* target = QApplication::focusWidget() ? QApplication::focusWidget() : &w;
-            QTest::keyClick(target, Qt::Key_Return);
+            auto* cancel = child<QPushButton>(w, "abbv");
+            cancel->setFocus();
+            QTest::keyClick(cancel, Qt::Key_Return);
             ++presses;
         });
         typist.start(20);
