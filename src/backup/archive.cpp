@@ -169,10 +169,10 @@ bool belongsInArchive(const QString& fileName)
                                        QStringLiteral("TXT"), QStringLiteral("OCX"), QStringLiteral("VBX"),
                                        QStringLiteral("INI"), QStringLiteral("DOC"), QStringLiteral("ZIP"),
                                        QStringLiteral("PDF")};
-    const QString database = QLatin1String(DatabaseFileName);
-    if (fileName.compare(database, Qt::CaseInsensitive) == 0 ||
-        fileName.startsWith(database + u'-', Qt::CaseInsensitive))
+    if (isDatabaseFile(fileName))
         return false; // captured through the engine, never copied while open
+    if (fileName.contains(QLatin1String(".vor-Aktualisierung-"), Qt::CaseInsensitive))
+        return false; // the copies kept before an upgrade: a restore would bring back old states beside the new one
     if (fileName.isEmpty() || fileName.startsWith(u'.'))
         return false; // temporary files of a running backup
     const int dot = fileName.lastIndexOf(u'.');

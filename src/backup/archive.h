@@ -26,7 +26,8 @@ QString archiveName(const QDate& date);
 std::optional<QDate> archiveDate(const QString& fileName);
 
 // Whether a file of the data folder goes into the archive: program files, documents and
-// earlier archives stay out, and so do the database's own files, which are captured apart.
+// earlier archives stay out, and so do the database's own files, which are captured apart,
+// and the copies kept before an upgrade.
 bool belongsInArchive(const QString& fileName);
 // The file names of the data folder that go into the archive, sorted.
 QStringList filesToArchive(const QString& dataFolder);

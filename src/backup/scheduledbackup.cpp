@@ -23,19 +23,21 @@ ScheduledBackup backupNow(const AppContext& context, const QString& targetFolder
         context.prompter.inform(QStringLiteral("Es wurde keine neue Datensicherung erstellt, weil bereits eine existiert hatte."));
         return result;
     }
+    // The date goes into the settings before the archive is made: restored, it knows its own backup.
     const QString settingsPath = QDir(context.dataFolder).filePath(QLatin1String(SettingsFileName));
+    const QString lastBackup = context.settings.text[12];
+    context.settings.text[12] = formatGermanDate(today);
     QString error;
     if (!EinstellungenSpeichern(context.settings, settingsPath, &error))
         context.prompter.inform(error, Prompter::Icon::Warning);
     const ArchiveResult written = writeArchive(context.dataFolder, path);
     if (!written.ok) {
+        context.settings.text[12] = lastBackup;
+        EinstellungenSpeichern(context.settings, settingsPath, &error);
         context.prompter.inform(written.error, Prompter::Icon::Critical);
         return result;
     }
     result.archive = path;
-    context.settings.text[12] = formatGermanDate(today);
-    if (!EinstellungenSpeichern(context.settings, settingsPath, &error))
-        context.prompter.inform(error, Prompter::Icon::Warning);
     if (!targetFolder.isEmpty()) {
         const CopyResult copied = copyVerified(path, targetFolder);
         if (!copied.ok) {

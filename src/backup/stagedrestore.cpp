@@ -118,14 +118,10 @@ int removeOlderSafetyCopies(const QString& dataFolder, int keep)
     return removed;
 }
 
-void applyStagedRestore(const QString& dataFolder, Prompter& prompter)
+QString restoredAtStartMessage(const QString& safetyCopy)
 {
-    const SwapResult swap = swapInStagedRestore(dataFolder, QDateTime::currentDateTime());
-    if (swap.swapped)
-        prompter.inform(QStringLiteral("Die eingelesene Datensicherung wurde übernommen. Die bisherigen Daten wurden im Ordner \"%1\" aufbewahrt.")
-                            .arg(QDir::toNativeSeparators(QDir::cleanPath(swap.safetyCopy))));
-    else if (!swap.error.isEmpty())
-        prompter.inform(swap.error, Prompter::Icon::Warning);
+    return QStringLiteral("Die eingelesene Datensicherung wurde übernommen. Die bisherigen Daten wurden im Ordner \"%1\" aufbewahrt.")
+        .arg(QDir::toNativeSeparators(QDir::cleanPath(safetyCopy)));
 }
 
 } // namespace tarvik

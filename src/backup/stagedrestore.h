@@ -35,7 +35,7 @@ SwapResult swapInStagedRestore(const QString& dataFolder, const QDateTime& now);
 // a swap succeeded. Returns how many were removed.
 int removeOlderSafetyCopies(const QString& dataFolder, int keep = 3);
 
-// Called at start-up before the database is opened: swaps a staged restore in and says so.
-void applyStagedRestore(const QString& dataFolder, Prompter& prompter);
+// What a start says after it swapped a restore in.
+QString restoredAtStartMessage(const QString& safetyCopy);
 
 } // namespace tarvik

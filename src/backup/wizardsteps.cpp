@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <tuple>
 
 namespace tarvik {
 namespace {
@@ -121,10 +122,39 @@ bool BackupSteps::chooseDrive(const std::optional<Drive>& drive)
 
 QString BackupSteps::archivePath() const { return localArchiveFolder(m_context.dataFolder) + archiveName(m_today); }
 
+void BackupSteps::markStickDone()
+{
+    if (!m_stick || !m_target || *m_stick == Stick::Gruen)
+        return;
+    if (!m_stickDatesBefore)
+        m_stickDatesBefore = std::pair{m_choices.lastMonthly, m_choices.lastYearly};
+    if (*m_stick == Stick::Blau)
+        m_choices.lastMonthly = m_today;
+    else
+        m_choices.lastYearly = m_today;
+    remember();
+}
+
+void BackupSteps::undoStickDone()
+{
+    if (!m_stickDatesBefore)
+        return;
+    std::tie(m_choices.lastMonthly, m_choices.lastYearly) = *m_stickDatesBefore;
+    m_stickDatesBefore.reset();
+    remember();
+}
+
+void BackupSteps::chooseCloudFolder(const QString& folder)
+{
+    m_choices.cloudFolder = folder.trimmed();
+    remember();
+}
+
 void BackupSteps::createArchive()
 {
     m_triedCreate = true;
     m_created = false;
+    m_existedToday = false;
     const QString path = archivePath();
     if (QFileInfo::exists(path) &&
         !m_context.prompter.askYesNo(QStringLiteral("Für den heutigen Tag existiert bereits eine Datensicherung. Soll diese überschrieben werden?"))) {
@@ -132,22 +162,26 @@ void BackupSteps::createArchive()
         m_context.prompter.inform(QStringLiteral("Es wurde keine neue Datensicherung erstellt, weil bereits eine existiert hatte."));
         return;
     }
-    m_existedToday = false;
-    // The archive carries the settings as they are now, not as they were at the last save.
+    // Written before the archive is made, so that a restore of it knows its own backup: the
+    // date in the settings, the stick and the cloud folder in the remembered choices.
+    const QString settingsPath = QDir(m_context.dataFolder).filePath(QLatin1String(SettingsFileName));
+    const QString lastBackup = m_context.settings.text[12];
+    m_context.settings.text[12] = formatGermanDate(m_today);
     QString error;
-    if (!EinstellungenSpeichern(m_context.settings, QDir(m_context.dataFolder).filePath(QLatin1String(SettingsFileName)), &error))
+    if (!EinstellungenSpeichern(m_context.settings, settingsPath, &error))
         m_context.prompter.inform(error, Prompter::Icon::Warning);
+    markStickDone();
     ArchiveResult result;
     const QString dataFolder = m_context.dataFolder;
     m_runner.run([&](const ProgressFn& progress) { result = writeArchive(dataFolder, path, progress); });
     if (!result.ok) {
+        m_context.settings.text[12] = lastBackup;
+        EinstellungenSpeichern(m_context.settings, settingsPath, &error);
+        undoStickDone();
         m_context.prompter.inform(result.error, Prompter::Icon::Warning);
         return;
     }
     m_created = true;
-    m_context.settings.text[12] = formatGermanDate(m_today);
-    if (!EinstellungenSpeichern(m_context.settings, QDir(m_context.dataFolder).filePath(QLatin1String(SettingsFileName)), &error))
-        m_context.prompter.inform(error, Prompter::Icon::Warning);
     m_context.prompter.inform(QStringLiteral("Die Datensicherung wurde erstellt und ist in der ZIP-Datei ") + native(path) +
                               QStringLiteral(" gespeichert."));
 }
@@ -155,7 +189,7 @@ void BackupSteps::createArchive()
 void BackupSteps::copyToDrive()
 {
     m_copiedTo.clear();
-    if (!m_created)
+    if (!archiveAtHand())
         return;
     const QString path = archivePath();
     if (!m_target) {
@@ -164,12 +198,15 @@ void BackupSteps::copyToDrive()
                                   native(path));
         return;
     }
-    if (!checkReachable(*m_target))
+    if (!checkReachable(*m_target)) {
+        undoStickDone();
         return;
+    }
     const QString name = archiveName(m_today);
     if (QFileInfo::exists(QDir(m_target->rootPath).filePath(name)) &&
         !m_context.prompter.askYesNo(QStringLiteral("Auf dem externen Datenträger befindet sich bereits eine Datensicherung mit dem Namen ") +
                                      name + QStringLiteral(". Soll die Datensicherung dennoch kopiert werden?"))) {
+        undoStickDone();
         m_context.prompter.inform(QStringLiteral("Die Datensicherung wurde nicht kopiert."));
         return;
     }
@@ -177,26 +214,20 @@ void BackupSteps::copyToDrive()
     const QString root = m_target->rootPath;
     m_runner.run([&](const ProgressFn& progress) { copied = copyVerified(path, root, progress); });
     if (!copied.ok) {
+        undoStickDone();
         m_context.prompter.inform(copied.error, Prompter::Icon::Warning);
         return;
     }
     m_copiedTo = copied.path;
-    if (m_stick) {
-        if (*m_stick == Stick::Blau)
-            m_choices.lastMonthly = m_today;
-        else if (*m_stick == Stick::Rot)
-            m_choices.lastYearly = m_today;
-        remember();
-    }
+    markStickDone(); // today's archive kept at the question reached the stick as well
+    m_stickDatesBefore.reset();
     m_context.prompter.inform(QStringLiteral("Die Datensicherung wurde kopiert und ist abgelegt unter ") + native(m_copiedTo));
 }
 
-void BackupSteps::copyToCloud(const QString& folder)
+void BackupSteps::copyToCloud()
 {
     m_cloud = false;
-    m_choices.cloudFolder = folder.trimmed();
-    remember();
-    if (m_choices.cloudFolder.isEmpty() || !m_created)
+    if (m_choices.cloudFolder.isEmpty() || !archiveAtHand())
         return;
     if (!QFileInfo(m_choices.cloudFolder).isDir()) {
         m_context.prompter.inform(QStringLiteral("Die Datei konnte nicht in die Cloud gespeichert werden, weil der Ordner ") +

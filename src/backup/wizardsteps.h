@@ -42,10 +42,14 @@ public:
     bool checkReachable(const Drive& drive);
     // [Weiter] on the drive page: same-drive and volume-name questions; false keeps the page.
     bool chooseDrive(const std::optional<Drive>& drive);
-    // The archive on the hard disk, then its copy on the chosen drive.
+    // The cloud folder (empty: none), remembered before the archive is made.
+    void chooseCloudFolder(const QString& folder);
+    // The archive on the hard disk, then its copies on the chosen drive and in the cloud folder.
+    // The archive holds the date of its own backup, the stick it goes to and the cloud folder.
+    // Today's archive kept at the overwrite question is copied all the same.
     void createArchive();
     void copyToDrive();
-    void copyToCloud(const QString& folder);
+    void copyToCloud();
     // When the wizard closes: offers to delete all but the three newest archives.
     void closing();
 
@@ -56,6 +60,10 @@ public:
 
 private:
     void remember();
+    bool archiveAtHand() const { return m_created || m_existedToday; }
+    // The stick's date in the choices when the archive goes to the due stick; undone when it does not get there.
+    void markStickDone();
+    void undoStickDone();
 
     AppContext m_context;
     const DriveSource& m_drives;
@@ -71,6 +79,7 @@ private:
     bool m_triedCreate = false;
     bool m_cloud = false;
     QString m_copiedTo;
+    std::optional<std::pair<QDate, QDate>> m_stickDatesBefore; // monthly, yearly before markStickDone
 };
 
 class RestoreSteps {

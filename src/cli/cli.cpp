@@ -164,6 +164,9 @@ int run(const QStringList& args, std::FILE* out, std::FILE* err)
         context.session = session.get();
     }
     try {
+        // The same start as the desktop program's, so a file is the same whichever program made it.
+        if (session)
+            upgradeAtStart(*session, prompter);
         return command->run(parser, context);
     } catch (const StoreError& e) {
         prompter.inform(e.message(), Prompter::Icon::Critical);

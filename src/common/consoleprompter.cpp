@@ -33,6 +33,12 @@ std::optional<QString> ConsolePrompter::askText(const QString& prompt, const QSt
     return proposal;
 }
 
+bool ConsolePrompter::askTypedWord(const QString& prompt, const QString& word)
+{
+    print(prompt + QStringLiteral(" -> ") + (m_answerYes ? word : QStringLiteral("Abbrechen")));
+    return m_answerYes;
+}
+
 // A file or folder cannot be chosen without a person; commands take paths as arguments.
 QString ConsolePrompter::chooseOpenFile(const QString& caption, const QString&, const QString&)
 {

@@ -15,6 +15,7 @@ public:
     bool askYesNo(const QString& text) override;
     bool askOkCancel(const QString& text) override;
     std::optional<QString> askText(const QString& prompt, const QString& proposal) override;
+    bool askTypedWord(const QString& prompt, const QString& word) override; // --ja types the word
     QString chooseOpenFile(const QString& caption, const QString& folder, const QString& filter) override;
     QString chooseSaveFile(const QString& caption, const QString& proposal, const QString& filter) override;
     QString chooseFolder(const QString& caption, const QString& folder) override;

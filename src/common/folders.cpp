@@ -88,4 +88,11 @@ DataFolderResult prepareDataFolder(const QString& dataFolder, const QString& sha
     return result;
 }
 
+bool isDatabaseFile(const QString& path)
+{
+    const QString name = QFileInfo(path).fileName();
+    const QString database = QLatin1String(DatabaseFileName);
+    return name.compare(database, Qt::CaseInsensitive) == 0 || name.startsWith(database + u'-', Qt::CaseInsensitive);
+}
+
 } // namespace tarvik

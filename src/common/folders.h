@@ -6,6 +6,14 @@ namespace tarvik {
 
 inline constexpr char DataFolderEnv[] = "TARVIK_DATEN";
 
+// The database file in the data folder.
+inline constexpr char DatabaseFileName[] = "TARVIK3.db";
+
+// The database file or one of the engine's files beside it ("-wal", "-shm", "-journal"), by
+// name alone. Only the engine may open these: closing any other handle on them would release
+// the engine's locks, which belong to the whole process.
+bool isDatabaseFile(const QString& path);
+
 // The folder of the running program, ending in "/".
 QString programFolder();
 // Files shipped beside the program, seeded into a new data folder.

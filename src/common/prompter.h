@@ -27,6 +27,12 @@ public:
     virtual bool askYesNo(const QString& text) = 0;
     virtual bool askOkCancel(const QString& text) = 0;
     virtual std::optional<QString> askText(const QString& prompt, const QString& proposal) = 0;
+    // A confirmation given by typing a word such as "JA": true only when exactly that word was typed.
+    virtual bool askTypedWord(const QString& prompt, const QString& word)
+    {
+        const std::optional<QString> typed = askText(prompt, QString());
+        return typed && *typed == word;
+    }
     // Empty result: the user cancelled.
     virtual QString chooseOpenFile(const QString& caption, const QString& folder,
                                    const QString& filter) = 0;

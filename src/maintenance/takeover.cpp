@@ -2,6 +2,7 @@
 
 #include "common/replacefile.h"
 #include "maintenance/jetconvert.h"
+#include "store/exclusiveuse.h"
 
 #include <QDir>
 #include <QFile>
@@ -83,10 +84,9 @@ TakeoverResult takeOverVersion2(const QString& oldFolder, const QString& dataFol
         return result;
     }
     if (currentHasHarvests) {
-        const auto typed = prompter.askText(QStringLiteral("Es sind bereits Hiebe in TARVIK 3.0 eingetragen. Deshalb werden die Daten "
-                                                           "aus Tarvik 2.0 nur übernommen, wenn Sie diese Abfrage mit  JA  bestätigen."),
-                                            QString());
-        if (!typed || *typed != u"JA") {
+        if (!prompter.askTypedWord(QStringLiteral("Es sind bereits Hiebe in TARVIK 3.0 eingetragen. Deshalb werden die Daten "
+                                                  "aus Tarvik 2.0 nur übernommen, wenn Sie diese Abfrage mit  JA  bestätigen."),
+                                   QStringLiteral("JA"))) {
             result.message = QStringLiteral("Falsche Eingabe - Der Import wird nicht ausgeführt!");
             prompter.inform(result.message);
             return result;
@@ -138,6 +138,16 @@ TakeoverResult takeOverVersion2(const QString& oldFolder, const QString& dataFol
     }
     if (beforeReplace)
         beforeReplace();
+    // The write-ahead log goes with the old file; while another program has the file open, that
+    // log is still its own.
+    if (!databaseIsFree(databasePath)) {
+        dropStaged();
+        result.message = QStringLiteral("Die Datenbank %1 ist gerade durch ein anderes Programm geöffnet. Bitte beenden Sie das andere "
+                                        "Programm und starten Sie die Datenübernahme dann noch einmal. Es wurde nichts übernommen.")
+                             .arg(QDir::toNativeSeparators(databasePath));
+        prompter.inform(result.message, Prompter::Icon::Critical);
+        return result;
+    }
     QFile::remove(databasePath + QStringLiteral("-wal"));
     QFile::remove(databasePath + QStringLiteral("-shm"));
     for (const auto& [from, to] : staged) {

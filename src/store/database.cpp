@@ -8,6 +8,8 @@
 #include "store/walcheckpoint.h"
 
 #include <QAtomicInt>
+#include <algorithm>
+#include <sqlite3.h>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -90,15 +92,56 @@ QSqlDatabase addConnection(const QString& name, const QString& path, int busyTim
     return db;
 }
 
-// Reads the header without the engine, so a foreign or truncated file is never written to.
-void checkHeader(const QString& path)
+// The file through a handle of the engine's own. Any other handle on the file would, when
+// closed, release every lock the engine holds on it for this process (POSIX locks belong to
+// the process); the engine keeps its handles open until those locks are gone.
+class EngineFile {
+public:
+    explicit EngineFile(const QString& path)
+    {
+        m_rc = sqlite3_open_v2(path.toUtf8().constData(), &m_db, SQLITE_OPEN_READWRITE, nullptr);
+    }
+    ~EngineFile() { sqlite3_close(m_db); }
+    EngineFile(const EngineFile&) = delete;
+    EngineFile& operator=(const EngineFile&) = delete;
+
+    bool opened() const { return m_rc == SQLITE_OK; }
+    QString error() const { return m_db ? QString::fromUtf8(sqlite3_errmsg(m_db)) : QString::fromUtf8(sqlite3_errstr(m_rc)); }
+    // The engine falls back to reading when the file takes no writes.
+    bool readOnly() const { return sqlite3_db_readonly(m_db, "main") == 1; }
+    // The first bytes as they lie on the disk, read without a lock and without the engine
+    // looking at them; fewer when the file is shorter.
+    QByteArray read(int length, qint64 fileSize) const
+    {
+        sqlite3_file* file = nullptr;
+        if (sqlite3_file_control(m_db, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK || !file || !file->pMethods)
+            return {};
+        QByteArray bytes(length, '\0');
+        const int rc = file->pMethods->xRead(file, bytes.data(), length, 0);
+        if (rc == SQLITE_IOERR_SHORT_READ)
+            bytes.truncate(qsizetype(std::min<qint64>(length, fileSize)));
+        else if (rc != SQLITE_OK)
+            return {};
+        return bytes;
+    }
+
+private:
+    sqlite3* m_db = nullptr;
+    int m_rc = SQLITE_OK;
+};
+
+// Checks the header before the engine reads the file as a database, so a foreign or
+// truncated file is never written to; then that the file takes writes. A file that opens but
+// cannot be written would fail at the first store with nothing saved: tell it now.
+void checkHeaderAndWritable(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    const qint64 size = QFileInfo(path).size();
+    const EngineFile file(path);
+    if (!file.opened())
         throw StoreError(QStringLiteral("Die Datenbank \"%1\" kann nicht gelesen werden. %2")
                              .arg(native(path), germanReason(StoreProblem::CannotOpen)),
-                         StoreProblem::CannotOpen, file.errorString());
-    const QByteArray header = file.read(100);
+                         StoreProblem::CannotOpen, file.error());
+    const QByteArray header = file.read(100, size);
     if (header.size() < 100 || !header.startsWith(QByteArrayLiteral("SQLite format 3\0")))
         throw StoreError(notOurs(path, QStringLiteral("unbekanntes Dateiformat")), StoreProblem::Damaged);
     const auto* bytes = reinterpret_cast<const uchar*>(header.constData());
@@ -110,19 +153,15 @@ void checkHeader(const QString& path)
     const quint32 validFor = qFromBigEndian<quint32>(bytes + 92);
     const bool sizeInHeaderValid = pages > 0 && changeCounter == validFor;
     const bool hasWal = QFileInfo::exists(path + QStringLiteral("-wal"));
-    if (sizeInHeaderValid && !hasWal && quint64(file.size()) < quint64(pages) * pageSize)
+    if (sizeInHeaderValid && !hasWal && quint64(size) < quint64(pages) * pageSize)
         throw StoreError(damaged(path, QStringLiteral("die Datei ist unvollständig.")), StoreProblem::Damaged);
+    if (file.readOnly())
+        throw StoreError(readOnly(path, QStringLiteral("Die Datenbank")), StoreProblem::ReadOnly, file.error());
 }
 
-// A file that opens but cannot be written would fail at the first store with nothing saved:
-// tell it now. Both the file and its folder must take writes (the write-ahead log lives
-// beside the file).
-void checkWritable(const QString& path)
+// Both the file and its folder must take writes (the write-ahead log lives beside the file).
+void checkFolderWritable(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite)) // opens without changing a byte
-        throw StoreError(readOnly(path, QStringLiteral("Die Datenbank")), StoreProblem::ReadOnly, file.errorString());
-    file.close();
     const QString folder = QFileInfo(path).absolutePath();
     QTemporaryFile probe(QDir(folder).filePath(QStringLiteral(".tarvik-schreibprobe-XXXXXX")));
     if (!probe.open())
@@ -256,8 +295,8 @@ std::unique_ptr<Database> Database::openOrCreate(const QString& path, const Open
         createDatabaseFile(path);
         created = true;
     } else {
-        checkHeader(path);
-        checkWritable(path);
+        checkHeaderAndWritable(path);
+        checkFolderWritable(path);
         checkContent(path, options.busyTimeoutMs, options.fullPageCheckBytes);
     }
     std::unique_ptr<Database> db(new Database(path, created, options.busyTimeoutMs));

@@ -1,6 +1,8 @@
 #pragma once
 // The database file: created with its master data when missing, checked before it is
 // touched, opened with two handles that can both read and write.
+#include "common/folders.h"
+
 #include <QSqlDatabase>
 #include <QString>
 #include <memory>
@@ -9,7 +11,6 @@ namespace tarvik {
 
 class BackgroundCheckpoint;
 
-inline constexpr char DatabaseFileName[] = "TARVIK3.db";
 // How long a statement waits for another program's write lock before it gives up.
 inline constexpr int DefaultBusyTimeoutMs = 10000;
 

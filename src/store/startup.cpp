@@ -3,16 +3,16 @@
 #include "backup/stagedrestore.h"
 #include "common/folders.h"
 #include "common/germanlocale.h"
+#include "store/exclusiveuse.h"
 #include "store/sql.h"
 
 #include <QCryptographicHash>
 #include <QDir>
 
 namespace tarvik {
-namespace {
 
 // The lock lives outside the data folder so that it can be taken before the folder exists.
-std::unique_ptr<QLockFile> lockFor(const QString& dataFolder)
+std::unique_ptr<QLockFile> instanceLockFor(const QString& dataFolder)
 {
     const QByteArray hash = QCryptographicHash::hash(QDir::cleanPath(dataFolder).toUtf8(), QCryptographicHash::Sha1).toHex().left(16);
     auto lock = std::make_unique<QLockFile>(QDir::temp().filePath(QStringLiteral("tarvik-%1.lock").arg(QString::fromLatin1(hash))));
@@ -22,7 +22,38 @@ std::unique_ptr<QLockFile> lockFor(const QString& dataFolder)
     return lock;
 }
 
-} // namespace
+QString restoreWaitsMessage()
+{
+    return QStringLiteral("Eine eingelesene Datensicherung wartet darauf, übernommen zu werden: die Daten sind gerade durch ein anderes "
+                          "Programm geöffnet. Sie wird beim nächsten Start von TARVIK übernommen; bis dahin wird mit den bisherigen "
+                          "Daten gearbeitet.");
+}
+
+StagedRestore takeOverStagedRestore(const QString& dataFolder, QLockFile* held, Prompter& prompter)
+{
+    if (!hasStagedRestore(dataFolder)) {
+        if (held) // the desktop's start: a staging cut short by a crash is discarded
+            swapInStagedRestore(dataFolder, QDateTime::currentDateTime());
+        return StagedRestore::None;
+    }
+    std::unique_ptr<QLockFile> taken;
+    if (!held) {
+        taken = instanceLockFor(dataFolder); // keeps a desktop start out while the files are swapped
+        held = taken.get();
+    }
+    if (!held || !databaseIsFree(QDir(dataFolder).filePath(QLatin1String(DatabaseFileName)))) {
+        prompter.inform(restoreWaitsMessage(), Prompter::Icon::Warning);
+        return StagedRestore::Waiting;
+    }
+    const SwapResult swap = swapInStagedRestore(dataFolder, QDateTime::currentDateTime());
+    if (swap.swapped) {
+        prompter.inform(restoredAtStartMessage(swap.safetyCopy));
+        return StagedRestore::Swapped;
+    }
+    if (!swap.error.isEmpty())
+        prompter.inform(swap.error, Prompter::Icon::Warning);
+    return swap.error.isEmpty() ? StagedRestore::None : StagedRestore::Failed;
+}
 
 QString Session::settingsPath() const { return QDir(dataFolder).filePath(QLatin1String(SettingsFileName)); }
 
@@ -51,7 +82,7 @@ std::unique_ptr<Session> startSession(const StartupOptions& options, Prompter& p
     session->dataFolder = options.dataFolder;
 
     if (options.singleInstance) {
-        session->instanceLock = lockFor(options.dataFolder);
+        session->instanceLock = instanceLockFor(options.dataFolder);
         if (!session->instanceLock) {
             prompter.inform(QString::fromUtf8(AlreadyRunningMessage));
             return nullptr;
@@ -69,8 +100,8 @@ std::unique_ptr<Session> startSession(const StartupOptions& options, Prompter& p
         prompter.inform(folder.error, Prompter::Icon::Critical);
         return nullptr;
     }
-    if (session->instanceLock) // only a start that has the data folder to itself may swap files under it
-        applyStagedRestore(options.dataFolder, prompter);
+    // Before the database is opened: the files a restore brings replace the current ones.
+    takeOverStagedRestore(options.dataFolder, session->instanceLock.get(), prompter);
 
     try {
         session->database = Database::openOrCreate(QDir(options.dataFolder).filePath(QLatin1String(DatabaseFileName)));
@@ -86,16 +117,20 @@ std::unique_ptr<Session> startSession(const StartupOptions& options, Prompter& p
     return session;
 }
 
+UpgradeReport upgradeAtStart(Session& session, Prompter& prompter)
+{
+    session.upgrade = upgradeDatabase(session.database->shared(), prompter);
+    if (session.upgrade.layoutChanged())
+        prompter.inform((QStringList{QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht:")} + session.upgrade.changes)
+                            .join(u'\n'));
+    return session.upgrade;
+}
+
 UpgradeReport firstActivation(Session& session, Prompter& prompter)
 {
-    const QSqlDatabase db = session.database->shared();
-    if (!scalar(db, QStringLiteral("SELECT 1 FROM \"Hiebe\" LIMIT 1")).isValid())
+    if (!scalar(session.database->shared(), QStringLiteral("SELECT 1 FROM \"Hiebe\" LIMIT 1")).isValid())
         prompter.inform(firstStepsNote());
-    const UpgradeReport report = upgradeDatabase(db, prompter);
-    if (report.layoutChanged())
-        prompter.inform((QStringList{QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht:")} + report.changes)
-                            .join(u'\n'));
-    return report;
+    return upgradeAtStart(session, prompter);
 }
 
 } // namespace tarvik

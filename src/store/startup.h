@@ -26,6 +26,7 @@ struct Session {
     std::unique_ptr<QLockFile> instanceLock;
     std::unique_ptr<Database> database;
     Einstellungen settings;
+    UpgradeReport upgrade; // what the upgrade at the start did
 
     QString settingsPath() const;
     bool saveSettings(Prompter& prompter) const; // shows the message when the file cannot be written
@@ -37,9 +38,25 @@ inline constexpr char AlreadyRunningMessage[] =
 // nullptr when the program must end; the reason has then been shown.
 std::unique_ptr<Session> startSession(const StartupOptions& options, Prompter& prompter);
 
+// The upgrade of the start, with its message when the layout changed; kept in the session.
+// The command-line tool runs it right after the start.
+UpgradeReport upgradeAtStart(Session& session, Prompter& prompter);
+
 // What the main window does on its first activation: the first-steps note when there is no
-// harvest yet, then the upgrade.
+// harvest yet, then the upgrade of the start.
 UpgradeReport firstActivation(Session& session, Prompter& prompter);
+
+// The desktop program's lock on a data folder; nullptr while another program holds it.
+std::unique_ptr<QLockFile> instanceLockFor(const QString& dataFolder);
+
+enum class StagedRestore { None, Swapped, Waiting, Failed };
+
+// A restore staged in the data folder is swapped in only by a program that holds the folder's
+// instance lock (`held`, or taken for the swap) while no other program has the database open;
+// otherwise it waits for the next start. Every handle of this process on the database must be
+// closed. What happened is said through the prompter.
+StagedRestore takeOverStagedRestore(const QString& dataFolder, QLockFile* held, Prompter& prompter);
+QString restoreWaitsMessage();
 
 QString firstStepsNote();
 

@@ -163,9 +163,10 @@ private slots:
         f.prompter.answerYes();
         QVERIFY(steps.begin(true));
         QVERIFY(steps.chooseDrive(blue));
+        steps.chooseCloudFolder(cloud.path());
         steps.createArchive();
         steps.copyToDrive();
-        steps.copyToCloud(cloud.path());
+        steps.copyToCloud();
 
         const QString name = QStringLiteral("TARVIK30_backup_2026_11_23.zip");
         const QString onStick = blue.rootPath + name;
@@ -189,29 +190,109 @@ private slots:
         QCOMPARE(dueStick(remembered.lastMonthly, remembered.lastYearly, Today), Stick::Gruen);
     }
 
-    void secondBackupOfTheDayAsksAndOnNoCreatesNothing()
+    // "Nein" keeps today's archive and creates nothing, but what is there still goes to the
+    // stick and the cloud, and the summary says so.
+    void secondBackupOfTheDayKeptOnNoIsCopiedAllTheSame()
     {
         Fixture f;
         const Drive stick = f.drives.addStick(QStringLiteral("STICK"));
+        QTemporaryDir cloud;
         {
             BackupSteps first(f.context(), f.drives, f.runner);
             first.createArchive();
         }
-        const QByteArray before = test::sha256(localArchiveFolder(f.folder.path()) + archiveName(Today));
+        const QString local = localArchiveFolder(f.folder.path()) + archiveName(Today);
+        const QByteArray before = test::sha256(local);
+        test::addHarvest(f.session->database->shared(), 2); // a change the kept archive does not hold
         f.prompter.clear();
         BackupSteps steps(f.context(), f.drives, f.runner);
         f.prompter.answerYes().answerNo();
         QVERIFY(steps.begin(false));
         QVERIFY(steps.chooseDrive(stick));
+        steps.chooseCloudFolder(cloud.path());
         steps.createArchive();
         steps.copyToDrive();
-        steps.copyToCloud(QString());
+        steps.copyToCloud();
         QCOMPARE(f.prompter.questions().last(), QStringLiteral("Für den heutigen Tag existiert bereits eine Datensicherung. Soll diese überschrieben werden?"));
-        QCOMPARE(f.prompter.messages(), QStringList{QStringLiteral("Es wurde keine neue Datensicherung erstellt, weil bereits eine existiert hatte.")});
-        QCOMPARE(test::sha256(localArchiveFolder(f.folder.path()) + archiveName(Today)), before);
-        QCOMPARE(QDir(stick.rootPath).entryList(QDir::Files | QDir::Hidden), QStringList());
-        QVERIFY(steps.summary().contains(QStringLiteral("Das Backup wurde NICHT erstellt, weil bereits ein Backup vom heutigen Tag existiert hatte.")));
-        QVERIFY(steps.summary().contains(QStringLiteral("Die Backupdatei wurde NICHT auf einen externen Datenträger kopiert.")));
+        const QString onStick = stick.rootPath + archiveName(Today);
+        QCOMPARE(f.prompter.messages(), (QStringList{
+            QStringLiteral("Es wurde keine neue Datensicherung erstellt, weil bereits eine existiert hatte."),
+            QStringLiteral("Die Datensicherung wurde kopiert und ist abgelegt unter ") + QDir::toNativeSeparators(onStick)}));
+        QCOMPARE(test::sha256(local), before);
+        QCOMPARE(test::sha256(onStick), before);
+        QCOMPARE(test::sha256(QDir(cloud.path()).filePath(archiveName(Today))), before);
+        QCOMPARE(steps.summary().mid(3), (QStringList{
+            QStringLiteral("Das Backup wurde NICHT erstellt, weil bereits ein Backup vom heutigen Tag existiert hatte."),
+            QStringLiteral("Die Backupdatei wurde kopiert nach ") + QDir::toNativeSeparators(onStick),
+            QStringLiteral("Die Backupdatei wurde in den Cloudordner übertragen.")}));
+    }
+
+    // What an archive knows of itself once restored: the date of its backup in the settings,
+    // the stick it went to and the cloud folder in the remembered choices. The copies kept
+    // before an upgrade stay out of it.
+    void archiveHoldsItsOwnBackup_data()
+    {
+        QTest::addColumn<int>("monthlyDaysAgo");
+        QTest::addColumn<int>("yearlyDaysAgo");
+        QTest::addColumn<QString>("volume");
+        QTest::addColumn<bool>("cloud");
+        QTest::newRow("blue stick and cloud") << 61 << 100 << QStringLiteral("KELMO_BLAU") << true;
+        QTest::newRow("red stick, no cloud") << 10 << 181 << QStringLiteral("KELMO_ROT") << false;
+        QTest::newRow("green stick") << 10 << 20 << QStringLiteral("KELMO_GRUEN") << true;
+    }
+    void archiveHoldsItsOwnBackup()
+    {
+        QFETCH(int, monthlyDaysAgo);
+        QFETCH(int, yearlyDaysAgo);
+        QFETCH(QString, volume);
+        QFETCH(bool, cloud);
+        Fixture f;
+        f.setLastBackups(monthlyDaysAgo, yearlyDaysAgo);
+        f.session->settings.text[12] = QStringLiteral("01.10.2026");
+        test::writeBytes(f.folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-2026-11-01.db")), "alter Stand");
+        test::writeBytes(f.folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-2026-11-01-2.db")), "noch einer");
+        const Drive stick = f.drives.addStick(volume);
+        QTemporaryDir cloudFolder;
+        BackupSteps steps(f.context(), f.drives, f.runner);
+        f.prompter.answerYes();
+        QVERIFY(steps.begin(true));
+        QVERIFY(steps.chooseDrive(stick));
+        steps.chooseCloudFolder(cloud ? cloudFolder.path() : QString());
+        steps.createArchive();
+        steps.copyToDrive();
+        steps.copyToCloud();
+
+        QTemporaryDir unpacked;
+        const ArchiveCheck check = checkArchive(stick.rootPath + archiveName(Today), {}, unpacked.path());
+        QVERIFY2(check.ok, qPrintable(check.error));
+        for (const QString& name : check.names)
+            QVERIFY2(!name.contains(QStringLiteral("vor-Aktualisierung")), qPrintable(name));
+        QCOMPARE(EinstellungenLaden(QDir(unpacked.path()).filePath(QStringLiteral("Einstellungen.tk3"))).text[12], QStringLiteral("23.11.2026"));
+        const BackupChoices inArchive = loadBackupChoices(unpacked.path());
+        const BackupChoices now = loadBackupChoices(f.folder.path());
+        QCOMPARE(inArchive.cloudFolder, cloud ? cloudFolder.path() : QString());
+        QCOMPARE(inArchive.lastMonthly, volume == u"KELMO_BLAU" ? Today : Today.addDays(-monthlyDaysAgo));
+        QCOMPARE(inArchive.lastYearly, volume == u"KELMO_ROT" ? Today : Today.addDays(-yearlyDaysAgo));
+        QCOMPARE(inArchive.lastMonthly, now.lastMonthly);
+        QCOMPARE(inArchive.lastYearly, now.lastYearly);
+        QCOMPARE(inArchive.cloudFolder, now.cloudFolder);
+    }
+
+    // A stick that is not reached keeps its old date: the rotation asks for it again.
+    void stickNotReachedKeepsItsDate()
+    {
+        Fixture f;
+        f.setLastBackups(61, 100);
+        const Drive blue = f.drives.addStick(QStringLiteral("KELMO_BLAU"));
+        BackupSteps steps(f.context(), f.drives, f.runner);
+        f.prompter.answerYes();
+        QVERIFY(steps.begin(true));
+        QVERIFY(steps.chooseDrive(blue));
+        steps.createArchive();
+        f.drives.pull(QStringLiteral("KELMO_BLAU"));
+        steps.copyToDrive();
+        QCOMPARE(loadBackupChoices(f.folder.path()).lastMonthly, Today.addDays(-61));
+        QCOMPARE(dueStick(loadBackupChoices(f.folder.path()).lastMonthly, loadBackupChoices(f.folder.path()).lastYearly, Today), Stick::Blau);
     }
 
     void copyProblemsAreToldAndSummarised_data()
@@ -230,6 +311,7 @@ private slots:
         f.prompter.answerYes();
         QVERIFY(steps.begin(false));
         QVERIFY(steps.chooseDrive(stick));
+        steps.chooseCloudFolder(problem == QLatin1String("cloud") ? QStringLiteral("/gibt/es/nicht") : QString());
         steps.createArchive();
         if (problem == QLatin1String("pulled"))
             f.drives.pull(QStringLiteral("STICK"));
@@ -238,7 +320,7 @@ private slots:
             f.prompter.answerNo();
         }
         steps.copyToDrive();
-        steps.copyToCloud(problem == QLatin1String("cloud") ? QStringLiteral("/gibt/es/nicht") : QString());
+        steps.copyToCloud();
         const QString last = f.prompter.messages().last();
         if (problem == QLatin1String("pulled"))
             QCOMPARE(last, QStringLiteral("Das Laufwerk ist nicht ansprechbar! Bitte wählen Sie ein korrektes Laufwerk aus!"));

@@ -96,6 +96,9 @@ private slots:
         heartbeat.start(5);
         QSignalSpy progress(child<QProgressBar>(w, "fortschritt"), &QProgressBar::valueChanged);
         click(w, "comweiter(1)");
+        QCOMPARE(page(w), QStringLiteral("cloud")); // every choice comes before the work
+        child<QLineEdit>(w, "tcloud")->setText(cloud.path());
+        click(w, "comweiter(3)");
         QTRY_COMPARE_WITH_TIMEOUT(m_prompter.messages().size(), 3, 60000);
         heartbeat.stop();
         QVERIFY(!w.busy());
@@ -106,10 +109,8 @@ private slots:
         QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Datensicherung wurde kopiert und ist abgelegt unter ") + QDir::toNativeSeparators(onStick));
         QCOMPARE(test::run(QStringLiteral("unzip"), {QStringLiteral("-tq"), onStick}).first, 0);
 
+        QVERIFY(QFile::exists(QDir(cloud.path()).filePath(archiveName(Today))));
         click(w, "comweiter(2)");
-        QCOMPARE(page(w), QStringLiteral("cloud"));
-        child<QLineEdit>(w, "tcloud")->setText(cloud.path());
-        click(w, "comweiter(3)");
         QCOMPARE(page(w), QStringLiteral("endebackup"));
         const QString summary = child<QPlainTextEdit>(w, "zusammenfassung")->toPlainText();
         QVERIFY(summary.startsWith(QStringLiteral("Das Backup wurde mit dem Backup-Konzept für hohe Datensicherheit gestartet.\n")));
@@ -119,6 +120,46 @@ private slots:
         QVERIFY(!w.isVisible());
         QCOMPARE(w.result(), int(QDialog::Accepted));
         QCOMPARE(m_session->settings.text[12], QStringLiteral("23.11.2026"));
+    }
+
+    // Enter while the archive is being written, the focus on [Abbrechen] (where it lands when
+    // the pages are locked), goes to no button that cancels the work.
+    void enterOnTheWorkPageNeverCancels()
+    {
+        QDir(localArchiveFolder(m_folder.path())).removeRecursively();
+        QVERIFY(saveBackupChoices(m_folder.path(), BackupChoices{}));
+        QByteArray noise(24 << 20, Qt::Uninitialized);
+        QRandomGenerator(7).fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
+        test::writeBytes(m_folder.filePath(QStringLiteral("Luftbild.bmp")), noise);
+        test::FakeDrives drives;
+        const Drive stick = drives.addStick(QStringLiteral("STICK"));
+        BackupWizard w(context(), drives, shareFolder() + QStringLiteral("backup"));
+        w.show();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
+        m_prompter.answerYes();
+        click(w, "start_sicherung");
+        child<QListWidget>(w, "laufwerke")->setCurrentRow(0);
+        click(w, "comweiter(1)");
+        int presses = 0;
+        QTimer typist;
+        connect(&typist, &QTimer::timeout, [&] {
+            if (!w.busy())
+                return;
+            auto* cancel = child<QPushButton>(w, "abbv");
+            cancel->setFocus();
+            QTest::keyClick(cancel, Qt::Key_Return);
+            ++presses;
+        });
+        typist.start(20);
+        click(w, "comweiter(3)");
+        QTRY_VERIFY_WITH_TIMEOUT(!w.busy() && m_prompter.messages().size() >= 2, 60000);
+        typist.stop();
+        QVERIFY2(presses > 0, "the work ended before Enter could be pressed");
+        QCOMPARE(page(w), QStringLiteral("backuperstellen"));
+        QVERIFY(w.isVisible());
+        QVERIFY(QFile::exists(localArchiveFolder(m_folder.path()) + archiveName(Today)));
+        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Datensicherung wurde kopiert und ist abgelegt unter ") +
+                                                  QDir::toNativeSeparators(stick.rootPath + archiveName(Today)));
     }
 
     void restoreFromTheListOfAStick()

@@ -86,12 +86,6 @@ private slots:
         QCOMPARE(test::sha256(other.databasePath()), otherDatabase); // nothing touched before the next start
         QVERIFY(hasStagedRestore(other.path()));
 
-        {
-            test::ScriptedPrompter beside; // a script running beside the desktop program leaves it waiting
-            auto script = other.start(beside);
-            QCOMPARE(beside.messages(), QStringList());
-            QVERIFY(hasStagedRestore(other.path()));
-        }
         test::ScriptedPrompter prompter;
         auto session = startDesktop(other, prompter);
         QVERIFY(session);
@@ -107,6 +101,52 @@ private slots:
         QCOMPARE(test::sha256(other.filePath(kept.first() + QStringLiteral("/TARVIK3.db"))), otherDatabase);
         session.reset();
         QCOMPARE(rowsOf(other), originRows); // and again at the start after
+    }
+
+    // A staged restore is swapped in only while no other program has the data: the desktop
+    // program running (its lock) or any program with the database open makes it wait, and
+    // every start meanwhile says so and works on the current data.
+    void stagedRestoreWaitsWhileTheDataAreInUse_data()
+    {
+        QTest::addColumn<QString>("inUse");
+        QTest::addColumn<bool>("scriptStart"); // a start of the command-line tool, else of the desktop program
+        QTest::newRow("free: a script takes it over") << QString() << true;
+        QTest::newRow("free: the desktop takes it over") << QString() << false;
+        QTest::newRow("desktop program running, script") << QStringLiteral("desktop") << true;
+        QTest::newRow("database open elsewhere, script") << QStringLiteral("open") << true;
+        QTest::newRow("database open elsewhere, desktop") << QStringLiteral("open") << false;
+    }
+    void stagedRestoreWaitsWhileTheDataAreInUse()
+    {
+        QFETCH(QString, inUse);
+        QFETCH(bool, scriptStart);
+        test::TempDataFolder origin;
+        fill(origin, 1, QStringLiteral("Eichwald"));
+        const QString archive = localArchiveFolder(origin.path()) + archiveName(QDate(2026, 11, 23));
+        QVERIFY(writeArchive(origin.path(), archive).ok);
+        test::TempDataFolder data;
+        fill(data, 50, QStringLiteral("Buchenhang"));
+        const QStringList current = rowsOf(data);
+        QVERIFY(stageRestore(archive, data.path(), std::nullopt).ok);
+
+        std::unique_ptr<QLockFile> desktop;
+        std::unique_ptr<Database> elsewhere;
+        if (inUse == u"desktop")
+            desktop = instanceLockFor(data.path());
+        if (inUse == u"open")
+            elsewhere = Database::openOrCreate(data.databasePath());
+        test::ScriptedPrompter prompter;
+        auto session = scriptStart ? data.start(prompter) : startDesktop(data, prompter);
+        QVERIFY(session);
+        if (inUse.isEmpty()) {
+            QVERIFY(prompter.messages().first().startsWith(QStringLiteral("Die eingelesene Datensicherung wurde übernommen.")));
+            QVERIFY(!hasStagedRestore(data.path()));
+            QCOMPARE(test::dumpRows(session->database->shared()), rowsOf(origin));
+        } else {
+            QCOMPARE(prompter.messages(), QStringList{restoreWaitsMessage()});
+            QVERIFY(hasStagedRestore(data.path()));
+            QCOMPARE(test::dumpRows(session->database->shared()), current);
+        }
     }
 
     void badArchiveLeavesTheDataUntouched_data()

@@ -5,7 +5,9 @@
 #include "common/ui/gridformat.h"
 #include "entry/ui/hubdialog.h"
 #include "invoices/invoicedata.h"
+#include "invoices/einvoice/pdfreader.h"
 #include "invoices/ui/invoicedialog.h"
+#include "parties/parties.h"
 #include "reports/ui/textoutputwindow.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
@@ -159,6 +161,66 @@ private slots:
         QCOMPARE(child<QComboBox>(d, "kom(1)")->findText(QStringLiteral("20260001")), 0);
         QCOMPARE(child<QComboBox>(d, "kom(0)")->findText(QStringLiteral("Sägewerk O'Neill \"Nord\"")), 0);
         QVERIFY(d.stored());
+    }
+
+    // The own data fill the sender frame; the invoice just stored is what "E-Rechnung speichern"
+    // writes, with the date of supply and discount days typed in the window.
+    void storedInvoiceBecomesAnEInvoice()
+    {
+        parties::OwnData own;
+        own.name = QStringLiteral("Forstbetrieb Anna Müller");
+        own.street = QStringLiteral("Waldweg 1");
+        own.postCode = QStringLiteral("78333");
+        own.city = QStringLiteral("Stockach");
+        own.phone = QStringLiteral("07771 1234");
+        own.email = QStringLiteral("anna@example.de");
+        own.vatId = QStringLiteral("DE123456789");
+        own.iban = QStringLiteral("DE89370400440532013000");
+        QVERIFY(parties::storeOwnData(context(), own));
+        parties::BuyerData buyer;
+        buyer.shortName = QStringLiteral("Sägewerk O'Neill \"Nord\"");
+        buyer.name = QStringLiteral("Sägewerk O'Neill & Co. KG");
+        buyer.street = QStringLiteral("Am Bühl 3");
+        buyer.postCode = QStringLiteral("88662");
+        buyer.city = QStringLiteral("Überlingen");
+        buyer.reference = QStringLiteral("K-4711");
+        buyer.email = QStringLiteral("einkauf@oneill.example");
+        QVERIFY(parties::storeBuyer(context(), buyer));
+        InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
+        d.show();
+        QCOMPARE(child<QLineEdit>(d, "t(4)")->text(), own.name);
+        QCOMPARE(child<QLineEdit>(d, "t(6)")->text(), QStringLiteral("78333 Stockach"));
+        auto* write = child<QPushButton>(d, "comerechnung");
+        QVERIFY(!write->isEnabled()); // nothing stored yet
+
+        typeAddress(d);
+        typeInto(child<QLineEdit>(d, "tz(2)"), QStringLiteral("19"));
+        typeInto(child<QLineEdit>(d, "tz(3)"), QStringLiteral("2"));
+        typeInto(child<QLineEdit>(d, "tz(4)"), QStringLiteral("14"));
+        typeInto(child<QLineEdit>(d, "tdat(1)"), QStringLiteral("30.10.2026"));
+        mark(child<QTableWidget>(d, "li"), m_lots.poleLot);
+        const QString preview = child<QPlainTextEdit>(d, "t(3)")->toPlainText();
+        QVERIFY(preview.contains(QStringLiteral("USt-IdNr.: DE123456789")));
+        QVERIFY(preview.contains(QStringLiteral("Leistungsdatum:")) && preview.contains(QStringLiteral("30.10.2026")));
+        child<QPushButton>(d, "ok(0)")->click();
+        QVERIFY(write->isEnabled());
+
+        const QString path = m_folder.filePath(QStringLiteral("E-Rechnung.xml"));
+        m_prompter.clear();
+        m_prompter.answerText(path);
+        write->click();
+        QVERIFY2(QFile::exists(path), qPrintable(m_prompter.messages().join(u'\n')));
+        const einvoice::ReadResult read = einvoice::readInvoiceFile(path);
+        QVERIFY2(read.invoice, qPrintable(read.error));
+        QCOMPARE(read.invoice->deliveryDate, QDate(2026, 10, 30));
+        QCOMPARE(read.invoice->discountDays, 14);
+        QCOMPARE(read.invoice->buyer.name, buyer.name);
+        QCOMPARE(read.invoice->buyer.reference, buyer.reference);
+        QCOMPARE(read.invoice->buyer.address.postCode, QStringLiteral("88662"));
+
+        // Marking the next lot starts a new invoice, which is no e-invoice until stored.
+        mark(child<QTableWidget>(d, "li"), m_lots.stackLot);
+        QVERIFY(!write->isEnabled());
     }
 
     void refusedStoreShowsEveryReasonAndKeepsTheInput()

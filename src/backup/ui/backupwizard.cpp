@@ -72,6 +72,7 @@ BackupWizard::BackupWizard(const AppContext& context, const DriveSource& drives,
     m_progressText = textLabel(QString(), QStringLiteral("bezfortschritt"));
     m_cancelButton = new QPushButton(QStringLiteral("Abbrechen"));
     m_cancelButton->setObjectName(QStringLiteral("abbv"));
+    m_cancelButton->setAutoDefault(false); // Enter never cancels, whatever has the focus while the work runs
     connect(m_cancelButton, &QPushButton::clicked, this, [this] {
         if (m_busy)
             m_cancel = true; // the work stops at its next step and cleans up after itself
@@ -106,6 +107,9 @@ std::pair<QPushButton*, QPushButton*> BackupWizard::navigation(QWidget*, QLayout
     back->setObjectName(QStringLiteral("comzurueck(%1)").arg(int(page)));
     auto* next = new QPushButton(QStringLiteral("Weiter >"));
     next->setObjectName(QStringLiteral("comweiter(%1)").arg(int(page)));
+    // Enter goes to the page's [Weiter] alone (showPage), never to a button that has the focus.
+    back->setAutoDefault(false);
+    next->setAutoDefault(false);
     auto* row = new QHBoxLayout;
     row->addStretch();
     row->addWidget(back);
@@ -199,8 +203,11 @@ QWidget* BackupWizard::buildCreatePage()
     layout->addWidget(m_createText);
     layout->addStretch();
     const auto [back, next] = navigation(page, layout, Erstellen);
-    connect(back, &QPushButton::clicked, this, [this] { showPage(Laufwerk); });
-    connect(next, &QPushButton::clicked, this, [this] { showPage(Cloud); });
+    connect(back, &QPushButton::clicked, this, [this] { showPage(Cloud); });
+    connect(next, &QPushButton::clicked, this, [this] {
+        m_summary->setPlainText(m_backup->summary().join(u'\n'));
+        showPage(Ende);
+    });
     return page;
 }
 
@@ -228,7 +235,7 @@ QWidget* BackupWizard::buildCloudPage()
     layout->addLayout(row);
     layout->addStretch();
     const auto [back, next] = navigation(page, layout, Cloud);
-    connect(back, &QPushButton::clicked, this, [this] { showPage(Erstellen); });
+    connect(back, &QPushButton::clicked, this, [this] { showPage(Laufwerk); });
     connect(next, &QPushButton::clicked, this, &BackupWizard::cloudChosen);
     return page;
 }
@@ -245,7 +252,7 @@ QWidget* BackupWizard::buildEndPage()
     layout->addWidget(m_summary, 1);
     const auto [back, next] = navigation(page, layout, Ende);
     next->setText(QStringLiteral("Fertig"));
-    connect(back, &QPushButton::clicked, this, [this] { showPage(Cloud); });
+    connect(back, &QPushButton::clicked, this, [this] { showPage(Erstellen); });
     connect(next, &QPushButton::clicked, this, &QDialog::accept);
     return page;
 }
@@ -370,27 +377,27 @@ void BackupWizard::driveChosen()
         drive = m_driveList[row];
     if (!m_backup->chooseDrive(drive))
         return;
-    m_createText->setText(QStringLiteral("Die Datensicherung wird erstellt, geprüft und kopiert. Bitte warten Sie..."));
-    showPage(Erstellen);
-    for (const char* name : {"comzurueck(2)", "comweiter(2)"})
-        findChild<QPushButton*>(QString::fromLatin1(name))->setEnabled(false);
-    QTimer::singleShot(0, this, &BackupWizard::createBackup);
+    showPage(Cloud); // every choice before the work: the archive holds them
 }
 
 void BackupWizard::createBackup()
 {
     m_backup->createArchive();
     m_backup->copyToDrive();
+    m_backup->copyToCloud();
     for (const char* name : {"comzurueck(2)", "comweiter(2)"})
         findChild<QPushButton*>(QString::fromLatin1(name))->setEnabled(true);
-    m_createText->setText(m_backup->summary().mid(3, 2).join(u'\n') + QStringLiteral("\n\nKlicken Sie auf [Weiter]."));
+    m_createText->setText(m_backup->summary().mid(3).join(u'\n') + QStringLiteral("\n\nKlicken Sie auf [Weiter]."));
 }
 
 void BackupWizard::cloudChosen()
 {
-    m_backup->copyToCloud(QDir::fromNativeSeparators(m_cloudFolder->text()));
-    m_summary->setPlainText(m_backup->summary().join(u'\n'));
-    showPage(Ende);
+    m_backup->chooseCloudFolder(QDir::fromNativeSeparators(m_cloudFolder->text()));
+    m_createText->setText(QStringLiteral("Die Datensicherung wird erstellt, geprüft und kopiert. Bitte warten Sie..."));
+    showPage(Erstellen);
+    for (const char* name : {"comzurueck(2)", "comweiter(2)"})
+        findChild<QPushButton*>(QString::fromLatin1(name))->setEnabled(false);
+    QTimer::singleShot(0, this, &BackupWizard::createBackup);
 }
 
 void BackupWizard::startRestore()

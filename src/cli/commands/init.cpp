@@ -25,7 +25,7 @@ public:
         const QString path = QDir::toNativeSeparators(database.path());
         context.io.print(database.newlyCreated() ? QStringLiteral("Datenbank angelegt: %1").arg(path)
                                                  : QStringLiteral("Datenbank geöffnet: %1").arg(path));
-        const UpgradeReport report = upgradeDatabase(database.shared(), context.prompter);
+        const UpgradeReport& report = context.session->upgrade; // done at the start of every command
         for (const QString& change : report.changes)
             context.io.print(change);
         if (!report.failures.isEmpty())

@@ -1,5 +1,5 @@
-// wiederherstellen: checks a backup archive and stages it; the next start of the program
-// takes it over. --ja confirms the question.
+// wiederherstellen: checks a backup archive and stages it; it is put in place at once when no
+// other program has the data open, else at the next start. --ja confirms the question.
 #include "backup/drives.h"
 #include "backup/restore.h"
 #include "backup/wizardsteps.h"
@@ -17,7 +17,8 @@ public:
     QString synopsis() const override { return QStringLiteral("ARCHIV"); }
     QString summary() const override
     {
-        return QStringLiteral("eine Datensicherung prüfen und bereitlegen; der nächste Start des\nProgramms übernimmt sie (--ja bestätigt)");
+        return QStringLiteral("eine Datensicherung prüfen und übernehmen; hat ein anderes Programm die\n"
+                              "Daten geöffnet, übernimmt sie dessen nächster Start (--ja bestätigt)");
     }
     void declare(QCommandLineParser& parser) const override
     {
@@ -42,9 +43,20 @@ public:
             context.prompter.inform(staged.error, Prompter::Icon::Critical);
             return Refused;
         }
-        context.io.print(QStringLiteral("Die Datensicherung ist geprüft und bereitgelegt. Beim nächsten Start von TARVIK werden die Daten "
-                                        "endgültig übernommen."));
-        return Success;
+        context.session->database.reset(); // the swap needs the file to itself
+        switch (takeOverStagedRestore(context.session->dataFolder, context.session->instanceLock.get(), context.prompter)) {
+        case StagedRestore::Swapped:
+            context.io.print(QStringLiteral("Die Datensicherung ist übernommen."));
+            return Success;
+        case StagedRestore::Waiting:
+            context.io.print(QStringLiteral("Die Datensicherung ist geprüft und bereitgelegt. Beim nächsten Start von TARVIK werden die "
+                                            "Daten endgültig übernommen."));
+            return Success;
+        case StagedRestore::None:
+        case StagedRestore::Failed:
+            break;
+        }
+        return Refused;
     }
 };
 

@@ -1,7 +1,13 @@
 #include "common/ui/messageboxprompter.h"
 
+#include "common/folders.h"
+#include "common/ui/fileicons.h"
+
 #include <QApplication>
+#include <QDir>
 #include <QFileDialog>
+#include <QHeaderView>
+#include <QTreeView>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -20,6 +26,39 @@ QMessageBox::Icon toIcon(Prompter::Icon icon)
     case Prompter::Icon::Information: break;
     }
     return QMessageBox::Information;
+}
+
+// Qt's own dialog, so that its icons come from the names alone (a platform dialog would look
+// into the files, the database among them).
+QString runFileDialog(QWidget* parent, Prompter& prompter, const QString& caption, const QString& start, const QString& filter,
+                      QFileDialog::FileMode mode, QFileDialog::AcceptMode accept)
+{
+    NameOnlyIconProvider icons; // outlives the dialog
+    QString folder = start;
+    for (;;) {
+        QFileDialog dialog(parent, caption, folder, filter);
+        dialog.setOption(QFileDialog::DontUseNativeDialog);
+        dialog.setIconProvider(&icons);
+        dialog.setFileMode(mode);
+        dialog.setAcceptMode(accept);
+        if (mode == QFileDialog::Directory)
+            dialog.setOption(QFileDialog::ShowDirsOnly);
+        // The detail columns as wide as their German texts (size, type, date).
+        if (auto* details = dialog.findChild<QTreeView*>(QStringLiteral("treeView")))
+            for (int column = 1; column < details->header()->count(); ++column)
+                details->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+            return {};
+        const QString chosen = dialog.selectedFiles().constFirst();
+        if (mode == QFileDialog::Directory || !isDatabaseFile(chosen))
+            return chosen;
+        // Read or written by anything but the engine, the database would lose its locks or its data.
+        prompter.inform(QStringLiteral("Die Datei \"%1\" ist die Datenbank von TARVIK und kann hier nicht gewählt werden. "
+                                       "Bitte wählen Sie eine andere Datei.")
+                            .arg(QDir::toNativeSeparators(chosen)),
+                        Prompter::Icon::Warning);
+        folder = dialog.directory().absolutePath();
+    }
 }
 
 } // namespace
@@ -59,17 +98,17 @@ std::optional<QString> MessageBoxPrompter::askText(const QString& prompt, const 
 
 QString MessageBoxPrompter::chooseOpenFile(const QString& caption, const QString& folder, const QString& filter)
 {
-    return QFileDialog::getOpenFileName(m_parent, caption, folder, filter);
+    return runFileDialog(m_parent, *this, caption, folder, filter, QFileDialog::ExistingFile, QFileDialog::AcceptOpen);
 }
 
 QString MessageBoxPrompter::chooseSaveFile(const QString& caption, const QString& proposal, const QString& filter)
 {
-    return QFileDialog::getSaveFileName(m_parent, caption, proposal, filter);
+    return runFileDialog(m_parent, *this, caption, proposal, filter, QFileDialog::AnyFile, QFileDialog::AcceptSave);
 }
 
 QString MessageBoxPrompter::chooseFolder(const QString& caption, const QString& folder)
 {
-    return QFileDialog::getExistingDirectory(m_parent, caption, folder);
+    return runFileDialog(m_parent, *this, caption, folder, QString(), QFileDialog::Directory, QFileDialog::AcceptOpen);
 }
 
 } // namespace tarvik

@@ -6,11 +6,15 @@
 #include "common/sqldate.h"
 #include "common/textfile.h"
 #include "common/ui/guarded.h"
+#include "invoices/einvoice/pdfreader.h"
+#include "invoices/einvoice/reader.h"
+#include "invoices/einvoicefile.h"
 #include "reports/reportfile.h"
 #include "reports/ui/textoutputwindow.h"
 #include "store/sql.h"
 
 #include <QComboBox>
+#include <QDir>
 #include <QFontDatabase>
 #include <QFormLayout>
 #include <QGridLayout>
@@ -57,9 +61,11 @@ InvoiceDialog::InvoiceDialog(const AppContext& context, Mode mode, QList<qint32>
     updateCaptions();
     m_date->setText(formatGermanDate(m_context.clock.today()));
     if (m_mode == Mode::Neu) {
-        // Stepping walks the hub's stored invoices; a new one is not among them.
+        // Stepping walks the hub's stored invoices; a new one is not among them. Only a stored
+        // invoice becomes an e-invoice.
         m_ok[1]->setEnabled(false);
         m_ok[2]->setEnabled(false);
+        m_writeEInvoice->setEnabled(false);
         m_tz[0]->setText(QString::number(proposedInvoiceNumber(m_context.db, m_context.clock.today())));
         updatePreview();
     } else {
@@ -209,6 +215,10 @@ void InvoiceDialog::build()
     m_ok[1] = button(QStringLiteral("ok(1)"), QStringLiteral("<< &Vorherige"));
     m_ok[2] = button(QStringLiteral("ok(2)"), QStringLiteral("&Nächste >>"));
     QPushButton* print = button(QStringLiteral("comdrucken"), QStringLiteral("&Drucken"));
+    m_writeEInvoice = button(QStringLiteral("comerechnung"), QStringLiteral("&E-Rechnung speichern"));
+    m_writeEInvoice->setToolTip(QStringLiteral("Die angezeigte gespeicherte Rechnung als XRechnung-Datei schreiben"));
+    QPushButton* readEInvoice = button(QStringLiteral("comerechnunglesen"), QStringLiteral("E-Rechnung an&zeigen"));
+    readEInvoice->setToolTip(QStringLiteral("Eine E-Rechnung (XML oder PDF mit eingebetteter Rechnung) lesbar anzeigen"));
     QPushButton* cancel = button(QStringLiteral("abbrechen"), QStringLiteral("&Abbrechen"));
 
     auto* buttons = new QHBoxLayout;
@@ -218,6 +228,8 @@ void InvoiceDialog::build()
     buttons->addWidget(m_ok[2]);
     buttons->addStretch();
     buttons->addWidget(m_ok[0]);
+    buttons->addWidget(m_writeEInvoice);
+    buttons->addWidget(readEInvoice);
     buttons->addWidget(print);
     buttons->addWidget(cancel);
 
@@ -244,6 +256,8 @@ void InvoiceDialog::build()
     connect(m_ok[1], &QPushButton::clicked, this, [this] { step(-1); });
     connect(m_ok[2], &QPushButton::clicked, this, [this] { step(1); });
     connect(print, &QPushButton::clicked, this, &InvoiceDialog::onPrint);
+    connect(m_writeEInvoice, &QPushButton::clicked, this, &InvoiceDialog::onWriteEInvoice);
+    connect(readEInvoice, &QPushButton::clicked, this, &InvoiceDialog::onReadEInvoice);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
 }
 
@@ -323,6 +337,7 @@ void InvoiceDialog::updatePreview()
     if (m_showingStored) {
         // The stored invoice on show gives way to the next one, under the next free number.
         m_showingStored = false;
+        m_writeEInvoice->setEnabled(false);
         if (m_tz[0]->text() == m_numbers->currentText())
             m_tz[0]->setText(QString::number(proposedInvoiceNumber(m_context.db, m_context.clock.today())));
     }
@@ -362,6 +377,8 @@ void InvoiceDialog::onNumberChosen(int index)
 void InvoiceDialog::showInvoice(const StoredInvoice& invoice)
 {
     m_showingStored = true;
+    m_shownNumber = invoice.number;
+    m_writeEInvoice->setEnabled(true);
     m_buyer->setEditText(invoice.buyer);
     m_t[0]->setText(invoice.name);
     m_t[1]->setText(invoice.street);
@@ -439,6 +456,39 @@ void InvoiceDialog::updateCaptions()
     m_captions[0]->setText(c.customer);
     m_captions[1]->setText(c.date);
     m_captions[2]->setText(c.number);
+}
+
+void InvoiceDialog::onWriteEInvoice()
+{
+    if (!m_showingStored || m_shownNumber <= 0)
+        return;
+    const QString path = m_context.prompter.chooseSaveFile(QStringLiteral("E-Rechnung speichern"),
+                                                           eInvoiceProposal(m_context.dataFolder, m_shownNumber),
+                                                           QStringLiteral("XRechnung (*.xml)"));
+    if (path.isEmpty())
+        return;
+    if (runGuarded(m_context.prompter, [&] { return writeEInvoice(m_context, m_shownNumber, path, einvoice::Profile::XRechnung); }))
+        m_context.prompter.inform(QStringLiteral("Die E-Rechnung %1 ist gespeichert:\n%2").arg(m_shownNumber).arg(QDir::toNativeSeparators(path)));
+}
+
+void InvoiceDialog::onReadEInvoice()
+{
+    const QString path = m_context.prompter.chooseOpenFile(QStringLiteral("E-Rechnung anzeigen"), m_context.dataFolder,
+                                                           QStringLiteral("E-Rechnungen (*.xml *.pdf);;Alle Dateien (*)"));
+    if (path.isEmpty())
+        return;
+    const einvoice::ReadResult read = einvoice::readInvoiceFile(path);
+    if (!read.invoice) {
+        m_context.prompter.inform(read.error, Prompter::Icon::Warning);
+        return;
+    }
+    const TextFileResult written = writeTextFile(reportFilePath(m_context.dataFolder), einvoice::readableText(*read.invoice));
+    if (!written.ok) {
+        m_context.prompter.inform(written.error, Prompter::Icon::Warning);
+        return;
+    }
+    TextOutputWindow window(m_context, this);
+    window.exec();
 }
 
 } // namespace tarvik

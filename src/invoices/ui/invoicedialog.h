@@ -43,6 +43,8 @@ private:
     void step(int direction);
     void onStore();
     void onPrint();
+    void onWriteEInvoice();
+    void onReadEInvoice();
     void onCaption(int index);
     void updateCaptions();
 
@@ -52,6 +54,8 @@ private:
     int m_hubRow;
     bool m_stored = false;
     bool m_showingStored = false; // the preview holds a stored invoice's text
+    qint32 m_shownNumber = 0;     // the number of that stored invoice
+    QPushButton* m_writeEInvoice = nullptr; // comerechnung
     QComboBox* m_buyer = nullptr;      // kom(0)
     QComboBox* m_numbers = nullptr;    // kom(1)
     std::array<QLineEdit*, 13> m_t{};  // t(0) ... t(12); t(3) is the preview

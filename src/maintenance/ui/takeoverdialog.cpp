@@ -33,6 +33,7 @@ TakeoverDialog::TakeoverDialog(Prompter& prompter, std::function<TakeoverResult(
         m_drives->addItem(name, volume.rootPath());
     }
     m_model = new QFileSystemModel(this);
+    m_model->setIconProvider(&m_icons); // the data folder may be browsed too: names only
     m_model->setFilter(QDir::AllDirs | QDir::NoDotAndDotDot);
     m_model->setRootPath(QDir::rootPath());
     m_folders = new QTreeView;
@@ -73,6 +74,8 @@ TakeoverDialog::TakeoverDialog(Prompter& prompter, std::function<TakeoverResult(
     const QStringList usual = usualVersion2Folders();
     chooseFolder(usual.isEmpty() ? QDir::homePath() : usual.first());
 }
+
+TakeoverDialog::~TakeoverDialog() { delete m_model; }
 
 QString TakeoverDialog::currentFolder() const { return m_model->filePath(m_folders->currentIndex()); }
 

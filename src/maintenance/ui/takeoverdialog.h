@@ -1,6 +1,7 @@
 #pragma once
 // The folder window of the takeover from version 2: a drive, a folder, [Start].
 #include "common/prompter.h"
+#include "common/ui/fileicons.h"
 #include "maintenance/takeover.h"
 
 #include <QDialog>
@@ -19,6 +20,7 @@ class TakeoverDialog : public QDialog {
 public:
     // run carries out the takeover for the chosen folder (confirmations included).
     TakeoverDialog(Prompter& prompter, std::function<TakeoverResult(const QString& folder)> run, QWidget* parent = nullptr);
+    ~TakeoverDialog() override;
 
     QString currentFolder() const;
     void chooseFolder(const QString& folder);
@@ -31,6 +33,7 @@ private:
 
     Prompter& m_prompter;
     std::function<TakeoverResult(const QString&)> m_run;
+    NameOnlyIconProvider m_icons; // the model is deleted in the destructor, before it
     QComboBox* m_drives;
     QTreeView* m_folders;
     QFileSystemModel* m_model;

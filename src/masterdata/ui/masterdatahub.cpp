@@ -5,6 +5,7 @@
 #include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
 #include "masterdata/ui/editors.h"
+#include "parties/ui/owndatadialog.h"
 #include "reports/reportfile.h"
 #include "reports/ui/textoutputwindow.h"
 #include "store/sql.h"
@@ -122,6 +123,8 @@ void MasterDataHub::build()
     m_copy = button("kopie", "&Kopie einfügen", &MasterDataHub::onCopy);
     QPushButton* remove = button("löschen", "&Löschen", &MasterDataHub::onDelete);
     QPushButton* print = button("comlisten", "L&isten", &MasterDataHub::onPrint);
+    QPushButton* own = button("comeigene", "&Eigene Angaben", &MasterDataHub::onOwnData);
+    own->setToolTip(QStringLiteral("Name, Anschrift, Steuer- und Bankdaten für Rechnungen und E-Rechnungen"));
     auto* close = new QPushButton(QStringLiteral("Schl&ießen"));
     close->setObjectName(QStringLiteral("abbrechen"));
     close->setAutoDefault(false);
@@ -143,6 +146,7 @@ void MasterDataHub::build()
     for (QPushButton* b : {m_new, m_change, m_copy, remove, print})
         buttons->addWidget(b);
     buttons->addStretch();
+    buttons->addWidget(own);
     buttons->addWidget(close);
 
     auto* layout = new QVBoxLayout(this);
@@ -333,6 +337,12 @@ void MasterDataHub::done(int result)
     if (m_shownList >= 0)
         saveWidths();
     QDialog::done(result);
+}
+
+void MasterDataHub::onOwnData()
+{
+    OwnDataDialog dialog(m_context, this);
+    dialog.exec();
 }
 
 } // namespace tarvik

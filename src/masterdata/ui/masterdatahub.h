@@ -33,6 +33,7 @@ public:
     void onCopy();
     void onDelete();
     void onPrint();
+    void onOwnData();
 
 protected:
     void done(int result) override;
