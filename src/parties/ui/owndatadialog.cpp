@@ -31,6 +31,8 @@ OwnDataDialog::OwnDataDialog(const AppContext& context, QWidget* parent) : QDial
     for (int i = 0; i < fields.size(); ++i) {
         auto* e = new QLineEdit(parties::fieldValue(own, QString::fromUtf8(fields[i].key)));
         e->setObjectName(QStringLiteral("t(%1)").arg(i));
+        // Room for a whole name, street or IBAN without scrolling.
+        e->setMinimumWidth(e->fontMetrics().horizontalAdvance(QLatin1Char('M')) * 22);
         m_fields << e;
     }
     m_regime = new QComboBox;
