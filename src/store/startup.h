@@ -27,8 +27,14 @@ struct Session {
     std::unique_ptr<Database> database;
     Einstellungen settings;
 
+    std::unique_ptr<PageCheck> pageCheck;
+
     QString settingsPath() const;
     bool saveSettings(Prompter& prompter) const; // shows the message when the file cannot be written
+    // Opening does not wait for the check of every page: the desktop program starts it once its
+    // main list shows (onDamage is called on the check's thread) and stops it before it ends.
+    void checkPagesInBackground(PageCheck::Report onDamage);
+    void stopPageCheck() { pageCheck.reset(); }
 };
 
 inline constexpr char AlreadyRunningMessage[] =
