@@ -111,10 +111,12 @@ std::vector<Result> listScenarios(const QString& path, int groupedRuns, int full
 
     // ...and the whole list handed on as the report file.
     Result written;
-    written.scenario = QStringLiteral("full log list written as Daten.txt");
+    written.scenario = QStringLiteral("full log list written as Daten.txt (widths included)");
     written.program = measure(fullRuns, [&] {
+        // The columns' widths come from a pass over the rows of their own, as the dialog does it.
+        const auto widths = columnFormats(db, member(Member::Staemme), f);
         QSqlQuery rows = execSql(db, f.sql, f.values);
-        writeText(out.filePath(QStringLiteral("Daten.txt")), rows, formats, TextOptions::from(settings, QStringLiteral("Stämme"), {}), 0);
+        writeText(out.filePath(QStringLiteral("Daten.txt")), rows, widths, TextOptions::from(settings, QStringLiteral("Stämme"), {}), 0);
     });
     written.raw = measure(fullRuns, [&] { rawToFile(raw, plainSql(f), out.filePath(QStringLiteral("roh.txt"))); });
     results.push_back(written);

@@ -6,6 +6,7 @@
 #include "generator.h"
 #include "listscenarios.h"
 #include "measure.h"
+#include "startsizes.h"
 
 #include "harvests/harvestlist.h"
 #include "common/consoleprompter.h"
@@ -143,13 +144,13 @@ bench::Result startScenario(const QString& path, int runs)
     return r;
 }
 
-// The page check of the whole file, which opening runs on files up to 64 MiB.
+// The page check of the whole file, which runs on a thread of its own once the main list shows.
 bench::Result quickCheckScenario(const QString& path, int runs)
 {
     bench::Result r;
-    r.scenario = QStringLiteral("page check of the whole file (on opening up to 64 MiB)");
+    r.scenario = QStringLiteral("page check of the whole file (background, after the start)");
     auto db = Database::openOrCreate(path);
-    r.program = bench::measure(runs, [&] { execSql(db->shared(), QStringLiteral("PRAGMA quick_check")).next(); });
+    r.program = bench::measure(runs, [&] { checkPages(path); });
     Raw raw(path);
     r.raw = bench::measure(runs, [&] { raw.rows("PRAGMA quick_check"); });
     return r;
@@ -278,8 +279,8 @@ int main(int argc, char* argv[])
     const QCommandLineOption desktop(QStringLiteral("desktop"), QStringLiteral("Programmdatei für die Speichermessung"), QStringLiteral("PFAD"),
                                      QCoreApplication::applicationDirPath() + QStringLiteral("/tarvik"));
     const QCommandLineOption only(QStringLiteral("nur"),
-                                  QStringLiteral("nur diese Szenarien, mit Komma getrennt: start, pruefung, holzliste, summen, speichern, "
-                                                 "listen, sicherung, austausch, harvester, speicher"),
+                                  QStringLiteral("nur diese Szenarien, mit Komma getrennt: start, startgroessen, pruefung, holzliste, summen, "
+                                                 "speichern, listen, sicherung, austausch, harvester, speicher"),
                                   QStringLiteral("NAMEN"));
     parser.addOptions({data, harvests, lots, logs, poles, stacks, seed, generateOnly, desktop, only});
     parser.process(app);
@@ -321,6 +322,9 @@ int main(int argc, char* argv[])
     std::vector<bench::Result> results;
     if (wanted("start"))
         results.push_back(startScenario(path, 20));
+    if (wanted("startgroessen"))
+        for (const bench::Result& r : bench::startSizeScenarios(scratch.filePath(QStringLiteral("startgroessen")), {10, 60, 250}, 5))
+            results.push_back(r);
     if (wanted("pruefung"))
         results.push_back(quickCheckScenario(path, 20));
     if (wanted("holzliste"))

@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QTimer>
 
 int main(int argc, char* argv[])
 {
@@ -38,5 +39,16 @@ int main(int argc, char* argv[])
     tarvik::HelpButtons helpButtons(prompter);
     app.installEventFilter(&helpButtons);
     window.show();
-    return app.exec();
+    // The check of every page of the file runs once the main list shows; damage ends the program.
+    QTimer::singleShot(500, &window, [&] {
+        session->checkPagesInBackground([&window, &prompter](const tarvik::StoreError& damage) {
+            QMetaObject::invokeMethod(&window, [&prompter, message = damage.message()] {
+                prompter.inform(message, tarvik::Prompter::Icon::Critical);
+                QApplication::exit(1);
+            }, Qt::QueuedConnection);
+        });
+    });
+    const int code = app.exec();
+    session->stopPageCheck(); // before the window it reports to goes
+    return code;
 }

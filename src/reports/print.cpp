@@ -20,10 +20,17 @@ QString resolveFixedFont(const QString& family)
 
 QString PrintResult::statusText() const
 {
-    if (!ok || !fontReduced)
+    if (!ok)
         return {};
-    return QStringLiteral("Schrift für diesen Ausdruck auf %1 pt verkleinert, damit die breiteste Zeile auf die Seite passt.")
-        .arg(QLocale().toString(fontSize, 'g', 3));
+    const QString size = QLocale().toString(fontSize, 'g', 3);
+    if (bands > 1)
+        return QStringLiteral("Die Liste ist breiter als die Seite: sie wurde in %1 pt in %2 Spaltenblöcken gedruckt, "
+                              "erst alle Seiten der ersten Spalten, dann die der folgenden.")
+            .arg(size)
+            .arg(bands);
+    if (!fontReduced)
+        return {};
+    return QStringLiteral("Schrift für diesen Ausdruck auf %1 pt verkleinert, damit die Tabellen auf die Seite passen.").arg(size);
 }
 
 namespace {
@@ -38,13 +45,10 @@ QFont printFont(const PrintJob& job, double pointSize)
     return font;
 }
 
-qreal widestLine(const QStringList& lines, const QString& prefix, const QFontMetricsF& metrics)
+// The advance of one character of the fixed-pitch font.
+qreal characterWidth(const QFont& font, QPaintDevice* device)
 {
-    qreal widest = 0;
-    for (const QString& line : lines)
-        if (line.trimmed() != u"#")
-            widest = std::max(widest, metrics.horizontalAdvance(prefix + line));
-    return widest;
+    return QFontMetricsF(font, device).horizontalAdvance(QString(100, u'M')) / 100;
 }
 
 } // namespace
@@ -56,43 +60,37 @@ PrintResult paintLines(QPagedPaintDevice& device, int resolution, const QStringL
 
     const QString prefix(job.settings.marginChars, u' ');
     const QRectF page = device.pageLayout().paintRectPixels(resolution);
-    // A user who presses print gets paper: the font shrinks for this printout until the widest
-    // line fits, but not below a size that can still be read.
+    // A user who presses print gets paper: the font shrinks for this printout until the tables
+    // fit, but not below a size that can still be read; what is wider then goes into bands.
+    const int needed = printWidth(lines) + int(prefix.size());
     double size = job.settings.fontSize;
     QFont font = printFont(job, size);
-    while (widestLine(lines, prefix, QFontMetricsF(font, &device)) > page.width()) {
+    while (size - 0.5 >= SmallestPrintFontSize && needed * characterWidth(font, &device) > page.width()) {
         size -= 0.5;
-        if (size < SmallestPrintFontSize)
-            return {false, 0,
-                    QStringLiteral("Die längste Zeile der Liste ist selbst in der kleinsten Schrift (6 pt) breiter als "
-                                   "die Seite. Bitte wählen Sie das Querformat oder einen kleineren linken Rand."),
-                    0, false};
         font = printFont(job, size);
     }
     const QFontMetricsF metrics(font, &device);
+    const qreal lineHeight = metrics.lineSpacing();
+    PageGrid grid;
+    grid.columns = std::max(1, int(page.width() / characterWidth(font, &device)) - int(prefix.size()));
+    grid.rows = std::max(1, int(page.height() / lineHeight));
+    const PrintLayout layout = layoutForPrint(lines, grid);
 
     QPainter painter;
     if (!painter.begin(&device))
-        return {false, 0, QStringLiteral("Der Drucker kann nicht angesprochen werden."), 0, false};
+        return {false, 0, QStringLiteral("Der Drucker kann nicht angesprochen werden."), 0, false, 1};
     painter.setFont(font);
-    const qreal lineHeight = metrics.lineSpacing();
-    const int linesPerPage = std::max(1, int(page.height() / lineHeight));
-    int pages = 0;
-    for (const QStringList& marked : splitPages(lines)) {
-        // A marked page longer than the paper continues on further sheets.
-        for (qsizetype start = 0; start < std::max<qsizetype>(marked.size(), 1); start += linesPerPage) {
-            if (pages > 0)
-                device.newPage();
-            ++pages;
-            qreal y = metrics.ascent();
-            for (qsizetype i = start; i < std::min<qsizetype>(marked.size(), start + linesPerPage); ++i) {
-                painter.drawText(QPointF(0, y), prefix + marked[i]);
-                y += lineHeight;
-            }
+    for (qsizetype p = 0; p < layout.pages.size(); ++p) {
+        if (p > 0)
+            device.newPage();
+        qreal y = metrics.ascent();
+        for (const QString& line : layout.pages[p]) {
+            painter.drawText(QPointF(0, y), prefix + line);
+            y += lineHeight;
         }
     }
     painter.end();
-    return {true, pages, {}, size, size < job.settings.fontSize};
+    return {true, int(layout.pages.size()), {}, size, size < job.settings.fontSize, layout.bands};
 }
 
 PrintResult printLinesToPdf(const QStringList& lines, const PrintJob& job)
@@ -109,7 +107,7 @@ PrintResult printFileToPdf(const QString& reportPath, const PrintJob& job)
 {
     const TextFileResult file = readTextFile(reportPath);
     if (!file.ok)
-        return {false, 0, file.error, 0, false};
+        return {false, 0, file.error, 0, false, 1};
     return printLinesToPdf(file.lines, job);
 }
 

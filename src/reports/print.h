@@ -1,7 +1,9 @@
 #pragma once
 // Printing a report's lines onto pages: fixed-pitch font, left margin in characters, a new page
-// at every "#" mark and when a page is full. A line never wraps; a list too wide for the paper
-// is printed in a smaller font, down to 6 pt. Needs Qt Gui only: PDF files are written with
+// at every "#" mark and when a page is full. The font shrinks for a printout, down to 6 pt, until
+// the report's tables fit the paper (reports/reportfile.h: printWidth); a list still wider is
+// printed in column bands, and any line longer than the page wraps. Lists and timber lists get
+// a head on every page (layoutForPrint). Needs Qt Gui only: PDF files are written with
 // QPdfWriter, printers are reached through reports/printer.h.
 #include "reports/reportfile.h"
 
@@ -25,8 +27,9 @@ struct PrintResult {
     int pages = 0;
     QString message;        // German, when not ok
     double fontSize = 0;    // the size the lines were printed in
-    bool fontReduced = false; // the widest line needed a smaller font than the chosen one
-    // "Schrift für diesen Ausdruck auf 9,5 pt verkleinert." or empty.
+    bool fontReduced = false; // the tables needed a smaller font than the chosen one
+    int bands = 1;            // column bands of a list wider than the page
+    // "Schrift für diesen Ausdruck auf 9,5 pt verkleinert, …", the bands, or empty.
     QString statusText() const;
 };
 

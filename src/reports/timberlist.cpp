@@ -17,6 +17,19 @@ using namespace columns;
 
 const QString Gap = QStringLiteral("  ");
 
+// The column headings of the tables; printing repeats them on every page a table runs onto.
+namespace Heading {
+constexpr char LogLots[] = "LOS_NR  ANZAHL   EFM_OR    PREIS  LOS-BEZEICHNUNG  LAGERORT";
+constexpr char TimberList[] = "BAUMART                GÜTE  KLASSE   EFM_OR ANZAHL LÄNGE PROZENT    PREIS";
+constexpr char Distribution[] = "GÜTE  KLASSE   EFM_OR PROZENT";
+constexpr char SingleLogs[] = "   LNR  BAUMART                 LÄNGE STÄRKE_MR EFM_OR  KLASSE GÜTE";
+constexpr char PoleLots[] = "LOS_NR  ANZAHL  LOS-BEZEICHNUNG  LAGERORT";
+constexpr char SinglePoles[] = "ANZAHL  BAUMART                 LÄNGE STÄRKE  KLASSE     EFM";
+constexpr char StackLots[] = "LOS_NR     EFM      RM  LOS-BEZEICHNUNG  LAGERORT";
+constexpr char Sections[] = "SEKT-NR  BAUMART                STÄRKE    EFM     RM  KLASSE LÄNGE TIEFE  HÖHE";
+constexpr const char* All[] = {LogLots, TimberList, Distribution, SingleLogs, PoleLots, SinglePoles, StackLots, Sections};
+} // namespace Heading
+
 struct Report {
     const QSqlDatabase& db;
     qint32 harvestId;
@@ -75,7 +88,7 @@ QList<QVariant> logLots(Report& r)
     r.blank();
     r.add(QStringLiteral("LOSE (Stämme)"));
     r.add(QStringLiteral("============="));
-    r.add(QStringLiteral("LOS_NR  ANZAHL   EFM_OR    PREIS  LOS-BEZEICHNUNG  LAGERORT"));
+    r.add(QString::fromUtf8(Heading::LogLots));
     QList<QVariant> lots;
     QSqlQuery q = r.query(QStringLiteral("SELECT Los_Nr, Anzahl_Stämme, Efm_oR, Preis_berechnet, Los_Bezeichnung, Lagerort FROM Lose "
                                          "WHERE Kennung = ? AND Sortierung = 'Stämme' ORDER BY Los_Nr"));
@@ -111,7 +124,7 @@ void timberListOfLot(Report& r, const QVariant& lot, double lotEfm)
 {
     r.blank();
     r.add(QStringLiteral("Holzliste nach Baumarten, Güte- und Stärkelassen für Los ") + text(lot));
-    r.add(QStringLiteral("BAUMART               ") + QStringLiteral(" GÜTE  KLASSE   EFM_OR ANZAHL LÄNGE PROZENT    PREIS"));
+    r.add(QString::fromUtf8(Heading::TimberList));
     const QString figures = QStringLiteral("count(*), sum(Efm_oR), avg(Länge_m), sum(Preis_berechnet)");
     // Grouping columns and how each group's leading columns are laid out.
     const std::pair<QString, std::function<QString(const QSqlQuery&)>> groups[] = {
@@ -135,7 +148,7 @@ void distributionOfLot(Report& r, const QVariant& lot, double lotEfm)
 {
     r.blank();
     r.add(QStringLiteral("Prozentuale Verteilung nach Güte- und Stärkeklassen Los ") + text(lot));
-    r.add(QStringLiteral("GÜTE  KLASSE   EFM_OR PROZENT"));
+    r.add(QString::fromUtf8(Heading::Distribution));
     const std::tuple<QString, std::function<QString(const QSqlQuery&)>, int> groups[] = {
         {QStringLiteral("Güteklasse, Stärkeklasse"), [](const QSqlQuery& q) { return left(text(q.value(0)), 6) + left(text(q.value(1)), 7); }, 8},
         {QStringLiteral("Güteklasse"), [](const QSqlQuery& q) { return left(text(q.value(0)), 13); }, 8},
@@ -153,7 +166,7 @@ void singleLogsOfLot(Report& r, const QVariant& lot)
 {
     r.blank();
     r.add(QStringLiteral("Einzelauswertung Stämme Los ") + text(lot));
-    r.add(QStringLiteral("   LNR  ") + QStringLiteral("BAUMART               ") + QStringLiteral("  LÄNGE STÄRKE_MR EFM_OR  KLASSE GÜTE"));
+    r.add(QString::fromUtf8(Heading::SingleLogs));
     QSqlQuery q = r.query(QStringLiteral("SELECT Laufende_Nr, Baumart, Stärke_gemessen, Länge_m, Efm_oR, Stärkeklasse, Güteklasse FROM Stämme "
                                          "WHERE Kennung = ? AND Los_Nr = ? ORDER BY Laufende_Nr, ID"), {lot});
     while (q.next())
@@ -166,7 +179,7 @@ void poleLots(Report& r)
     r.blank();
     r.add(QStringLiteral("LOSE (Pfähle)"));
     r.add(QStringLiteral("============="));
-    r.add(QStringLiteral("LOS_NR  ANZAHL  LOS-BEZEICHNUNG  LAGERORT"));
+    r.add(QString::fromUtf8(Heading::PoleLots));
     QList<QVariant> lots;
     QSqlQuery q = r.query(QStringLiteral("SELECT Los_Nr, Anzahl_Pfähle, Los_Bezeichnung, Lagerort FROM Lose "
                                          "WHERE Kennung = ? AND Sortierung = 'Pfähle' ORDER BY Los_Nr"));
@@ -177,7 +190,7 @@ void poleLots(Report& r)
     for (const QVariant& lot : lots) {
         r.blank();
         r.add(QStringLiteral("Einzelauswertung Pfähle Los ") + text(lot));
-        r.add(QStringLiteral("ANZAHL  ") + QStringLiteral("BAUMART               ") + QStringLiteral("  LÄNGE STÄRKE  KLASSE     EFM"));
+        r.add(QString::fromUtf8(Heading::SinglePoles));
         QSqlQuery poles = r.query(QStringLiteral("SELECT Anzahl, Baumart, Stärke_mR, Länge_m, Stärkeklasse FROM Pfähle "
                                                  "WHERE Kennung = ? AND Los_Nr = ? ORDER BY Stärkeklasse ASC, Anzahl DESC, ID"), {lot});
         while (poles.next()) {
@@ -194,7 +207,7 @@ void stackedLots(Report& r)
     r.blank();
     r.add(QStringLiteral("LOSE (Schichtholz)"));
     r.add(QStringLiteral("=================="));
-    r.add(QStringLiteral("LOS_NR     EFM      RM  LOS-BEZEICHNUNG  LAGERORT"));
+    r.add(QString::fromUtf8(Heading::StackLots));
     QList<QVariant> lots;
     QSqlQuery q = r.query(QStringLiteral("SELECT Los_Nr, Efm_Schichtholz, m3_Schichtholz, Los_Bezeichnung, Lagerort FROM Lose "
                                          "WHERE Kennung = ? AND Sortierung = 'Schichtholz' ORDER BY Los_Nr"));
@@ -206,8 +219,7 @@ void stackedLots(Report& r)
     for (const QVariant& lot : lots) {
         r.blank();
         r.add(QStringLiteral("Einzelauswertung Schichtholz Los ") + text(lot));
-        r.add(QStringLiteral("SEKT-NR  ") + QStringLiteral("BAUMART               ") +
-              QStringLiteral(" STÄRKE    EFM     RM  KLASSE LÄNGE TIEFE  HÖHE"));
+        r.add(QString::fromUtf8(Heading::Sections));
         QSqlQuery s = r.query(QStringLiteral("SELECT Sektions_Nr, Baumart, Stärke, Efm, m3, Stärkeklasse, Sektionslänge_m, Sektionstiefe_m, "
                                              "Sektionshöhe_m FROM Schichtholz WHERE Kennung = ? AND Los_Nr = ? ORDER BY Sektions_Nr"), {lot});
         while (s.next())
@@ -267,6 +279,24 @@ QStringList timberListOfLots(const QSqlDatabase& db, qint32 harvestId, const QLi
         singleLogsOfLot(r, lot);
     }
     return r.lines;
+}
+
+bool isTimberListHeading(const QString& line)
+{
+    static const QStringList headings = [] {
+        QStringList all;
+        for (const char* h : Heading::All)
+            all << QString::fromUtf8(h);
+        return all;
+    }();
+    return headings.contains(line);
+}
+
+std::optional<QString> timberListHarvestNumber(const QStringList& lines)
+{
+    if (lines.size() < 2 || lines[0] != u"HIEBDATEN" || !lines[1].startsWith(QLatin1String("Hieb-Nr:")))
+        return std::nullopt;
+    return lines[1].mid(8).trimmed();
 }
 
 QList<TimberListLot> timberListLots(const QSqlDatabase& db, qint32 harvestId)

@@ -4,6 +4,7 @@
 // stacked-wood lots. Fixed-width lines; writing them is the caller's.
 #include <QSqlDatabase>
 #include <QStringList>
+#include <optional>
 
 namespace tarvik {
 
@@ -20,6 +21,11 @@ struct TimberListLot {
 };
 QList<TimberListLot> timberListLots(const QSqlDatabase& db, qint32 harvestId);
 inline constexpr char NoLotsMarked[] = "Die Liste kann nicht erstellt werden, weil keine Lose markiert sind.";
+
+// What printing needs to know of a timber list: its harvest number (nullopt: the lines are not a
+// timber list) and which lines head a table.
+std::optional<QString> timberListHarvestNumber(const QStringList& lines);
+bool isTimberListHeading(const QString& line);
 
 inline constexpr char ReportFileName[] = "Daten.txt";
 

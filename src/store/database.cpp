@@ -17,6 +17,7 @@
 #include <QTemporaryFile>
 #include <optional>
 #include <QtEndian>
+#include <sqlite3.h>
 
 namespace tarvik {
 namespace {
@@ -169,23 +170,62 @@ void checkFolderWritable(const QString& path)
                          StoreProblem::ReadOnly, probe.errorString());
 }
 
-// A read-only look before anything is written: our tables, and a quick check of every page.
-// The statements that check the pages: all of them, or for a large file every table but the
-// bulky row tables (their checks would cost most of a second at a million logs).
-QStringList pageChecks(QSqlQuery& q, const QString& path, qint64 fullCheckBytes)
+// Reads the findings of SQLite's quick check of every page; the damage they tell of.
+std::optional<StoreError> pageCheckFindings(const QString& path, sqlite3* handle, const std::atomic_bool* stop, bool* stopped)
 {
-    if (QFileInfo(path).size() <= fullCheckBytes)
-        return {QStringLiteral("PRAGMA quick_check")};
-    QStringList checks;
-    if (!q.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite_%' "
-                               "AND name NOT IN ('Stämme', 'Pfähle', 'Schichtholz')")))
-        return {QStringLiteral("PRAGMA quick_check")};
-    while (q.next())
-        checks << QStringLiteral("PRAGMA quick_check(%1)").arg(quoted(q.value(0).toString()));
-    return checks;
+    // Asked every few thousand steps of the engine: a check that is no longer wanted ends at once.
+    if (stop)
+        sqlite3_progress_handler(
+            handle, 10000, [](void* flag) { return static_cast<const std::atomic_bool*>(flag)->load() ? 1 : 0; },
+            const_cast<std::atomic_bool*>(stop));
+    sqlite3_stmt* statement = nullptr;
+    int rc = sqlite3_prepare_v2(handle, "PRAGMA quick_check", -1, &statement, nullptr);
+    QStringList findings;
+    if (rc == SQLITE_OK)
+        while ((rc = sqlite3_step(statement)) == SQLITE_ROW) {
+            const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+            if (text && qstrcmp(text, "ok") != 0)
+                findings << QString::fromUtf8(text);
+        }
+    sqlite3_finalize(statement);
+    if (rc == SQLITE_INTERRUPT) {
+        *stopped = true;
+        return std::nullopt;
+    }
+    if (!findings.isEmpty())
+        return StoreError(damaged(path, QStringLiteral("die Prüfung der Seiten hat %1 Fehler im Inhalt gefunden.").arg(findings.size())),
+                          StoreProblem::Damaged, findings.join(u'\n'));
+    switch (rc & 0xFF) {
+    case SQLITE_DONE:
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+    case SQLITE_CANTOPEN:
+        return std::nullopt; // in use is not damaged; the next start checks again
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+        return StoreError(damaged(path, QStringLiteral("die Datenbank meldet eine fehlerhafte Seite.")), StoreProblem::Damaged,
+                          QString::fromUtf8(sqlite3_errmsg(handle)));
+    default:
+        return StoreError(damaged(path, QStringLiteral("die Datei lässt sich nicht vollständig lesen.")), StoreProblem::Damaged,
+                          QString::fromUtf8(sqlite3_errmsg(handle)));
+    }
 }
 
-void checkContent(const QString& path, int busyTimeoutMs, qint64 fullCheckBytes)
+sqlite3* openForCheck(const QString& path)
+{
+    sqlite3* handle = nullptr;
+    // Read-write, as the program's own handles: a read-only one cannot open a file in WAL mode
+    // that no other connection holds open. It is told to write nothing.
+    if (sqlite3_open_v2(QFile::encodeName(path).constData(), &handle, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK ||
+        sqlite3_exec(handle, "PRAGMA query_only = 1", nullptr, nullptr, nullptr) != SQLITE_OK) {
+        sqlite3_close(handle);
+        return nullptr;
+    }
+    sqlite3_busy_timeout(handle, DefaultBusyTimeoutMs);
+    return handle;
+}
+
+void checkContent(const QString& path, int busyTimeoutMs, bool checkAllPages)
 {
     const QString name = newConnectionName("check");
     std::optional<StoreError> problem;
@@ -202,21 +242,8 @@ void checkContent(const QString& path, int busyTimeoutMs, qint64 fullCheckBytes)
                           : openingError(path, q.lastError());
         } else if (!q.next() || q.value(0).toInt() != 4) {
             problem = StoreError(notOurs(path, QStringLiteral("die Tabellen der Holzliste fehlen")), StoreProblem::Damaged);
-        } else {
-            QStringList findings;
-            for (const QString& check : pageChecks(q, path, fullCheckBytes)) {
-                if (!q.exec(check)) {
-                    problem = openingError(path, q.lastError());
-                    break;
-                }
-                while (q.next())
-                    if (const QString finding = q.value(0).toString(); finding != u"ok")
-                        findings << finding;
-            }
-            if (!problem && !findings.isEmpty())
-                problem = StoreError(damaged(path, QStringLiteral("die Prüfung beim Öffnen hat %1 Fehler im Inhalt gefunden.")
-                                                       .arg(findings.size())),
-                                     StoreProblem::Damaged, findings.join(u'\n'));
+        } else if (checkAllPages) {
+            problem = checkPages(path);
         }
         q = QSqlQuery();
         db.close();
@@ -242,6 +269,51 @@ void openHandle(QSqlDatabase& db, const QString& path)
 }
 
 } // namespace
+
+std::optional<StoreError> checkPages(const QString& path)
+{
+    sqlite3* handle = openForCheck(path);
+    if (!handle)
+        return std::nullopt; // opening itself tells why a file cannot be read
+    bool stopped = false;
+    std::optional<StoreError> found = pageCheckFindings(path, handle, nullptr, &stopped);
+    sqlite3_close(handle);
+    return found;
+}
+
+PageCheck::PageCheck(const QString& path, Report onDamage) : m_path(path), m_onDamage(std::move(onDamage))
+{
+    m_thread = std::thread([this] { run(); });
+}
+
+PageCheck::~PageCheck()
+{
+    m_stop = true;
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+std::optional<StoreError> PageCheck::wait()
+{
+    if (m_thread.joinable())
+        m_thread.join();
+    return m_found;
+}
+
+void PageCheck::run()
+{
+    sqlite3* handle = openForCheck(m_path);
+    if (!handle)
+        return;
+    bool stopped = false;
+    std::optional<StoreError> found = pageCheckFindings(m_path, handle, &m_stop, &stopped);
+    sqlite3_close(handle);
+    if (stopped || m_stop)
+        return;
+    m_found = found;
+    if (found && m_onDamage)
+        m_onDamage(*found);
+}
 
 QString masterDataNote()
 {
@@ -297,7 +369,7 @@ std::unique_ptr<Database> Database::openOrCreate(const QString& path, const Open
     } else {
         checkHeaderAndWritable(path);
         checkFolderWritable(path);
-        checkContent(path, options.busyTimeoutMs, options.fullPageCheckBytes);
+        checkContent(path, options.busyTimeoutMs, options.checkPages);
     }
     std::unique_ptr<Database> db(new Database(path, created, options.busyTimeoutMs));
     QSqlDatabase shared = db->shared();

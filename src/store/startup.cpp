@@ -66,6 +66,11 @@ bool Session::saveSettings(Prompter& prompter) const
     return false;
 }
 
+void Session::checkPagesInBackground(PageCheck::Report onDamage)
+{
+    pageCheck = std::make_unique<PageCheck>(database->path(), std::move(onDamage));
+}
+
 QString firstStepsNote()
 {
     return joinLines({

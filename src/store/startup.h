@@ -28,8 +28,14 @@ struct Session {
     Einstellungen settings;
     UpgradeReport upgrade; // what the upgrade at the start did
 
+    std::unique_ptr<PageCheck> pageCheck;
+
     QString settingsPath() const;
     bool saveSettings(Prompter& prompter) const; // shows the message when the file cannot be written
+    // Opening does not wait for the check of every page: the desktop program starts it once its
+    // main list shows (onDamage is called on the check's thread) and stops it before it ends.
+    void checkPagesInBackground(PageCheck::Report onDamage);
+    void stopPageCheck() { pageCheck.reset(); }
 };
 
 inline constexpr char AlreadyRunningMessage[] =

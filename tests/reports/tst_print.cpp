@@ -1,5 +1,7 @@
 // Printing a report file into PDF: pages break at "#" and when full, columns stay aligned, the
-// fixed-pitch font is embedded, a line never wraps. Checked with poppler's tools.
+// fixed-pitch font is embedded, the font shrinks for wide tables and what is wider still wraps
+// or goes into column bands; lists and timber lists carry their head on every page. Checked
+// with poppler's tools.
 #include "common/textfile.h"
 #include "reports/print.h"
 #include "reports/reportfile.h"
@@ -72,7 +74,7 @@ class TestPrint : public QObject {
 private slots:
     void pagesColumnsAndFont()
     {
-        QStringList report{QStringLiteral("HIEBDATEN"), QStringLiteral("Hieb-Nr:         41")};
+        QStringList report{QStringLiteral("RECHNUNG"), QStringLiteral("Rechnung-Nr:      41")};
         report << QStringLiteral("  #  ");
         for (int i = 1; i <= 150; ++i)
             report << QStringLiteral("%1  %2%3").arg(i, 6).arg(QStringLiteral("FI (Fichte)"), -22).arg(QStringLiteral("12,5"), 7);
@@ -86,10 +88,10 @@ private slots:
         QVERIFY2(result.ok, qPrintable(result.message));
         QCOMPARE(pdfPages(job.pdfPath), result.pages);
         const QString first = pageTextRaw(job.pdfPath);
-        const qsizetype indent = first.indexOf(QStringLiteral("HIEBDATEN")) - first.lastIndexOf(u'\n', first.indexOf(QStringLiteral("HIEBDATEN"))) - 1;
+        const qsizetype indent = first.indexOf(QStringLiteral("RECHNUNG")) - first.lastIndexOf(u'\n', first.indexOf(QStringLiteral("RECHNUNG"))) - 1;
         auto pageText = [&](int page) { return ::pageText(job.pdfPath, page, indent); };
         // Page 1 ends at the first mark; the 150 lines need more than one sheet; the total stands alone.
-        QCOMPARE(pageText(1), (QStringList{QStringLiteral("HIEBDATEN"), QStringLiteral("Hieb-Nr:         41")}));
+        QCOMPARE(pageText(1), (QStringList{QStringLiteral("RECHNUNG"), QStringLiteral("Rechnung-Nr:      41")}));
         QCOMPARE(pageText(2).first(), trimmedRight({report[3]}).first());
         QVERIFY(result.pages >= 4);
         QCOMPARE(pageText(result.pages), QStringList{QStringLiteral("Gesamt                                 4,327")});
@@ -132,7 +134,7 @@ private slots:
         QTest::newRow("timber list at 10 pt") << 78 << 10 << false << true << false;
         QTest::newRow("130 characters portrait") << 130 << 10 << false << true << true;
         QTest::newRow("130 characters landscape at 8 pt") << 130 << 8 << true << true << false;
-        QTest::newRow("needs less than 6 pt") << 300 << 10 << false << false << false;
+        QTest::newRow("needs less than 6 pt: wraps") << 300 << 10 << false << true << true;
     }
     void aWideListShrinksTheFontNotTheLines()
     {
@@ -156,10 +158,112 @@ private slots:
             QVERIFY(!QFileInfo::exists(job.pdfPath) || pdfPages(job.pdfPath) == 0);
             return;
         }
-        // The whole line stands on the page, unwrapped, its last character included.
+        // The whole line stands on the page, its last character included.
         QVERIFY(result.fontSize >= SmallestPrintFontSize && result.fontSize <= chosenSize);
         QCOMPARE(pageTextRaw(job.pdfPath).remove(QRegularExpression(QStringLiteral("\\s"))), line);
         QCOMPARE(result.statusText().isEmpty(), !reduced);
+    }
+
+    // A long timber list: every page names the harvest and its number, a table running onto a
+    // new page repeats its headings there, and a long remark wraps instead of shrinking the font.
+    void timberListPagesCarryTheirHead()
+    {
+        const QString heading = QStringLiteral("   LNR  BAUMART                 LÄNGE STÄRKE_MR EFM_OR  KLASSE GÜTE");
+        const QString remark = QStringLiteral("Zufahrt nur bei Frost, ").repeated(12);
+        QStringList report{QStringLiteral("HIEBDATEN"), QStringLiteral("Hieb-Nr:         2026-17"), remark, QString(),
+                           QStringLiteral("Einzelauswertung Stämme Los 1"), heading};
+        for (int i = 1; i <= 150; ++i)
+            report << QStringLiteral("%1  %2%3%4%5  L2b    B").arg(i, 6).arg(QStringLiteral("FI (Fichte)"), -22).arg(QStringLiteral("12,5"), 7)
+                          .arg(35, 10).arg(QStringLiteral("0,385"), 7);
+        const QString file = m_dir.filePath(QStringLiteral("holzliste.txt"));
+        QVERIFY(writeTextFile(file, report).ok);
+        PrintJob job;
+        job.pdfPath = m_dir.filePath(QStringLiteral("holzliste.pdf"));
+        const PrintResult result = printFileToPdf(file, job);
+        QVERIFY2(result.ok, qPrintable(result.message));
+        QVERIFY(!result.fontReduced);
+        QVERIFY(result.pages >= 3);
+        QCOMPARE(pdfPages(job.pdfPath), result.pages);
+        QString logs;
+        for (int p = 1; p <= result.pages; ++p) {
+            const QStringList page = ::pageText(job.pdfPath, p, 0);
+            QVERIFY2(page.first().contains(QStringLiteral("Hieb-Nr: 2026-17")), qPrintable(page.first()));
+            QVERIFY(page.first().endsWith(QStringLiteral("Seite %1 von %2").arg(p).arg(result.pages)));
+            QStringList below = page.mid(1);
+            while (!below.isEmpty() && below.first().trimmed().isEmpty())
+                below.removeFirst();
+            if (p > 1)
+                QCOMPARE(below.first().trimmed(), heading.trimmed());
+            logs += page.join(u'\n');
+        }
+        // Every log once, the remark whole.
+        for (int i = 1; i <= 150; ++i)
+            QCOMPARE(int(logs.count(QRegularExpression(QStringLiteral("^\\s*%1\\s+FI \\(Fichte\\)").arg(i), QRegularExpression::MultilineOption))), 1);
+        QVERIFY(logs.simplified().remove(u' ').contains(QString(remark).remove(u' ')));
+    }
+
+    // Column bands of a list wider than the page, from the rule under its headings: as many
+    // columns as fit side by side, each page naming its band; all pages of a band come first.
+    void listBands_data()
+    {
+        QTest::addColumn<QList<int>>("widths");
+        QTest::addColumn<int>("pageColumns");
+        QTest::addColumn<QStringList>("bands");
+        const QList<int> tens(25, 10);
+        QTest::newRow("25 columns of 10 on 100") << tens << 100
+                                                << QStringList{"Spalten 1–7 von 25", "Spalten 8–14 von 25", "Spalten 15–21 von 25",
+                                                               "Spalten 22–25 von 25"};
+        QTest::newRow("fits") << tens << 330 << QStringList{};
+        QTest::newRow("a column wider than the page") << QList<int>{8, 150, 8} << 100
+                                                      << QStringList{"Spalte 1 von 3", "Spalte 2 von 3", "Spalte 3 von 3"};
+    }
+    void listBands()
+    {
+        QFETCH(QList<int>, widths);
+        QFETCH(int, pageColumns);
+        QFETCH(QStringList, bands);
+        QStringList names, dashes;
+        for (int i = 0; i < widths.size(); ++i) {
+            names << QStringLiteral("S%1").arg(i + 1).leftJustified(widths[i]);
+            dashes << QString(widths[i], u'-');
+        }
+        QStringList lines{QStringLiteral("Lose auswerten   Stand: 04.05.2026   Seite 1 von 2"), QString(), names.join(QStringLiteral(" | ")),
+                          dashes.join(QStringLiteral("   "))};
+        auto row = [&](int r) {
+            QStringList cells;
+            for (int i = 0; i < widths.size(); ++i)
+                cells << QStringLiteral("z%1s%2").arg(r).arg(i + 1).leftJustified(widths[i]);
+            return cells.join(QStringLiteral(" | "));
+        };
+        for (int r = 1; r <= 30; ++r)
+            lines << row(r);
+        lines << QStringLiteral("#") << lines.mid(0, 4);
+        for (int r = 31; r <= 40; ++r)
+            lines << row(r);
+        lines << QString() << QStringLiteral("Anzahl Datenzeilen: 40");
+
+        const PrintLayout layout = layoutForPrint(lines, {pageColumns, 60});
+        QCOMPARE(layout.bands, std::max<int>(1, int(bands.size())));
+        // Two marked pages per band, numbered through all of them.
+        QCOMPARE(int(layout.pages.size()), 2 * layout.bands);
+        QString all;
+        for (qsizetype p = 0; p < layout.pages.size(); ++p) {
+            const QStringList& page = layout.pages[p];
+            QCOMPARE(page[0], QStringLiteral("Lose auswerten   Stand: 04.05.2026"));
+            const QString number = QStringLiteral("Seite %1 von %2").arg(p + 1).arg(layout.pages.size());
+            QCOMPARE(page[1], bands.isEmpty() ? number : bands[p / 2] + QStringLiteral("   ") + number);
+            for (const QString& line : page)
+                QVERIFY2(line.size() <= pageColumns, qPrintable(line));
+            all += page.join(u'\n') + u'\n';
+        }
+        // Every cell and every heading printed, once per marked page for the headings.
+        for (int i = 1; i <= widths.size(); ++i) {
+            QCOMPARE(int(all.count(QRegularExpression(QStringLiteral("\\bS%1\\b").arg(i)))), 2);
+            for (int r = 1; r <= 40; ++r)
+                QVERIFY2(QString(all).remove(u'\n').remove(u' ').contains(QStringLiteral("z%1s%2").arg(r).arg(i)),
+                         qPrintable(QStringLiteral("z%1s%2").arg(r).arg(i)));
+        }
+        QCOMPARE(int(all.count(QStringLiteral("Anzahl Datenzeilen: 40"))), layout.bands);
     }
 
     void reportFileHelpers()

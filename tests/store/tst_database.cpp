@@ -295,19 +295,19 @@ private slots:
     }
 
     // Broken pages inside a table: the header and the table list are fine, only a check of
-    // the pages finds them. The file is named and left as it was. A large file has its small
-    // tables checked, the harvests among them.
-    void damagedPagesAreFoundOnOpening_data()
+    // the pages finds them. Opening does not wait for that check: it opens the file whatever
+    // its size, and the check on its own thread reports the damage, naming the file, which it
+    // leaves as it was. Asked to check first, opening refuses the file.
+    void damagedPagesAreReported_data()
     {
-        QTest::addColumn<qint64>("fullCheckBytes");
-        QTest::newRow("every page") << OpenOptions().fullPageCheckBytes;
-        QTest::newRow("large file") << qint64(0);
+        QTest::addColumn<QString>("how");
+        QTest::newRow("in the background") << QStringLiteral("background");
+        QTest::newRow("before opening") << QStringLiteral("first");
+        QTest::newRow("checked on its own") << QStringLiteral("alone");
     }
-    void damagedPagesAreFoundOnOpening()
+    void damagedPagesAreReported()
     {
-        QFETCH(qint64, fullCheckBytes);
-        OpenOptions options;
-        options.fullPageCheckBytes = fullCheckBytes;
+        QFETCH(QString, how);
         test::TempDataFolder folder;
         int rootPage = 0;
         int pageSize = 0;
@@ -315,29 +315,73 @@ private slots:
             auto db = Database::openOrCreate(folder.databasePath());
             TransactionGuard guard(db->shared());
             for (int i = 1; i <= 400; ++i)
-                execSql(db->shared(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Bemerkung) VALUES (?, ?)"),
-                        {i, QString(200, u'x')});
+                execSql(db->shared(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Bemerkung) VALUES (1, ?, ?)"),
+                        {i, QString(30, u'x')});
             guard.commit();
-            rootPage = scalar(db->shared(), QStringLiteral("SELECT rootpage FROM sqlite_master WHERE name = 'Hiebe'")).toInt();
+            rootPage = scalar(db->shared(), QStringLiteral("SELECT rootpage FROM sqlite_master WHERE name = 'Stämme'")).toInt();
             pageSize = scalar(db->shared(), QStringLiteral("PRAGMA page_size")).toInt();
         }
+        if (const auto sound = checkPages(folder.databasePath()))
+            QFAIL(qPrintable(sound->message() + sound->detail())); // sound before
         QByteArray bytes = readAll(folder.databasePath());
         QVERIFY(!QFile::exists(folder.databasePath() + QStringLiteral("-wal")) ||
                 QFileInfo(folder.databasePath() + QStringLiteral("-wal")).size() == 0);
         bytes[qsizetype(rootPage - 1) * pageSize] = char(0x07); // no valid page type
         writeAll(folder.databasePath(), bytes);
 
-        try {
-            Database::openOrCreate(folder.databasePath(), options);
-            QFAIL("a damaged file was opened");
-        } catch (const StoreError& e) {
+        auto verifyDamage = [&](const StoreError& e) {
             QCOMPARE(e.problem(), StoreProblem::Damaged);
             QVERIFY2(e.message().contains(QStringLiteral("ist beschädigt")), qPrintable(e.message()));
             QVERIFY(e.message().contains(QDir::toNativeSeparators(folder.databasePath())));
             QVERIFY(!e.message().contains(QStringLiteral("gesperrt")));
             QVERIFY(!e.message().contains(QStringLiteral("btree"), Qt::CaseInsensitive));
+        };
+        if (how == u"first") {
+            OpenOptions options;
+            options.checkPages = true;
+            try {
+                Database::openOrCreate(folder.databasePath(), options);
+                QFAIL("a damaged file was opened");
+            } catch (const StoreError& e) {
+                verifyDamage(e);
+            }
+        } else if (how == u"alone") {
+            const std::optional<StoreError> found = checkPages(folder.databasePath());
+            QVERIFY(found.has_value());
+            verifyDamage(*found);
+        } else {
+            auto db = Database::openOrCreate(folder.databasePath());
+            QVERIFY(scalar(db->shared(), QStringLiteral("SELECT count(*) FROM Hiebe")).isValid()); // the main list opens
+            std::optional<QString> reported;
+            PageCheck check(folder.databasePath(), [&](const StoreError& e) { reported = e.message(); });
+            const std::optional<StoreError> found = check.wait();
+            QVERIFY(found.has_value());
+            verifyDamage(*found);
+            QCOMPARE(reported, std::optional<QString>(found->message()));
         }
         QCOMPARE(readAll(folder.databasePath()), bytes);
+    }
+
+    // A check still running when the program ends is stopped, and reports nothing.
+    void aRunningCheckStopsWithTheProgram()
+    {
+        test::TempDataFolder folder;
+        {
+            auto db = Database::openOrCreate(folder.databasePath());
+            TransactionGuard guard(db->shared());
+            for (int i = 1; i <= 20000; ++i)
+                execSql(db->shared(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Bemerkung) VALUES (1, ?, ?)"),
+                        {i, QString(30, u'x')});
+            guard.commit();
+        }
+        bool reported = false;
+        QElapsedTimer timer;
+        timer.start();
+        {
+            PageCheck check(folder.databasePath(), [&](const StoreError&) { reported = true; });
+        }
+        QVERIFY(!reported);
+        QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
     }
 
     void readOnlyFileIsToldOnOpening_data()

@@ -78,6 +78,13 @@ ColumnFormat figure(const QString& name)
     return f;
 }
 
+// The rows' order does not change their widths: without it the engine need not sort them first.
+QString unordered(const QString& sql)
+{
+    const qsizetype at = sql.lastIndexOf(QLatin1String(" order by "), -1, Qt::CaseInsensitive);
+    return at > 0 && !QStringView(sql).mid(at).contains(u')') ? sql.left(at) : sql;
+}
+
 } // namespace
 
 QList<ColumnFormat> columnFormats(const MemberDef& def, const ListQuery& query)
@@ -107,16 +114,25 @@ QList<ColumnFormat> columnFormats(const QSqlDatabase& db, const MemberDef& def, 
     QList<ColumnFormat> formats = columnFormats(def, query);
     QStringList extremes;
     QList<int> figures;
+    QList<int> texts;
     for (int i = 0; i < formats.size(); ++i) {
+        const QString column = db.driver()->escapeIdentifier(query.columns[i], QSqlDriver::FieldName);
+        if (formats[i].kind == Kind::Text) {
+            texts << i;
+            continue;
+        }
         if (formats[i].kind != Kind::Integer && formats[i].kind != Kind::Decimal)
             continue;
-        const QString column = db.driver()->escapeIdentifier(query.columns[i], QSqlDriver::FieldName);
         extremes << QStringLiteral("max(%1), min(%1)").arg(column);
         figures << i;
     }
-    if (figures.isEmpty())
+    // A text column is as wide as its longest value (or its name), so that nothing is cut and
+    // no column is padded to a width no value needs.
+    for (int i : texts)
+        extremes << QStringLiteral("max(length(trim(%1)))").arg(db.driver()->escapeIdentifier(query.columns[i], QSqlDriver::FieldName));
+    if (extremes.isEmpty())
         return formats;
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT ") + extremes.join(QStringLiteral(", ")) + QStringLiteral(" FROM (") + query.sql +
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT ") + extremes.join(QStringLiteral(", ")) + QStringLiteral(" FROM (") + unordered(query.sql) +
                                   u')',
                           query.values);
     if (!q.next())
@@ -126,6 +142,10 @@ QList<ColumnFormat> columnFormats(const QSqlDatabase& db, const MemberDef& def, 
         ColumnFormat& f = formats[figures[k]];
         for (int v : {2 * k, 2 * k + 1})
             f.width = std::max<int>(f.width, int(cellText(f, q.value(v)).size()));
+    }
+    for (int k = 0; k < texts.size(); ++k) {
+        ColumnFormat& f = formats[texts[k]];
+        f.width = std::max<int>(int(f.name.size()), q.value(int(2 * figures.size()) + k).toInt());
     }
     return formats;
 }

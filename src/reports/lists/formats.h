@@ -21,8 +21,9 @@ struct ColumnFormat {
 };
 
 QList<ColumnFormat> columnFormats(const MemberDef& def, const ListQuery& query);
-// The same, each figure column widened to the widest value the query's rows hold, so that the
-// text form never drops a digit. One pass of the engine over the rows, nothing fetched.
+// The same with widths from the query's rows: each figure column as wide as its widest value,
+// so that the text form never drops a digit, each text column as wide as its longest value.
+// One pass of the engine over the rows, nothing fetched.
 QList<ColumnFormat> columnFormats(const QSqlDatabase& db, const MemberDef& def, const ListQuery& query);
 
 // The cell as people read it: decimal comma, "dd.mm.yyyy", NULL as empty.

@@ -9,7 +9,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <QSqlResult>
 #include <charconv>
+#include <sqlite3.h>
 #include <xlsxwriter.h>
 
 namespace tarvik::lists {
@@ -51,6 +53,15 @@ QString headerLine(const QList<ColumnFormat>& cols, const QString& separator)
     for (const ColumnFormat& f : cols)
         cells << padded(f, f.name);
     return trimmedEnd(cells.join(separator));
+}
+
+// Dashes under each column and blanks under the separators: printing finds the columns by it.
+QString ruleLine(const QList<ColumnFormat>& cols, const QString& separator)
+{
+    QStringList dashes;
+    for (const ColumnFormat& f : cols)
+        dashes << QString(f.width, u'-');
+    return dashes.join(QString(separator.size(), u' '));
 }
 
 // Windows-1252 appended to the buffer; plain ASCII, the bulk of every list, byte for byte.
@@ -191,6 +202,87 @@ void putCell(Sink& sink, const ColumnFormat& f, const QVariant& value)
     }
 }
 
+// The value as the SQLite driver of Qt hands it over.
+QVariant rawValue(sqlite3_stmt* statement, int column)
+{
+    switch (sqlite3_column_type(statement, column)) {
+    case SQLITE_INTEGER:
+        return QVariant(qlonglong(sqlite3_column_int64(statement, column)));
+    case SQLITE_FLOAT:
+        return QVariant(sqlite3_column_double(statement, column));
+    case SQLITE_NULL:
+        return QVariant();
+    case SQLITE_BLOB:
+        return QVariant(QByteArray(static_cast<const char*>(sqlite3_column_blob(statement, column)), sqlite3_column_bytes(statement, column)));
+    default:
+        return QVariant(QString::fromUtf8(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)),
+                                          sqlite3_column_bytes(statement, column)));
+    }
+}
+
+// One cell straight from the statement. Plain ASCII texts, whole numbers, decimals and ISO
+// dates, the bulk of every list, are written from the engine's bytes; anything else goes the
+// way of putCell, so both give the same line.
+template <typename Sink>
+void putRawCell(Sink& sink, const ColumnFormat& f, sqlite3_stmt* statement, int column)
+{
+    const int type = sqlite3_column_type(statement, column);
+    if (type == SQLITE_NULL) {
+        putCell(sink, f, QVariant());
+        return;
+    }
+    switch (f.kind) {
+    case Kind::Text:
+        if (type == SQLITE_TEXT) {
+            const char* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+            qsizetype length = sqlite3_column_bytes(statement, column);
+            const bool plain = std::all_of(text, text + length, [](char c) { return c >= 0x20 && c < 0x7F; });
+            if (plain) {
+                while (length > 0 && text[length - 1] == ' ')
+                    --length;
+                while (length > 0 && *text == ' ') {
+                    ++text;
+                    --length;
+                }
+                length = std::min<qsizetype>(length, f.width);
+                sink.latin1(text, length);
+                sink.blanks(f.width - length);
+                return;
+            }
+        }
+        break;
+    case Kind::Integer:
+        if (type == SQLITE_INTEGER) {
+            char buffer[24];
+            const auto end = std::to_chars(buffer, buffer + sizeof buffer, sqlite3_column_int64(statement, column)).ptr;
+            rightAligned(sink, f.width, buffer, end - buffer);
+            return;
+        }
+        break;
+    case Kind::Decimal:
+        if ((type == SQLITE_FLOAT || type == SQLITE_INTEGER) && f.decimals <= MaxFastDecimals) {
+            char buffer[decimalTextCapacity(MaxFastDecimals)];
+            rightAligned(sink, f.width, buffer, formatDecimalTo(sqlite3_column_double(statement, column), f.decimals, buffer));
+            return;
+        }
+        break;
+    case Kind::Date:
+        break;
+    }
+    putCell(sink, f, rawValue(statement, column));
+}
+
+// The statement under a query of Qt's SQLite driver; nullptr for any other driver.
+sqlite3_stmt* statementOf(const QSqlQuery& query)
+{
+    if (!query.result())
+        return nullptr;
+    const QVariant handle = query.result()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3_stmt*") != 0)
+        return nullptr;
+    return *static_cast<sqlite3_stmt* const*>(handle.constData());
+}
+
 // Produces the text form line by line, so the same layout serves the file and the tests.
 class TextLayout {
 public:
@@ -211,8 +303,7 @@ public:
         if (m_options.pageNumbers)
             title += QStringLiteral("   Seite %1 von %2").arg(page).arg(m_pages);
         lines << title << QString();
-        const QString header = headerLine(m_cols, m_options.separator);
-        lines << header << QString(header.size(), u'-');
+        lines << headerLine(m_cols, m_options.separator) << ruleLine(m_cols, m_options.separator);
         return lines;
     }
 
@@ -237,6 +328,19 @@ public:
             if (i > 0)
                 sink.text(m_options.separator);
             putCell(sink, m_cols[i], q.value(i));
+        }
+        sink.trimEnd(lineStart);
+    }
+
+    // The same line from the statement's current row, read without a QVariant per cell.
+    template <typename Sink>
+    void row(Sink& sink, sqlite3_stmt* statement) const
+    {
+        const qsizetype lineStart = sink.size();
+        for (int i = 0; i < m_cols.size(); ++i) {
+            if (i > 0)
+                sink.text(m_options.separator);
+            putRawCell(sink, m_cols[i], statement, i);
         }
         sink.trimEnd(lineStart);
     }
@@ -337,14 +441,35 @@ WriteResult writeText(const QString& path, QSqlQuery& rows, const QList<ColumnFo
         flush();
     };
     qint64 n = 0;
-    while (rows.next()) {
+    // The first row comes through the query, which has fetched it already; the following ones
+    // straight from the engine's statement where the query has one.
+    sqlite3_stmt* statement = rows.next() ? statementOf(rows) : nullptr;
+    bool more = rows.isValid();
+    while (more) {
         put(layout.before(n));
-        layout.row(sink, rows);
+        if (n > 0 && statement)
+            layout.row(sink, statement);
+        else
+            layout.row(sink, rows);
         buffer += "\r\n";
         flush();
         if (!keepGoing(progress, ++n)) {
             file.cancelWriting();
             result.cancelled = true;
+            return result;
+        }
+        if (!statement) {
+            more = rows.next();
+            continue;
+        }
+        const int step = sqlite3_step(statement);
+        more = step == SQLITE_ROW;
+        if (!more && step != SQLITE_DONE) {
+            file.cancelWriting();
+            result.error = cannotWrite(path, (step & 0xFF) == SQLITE_CORRUPT
+                                                 ? QStringLiteral("die Datenbank ist beschädigt. Bitte spielen Sie die letzte "
+                                                                  "Datensicherung zurück.")
+                                                 : QStringLiteral("die Datenbank meldet beim Lesen der Liste den Fehler Nr. %1.").arg(step));
             return result;
         }
     }
