@@ -2,7 +2,7 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: deps configure build run test bench clean crashtest fuzz fuzz-build fuzz-replay test-sanitize
+.PHONY: deps configure build run test bench clean crashtest fuzz fuzz-build fuzz-replay test-sanitize package package-check
 
 deps:
 	./scripts/install-deps.sh
@@ -21,6 +21,14 @@ test: build
 
 clean:
 	rm -rf $(BUILD)
+
+# The Debian package $(BUILD)/tarvik_<version>_amd64.deb; package-check checks, installs and
+# removes it as CI does (needs root or sudo).
+package: build
+	cd $(BUILD) && cpack -G DEB
+
+package-check: package
+	./scripts/check-package.sh $(BUILD)
 
 bench: build
 	$(BUILD)/bin/tarvik-bench

@@ -17,8 +17,11 @@ packages=(
   qt6-serialport-dev
   libxlsxwriter-dev qt6-charts-dev libqt6opengl6-dev
   clang libfuzzer-14-dev
+  lld # links the test programs fast
   xvfb # a display of its own to look at windows on
   libpoppler-qt6-dev qpdf libxml2-utils default-jre-headless libsaxonhe-java
+  dpkg-dev file librsvg2-bin # the Debian package (dpkg-shlibdeps, file) and its icons
+  lintian desktop-file-utils appstream man-db # checks of the package in CI
 )
 
 missing=()

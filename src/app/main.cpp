@@ -7,13 +7,21 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDirIterator>
+#include <QIcon>
 #include <QTimer>
 
 int main(int argc, char* argv[])
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("TARVIK"));
-    QApplication::setApplicationVersion(QStringLiteral("3.0.28"));
+    QApplication::setApplicationVersion(QStringLiteral(TARVIK_VERSION));
+    // The menu entry's icon in every size built in; the desktop file lets the shell match windows to it.
+    QIcon icon;
+    for (QDirIterator it(QStringLiteral(":/icons"), {QStringLiteral("*.png")}, QDir::Files, QDirIterator::Subdirectories); it.hasNext();)
+        icon.addFile(it.next());
+    QApplication::setWindowIcon(icon);
+    QApplication::setDesktopFileName(QStringLiteral(TARVIK_APP_ID));
     tarvik::useGermanLocale();
     tarvik::installGermanQtTranslations();
 

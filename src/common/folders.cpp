@@ -21,7 +21,12 @@ QString withSlash(QString path)
 
 QString programFolder() { return withSlash(QCoreApplication::applicationDirPath()); }
 
-QString shareFolder() { return withSlash(QDir::cleanPath(programFolder() + QStringLiteral("../share"))); }
+QString shareFolderFor(const QString& programFolder)
+{
+    return withSlash(QDir::cleanPath(withSlash(programFolder) + QStringLiteral("../share/tarvik")));
+}
+
+QString shareFolder() { return shareFolderFor(programFolder()); }
 
 QString defaultDataFolder(const QString& programFolder, const QString& homeFolder, bool windows)
 {

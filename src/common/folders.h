@@ -16,8 +16,11 @@ bool isDatabaseFile(const QString& path);
 
 // The folder of the running program, ending in "/".
 QString programFolder();
-// Files shipped beside the program, seeded into a new data folder.
+// Files shipped with the program (help file, read-me, seed files), seeded into a new data folder.
 QString shareFolder();
+// The same for a given program folder: "../share/tarvik/" from it, so that an installed package
+// (/usr/bin, /usr/share/tarvik), a relocated copy and the build tree all find their files.
+QString shareFolderFor(const QString& programFolder);
 
 // The default data folder for a program folder. On Windows: the program's drive followed by
 // ":/Daten/Forstsoftware_TARVIK3/"; elsewhere below the home folder. Always ends in "/".

@@ -26,6 +26,22 @@ private slots:
         QCOMPARE(defaultDataFolder(program, QStringLiteral("/home/anna"), windows), expected);
     }
 
+    void shareFolderBesideProgram_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("installed package") << "/usr/bin/" << "/usr/share/tarvik/";
+        QTest::newRow("no final separator") << "/usr/bin" << "/usr/share/tarvik/";
+        QTest::newRow("relocated copy") << "/home/anna/holz/bin/" << "/home/anna/holz/share/tarvik/";
+        QTest::newRow("build tree") << "/work/tarvik/build/bin/" << "/work/tarvik/build/share/tarvik/";
+    }
+    void shareFolderBesideProgram()
+    {
+        QFETCH(QString, program);
+        QFETCH(QString, expected);
+        QCOMPARE(shareFolderFor(program), expected);
+    }
+
     void optionWinsOverEnvironment()
     {
         QCOMPARE(resolveDataFolder(QStringLiteral("/a"), QStringLiteral("/b"), QStringLiteral("/p/"), QStringLiteral("/h"), false),
