@@ -16,6 +16,7 @@
 #include <QBarSeries>
 #include <QBarSet>
 #include <QChartView>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QListWidget>
@@ -96,7 +97,15 @@ private slots:
         log(m_h2, 1, 1, "FI (Fichte)", "B", "L2b", 9, 99); // another harvest: not in "Aktuellen Hieb"
     }
 
-    void init() { m_prompter.clear(); }
+    void init()
+    {
+        m_prompter.clear();
+        // Each case opens its windows as on a first run; what a window keeps is tested apart.
+        for (int list = 0; list < Einstellungen::ListCount; ++list) {
+            m_settings.setListChoiceNumber(list, 0);
+            m_settings.setListChoiceText(list, {});
+        }
+    }
 
     void logsOfCurrentHarvestGrouped()
     {
@@ -314,6 +323,75 @@ private slots:
         child<QRadioButton>(dialog, "optizeitraum(0)")->click();
         dialog.reject();
         QCOMPARE(m_settings.zahl[2], qint16(0));
+    }
+
+    // Every list window, closed and opened again (the settings file written and read between),
+    // shows the choices it was closed with; each list keeps its own.
+    void everyListKeepsItsChoices()
+    {
+        struct Chosen {
+            int scope, grouping;
+            QString sort, filter, filterValue;
+            QStringList leftOut;
+        };
+        QHash<int, Chosen> chosen;
+        for (const lists::MemberDef& def : lists::members()) {
+            ListDialog dialog(context(), def.member, m_h1, false);
+            Chosen c;
+            auto* scope = child<QComboBox>(dialog, "komhieb");
+            c.scope = (int(def.member) + 3) % scope->count(); // each list another scope
+            scope->setCurrentIndex(c.scope);
+            if (!def.filters.isEmpty()) {
+                auto* filter = child<QComboBox>(dialog, qPrintable(def.filters.last().objectName()));
+                if (filter->count() > 1) {
+                    filter->setCurrentIndex(filter->count() - 1);
+                    c.filter = def.filters.last().objectName();
+                    c.filterValue = filter->currentText();
+                }
+            }
+            auto* sort = child<QComboBox>(dialog, "komsort");
+            sort->setCurrentIndex(2);
+            c.sort = sort->currentText();
+            child<QCheckBox>(dialog, "komsortdesc")->setChecked(true);
+            auto* columns = child<QListWidget>(dialog, "liste");
+            for (int i : {1, 3}) {
+                columns->item(i)->setCheckState(Qt::Unchecked);
+                c.leftOut << columns->item(i)->text();
+            }
+            c.grouping = int(def.member) % int(def.groupings.size());
+            child<QRadioButton>(dialog, qPrintable(QStringLiteral("optigruppe(%1)").arg(c.grouping)))->click();
+            QTest::mouseClick(child<QPushButton>(dialog, "beenden"), Qt::LeftButton);
+            QVERIFY(!dialog.isVisible());
+            chosen.insert(int(def.member), c);
+        }
+
+        const QString file = m_folder.filePath(QString::fromLatin1(SettingsFileName));
+        QVERIFY(EinstellungenSpeichern(m_settings, file));
+        m_settings = EinstellungenLaden(file);
+
+        for (const lists::MemberDef& def : lists::members()) {
+            const Chosen& c = chosen[int(def.member)];
+            ListDialog dialog(context(), def.member, m_h1, false);
+            const QString list = def.windowName;
+            QVERIFY2(child<QComboBox>(dialog, "komhieb")->currentIndex() == c.scope, qPrintable(list));
+            if (!c.filter.isEmpty())
+                QVERIFY2(child<QComboBox>(dialog, qPrintable(c.filter))->currentText() == c.filterValue, qPrintable(list));
+            QVERIFY2(child<QComboBox>(dialog, "komsort")->currentText() == c.sort, qPrintable(list));
+            QVERIFY2(child<QCheckBox>(dialog, "komsortdesc")->isChecked(), qPrintable(list));
+            auto* columns = child<QListWidget>(dialog, "liste");
+            QStringList leftOut;
+            for (int i = 0; i < columns->count(); ++i)
+                if (columns->item(i)->checkState() != Qt::Checked)
+                    leftOut << columns->item(i)->text();
+            QCOMPARE(leftOut, c.leftOut);
+            QVERIFY2(child<QRadioButton>(dialog, qPrintable(QStringLiteral("optigruppe(%1)").arg(c.grouping)))->isChecked(), qPrintable(list));
+            QVERIFY2(!columns->isEnabled(), "a kept grouping decides the columns again");
+            // The choices are those of the request the list is built from.
+            const lists::ListRequest r = dialog.request();
+            QCOMPARE(r.grouping, c.grouping);
+            QCOMPARE(r.descending, true);
+            dialog.reject();
+        }
     }
 
     void timberListOfTickedLots()
