@@ -16,6 +16,9 @@
 #include <QBarSeries>
 #include <QBarSet>
 #include <QChartView>
+#include <QGraphicsSimpleTextItem>
+#include <QGraphicsTextItem>
+#include <QValueAxis>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -165,6 +168,49 @@ private slots:
 
     // Every bar of a grouped list's chart stands for one row of the grid, under that row's keys
     // and with that row's figures; an empty key is a group of its own, shown as "(leer)".
+    // What the chart writes on its bars and axes, as a German reader expects it.
+    void chartSpeaksGerman_data()
+    {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<int>("decimals");
+        QTest::addColumn<QString>("barLabel");
+        QTest::newRow("money") << 12345.678 << 2 << QStringLiteral("12.345,68");
+        QTest::newRow("volume, trailing zeros left off") << 1234.5 << 3 << QStringLiteral("1.234,5");
+        QTest::newRow("count") << 7.0 << 0 << QStringLiteral("7");
+    }
+
+    void chartSpeaksGerman()
+    {
+        QFETCH(double, value);
+        QFETCH(int, decimals);
+        QFETCH(QString, barLabel);
+        ChartData data{QStringLiteral("Test"), {QStringLiteral("Fichte"), QStringLiteral("Buche")}, {QStringLiteral("Wert")},
+                       {{value, value / 3}}, {decimals}};
+        ChartWindow window(data, m_prompter);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        auto* view = child<QChartView>(window, "diagramm");
+        QVERIFY(view->chart()->localizeNumbers());
+        QCOMPARE(view->chart()->locale().language(), QLocale::German);
+        QStringList texts;
+        for (QGraphicsItem* item : view->scene()->items())
+            if (auto* text = dynamic_cast<QGraphicsTextItem*>(item))
+                texts << text->toPlainText();
+            else if (auto* simple = dynamic_cast<QGraphicsSimpleTextItem*>(item))
+                texts << simple->text();
+        QVERIFY2(texts.contains(barLabel), qPrintable(texts.join(u'|')));
+        const auto axes = view->chart()->axes(Qt::Vertical);
+        auto* amount = qobject_cast<QValueAxis*>(axes.value(0));
+        QVERIFY(amount);
+        if (decimals == 0) {
+            // A count's axis has whole steps and whole labels only.
+            QCOMPARE(amount->tickType(), QValueAxis::TicksDynamic);
+            QVERIFY(amount->tickInterval() >= 1 && amount->tickInterval() == std::floor(amount->tickInterval()));
+            for (const QString& t : texts)
+                QVERIFY2(!t.contains(u','), qPrintable(t));
+        }
+    }
+
     void chartBarsMatchTheRows_data()
     {
         QTest::addColumn<int>("member");

@@ -460,7 +460,10 @@ void ListDialog::showChart()
     while (m_model->canFetchMore())
         m_model->fetchMore(); // a grouped list is short
     const int keys = int(m_def.groupings[m_shownGrouping].columns.size());
-    ChartData data = groupChartData(*m_model, keys, m_def.title + QStringLiteral(" – ") + m_def.groupings[m_shownGrouping].caption);
+    QList<int> decimals;
+    for (int c = keys; c < m_model->formats().size(); ++c)
+        decimals << (m_model->formats()[c].kind == lists::ColumnFormat::Kind::Integer ? 0 : m_model->formats()[c].decimals);
+    ChartData data = groupChartData(*m_model, keys, m_def.title + QStringLiteral(" – ") + m_def.groupings[m_shownGrouping].caption, decimals);
     ChartWindow window(std::move(data), m_context.prompter, this);
     window.exec();
 }
