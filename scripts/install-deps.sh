@@ -8,6 +8,7 @@ packages=(
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libgl-dev
   qt6-translations-l10n
   libsqlite3-dev sqlite3
+  libicu-dev # German order of names in the database's statements
   libzip-dev zlib1g-dev zip unzip
   fonts-liberation2
   poppler-utils

@@ -90,6 +90,18 @@ bool checkRange(const Einstellungen& settings, Prompter& prompter)
     return true;
 }
 
+std::optional<QString> rangeNote(const Einstellungen& settings)
+{
+    const int mode = settings.zahl[RangeModeSlot];
+    if ((mode != 1 && mode != 2) || rangeRefusal(settings))
+        return std::nullopt;
+    const int from = mode == 1 ? YearFromSlot : DateFromSlot;
+    const int to = mode == 1 ? YearToSlot : DateToSlot;
+    return QStringLiteral("Nur Hiebe %1–%2").arg(settings.text[from].trimmed(), settings.text[to].trimmed());
+}
+
+void clearRange(Einstellungen& settings) { settings.zahl[RangeModeSlot] = 0; }
+
 void selectOnly(const QSqlDatabase& db, const QList<qint32>& harvestIds)
 {
     TransactionGuard guard(db);

@@ -50,6 +50,12 @@ std::optional<QString> rangeRefusal(const Einstellungen& settings);
 // Shows the refusal and returns false when the range cannot be used.
 bool checkRange(const Einstellungen& settings, Prompter& prompter);
 
+// What the main list says while the lists' range also limits it ("Nur Hiebe 2020–2021");
+// nothing while it shows every harvest.
+std::optional<QString> rangeNote(const Einstellungen& settings);
+// Every harvest shows again: the range is switched off, its years and dates are kept.
+void clearRange(Einstellungen& settings);
+
 // Selection commands of the main window; each is one transaction.
 // Afterwards exactly the given harvests carry `Selektiert` = 'X'.
 void selectOnly(const QSqlDatabase& db, const QList<qint32>& harvestIds);

@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 #include "common/text.h"
+#include "store/collation.h"
 #include "store/sql.h"
 
 namespace tarvik {
@@ -9,7 +10,7 @@ namespace tarvik {
 QStringList speciesNames(const QSqlDatabase& db)
 {
     QStringList names;
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT \"Baumart\" FROM \"Baumarten\" ORDER BY \"Baumart\""));
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT \"Baumart\" FROM \"Baumarten\" ORDER BY ") + inGermanOrder(QStringLiteral("\"Baumart\"")));
     while (q.next())
         names << readText(q.value(0));
     return names;

@@ -2,6 +2,7 @@
 
 #include "common/numbers.h"
 #include "common/text.h"
+#include "store/collation.h"
 #include "store/schema.h"
 #include "store/sql.h"
 
@@ -90,7 +91,7 @@ QList<LookupEntry> lookupEntries(const QSqlDatabase& db, const QString& table)
     for (const schema::Column& c : t.columns)
         columns << quoted(c.name);
     QSqlQuery q = execSql(db, QStringLiteral("SELECT rowid, %1 FROM %2 ORDER BY %3, rowid")
-                                  .arg(columns.join(QStringLiteral(", ")), quoted(table), columns.first()));
+                                  .arg(columns.join(QStringLiteral(", ")), quoted(table), inGermanOrder(columns.first())));
     QList<LookupEntry> out;
     while (q.next()) {
         LookupEntry e{q.value(0).toLongLong(), {}};

@@ -39,6 +39,20 @@ struct Einstellungen {
     int backupIntervalDays() const { return zahl[17]; }
     int printTopMarginMm() const { return zahl[59]; }
     QString lastBackupDate() const { return text[12].trimmed(); }
+
+    // The evaluation lists keep their last choices, one pair of slots per list, in the order
+    // Hiebe, Lose, Stämme, Pfähle, Schichtholz, Rechnungen:
+    //   Einst_Zahl 10 to 15: scope, grouping and sort direction (packed by the lists);
+    //   Einst_Text 6, 7, 8, 9, 14 and 0: sort column, columns left out and filter values.
+    // The range they share with the main list is the harvest filter's: Einst_Zahl 2, Einst_Text 2 to 5.
+    // Einst_Zahl 0, 3, 5 to 7, 16, 60 and 61 stay free for the lists.
+    static constexpr int ListCount = 6;
+    static constexpr std::array<int, ListCount> ListNumberSlots{10, 11, 12, 13, 14, 15};
+    static constexpr std::array<int, ListCount> ListTextSlots{6, 7, 8, 9, 14, 0};
+    qint16 listChoiceNumber(int list) const { return zahl[ListNumberSlots[list]]; }
+    void setListChoiceNumber(int list, qint16 value) { zahl[ListNumberSlots[list]] = value; }
+    QString listChoiceText(int list) const { return text[ListTextSlots[list]]; }
+    void setListChoiceText(int list, const QString& value) { text[ListTextSlots[list]] = value; }
 };
 
 // Reads the file into fresh arrays and repairs them. A missing, short or garbled file is no

@@ -1,6 +1,7 @@
 #include "store/database.h"
 
 #include "common/prompter.h"
+#include "store/collation.h"
 #include "store/defaults.h"
 #include "store/schema.h"
 #include "store/sql.h"
@@ -257,6 +258,9 @@ void openHandle(QSqlDatabase& db, const QString& path)
 {
     if (!db.open())
         throw openingError(path, db.lastError());
+    if (!registerGermanCollation(db))
+        throw StoreError(QStringLiteral("Die Datenbank \"%1\" kann nicht geöffnet werden: die deutsche Sortierung der Namen "
+                                        "steht nicht zur Verfügung.").arg(native(path)));
     try {
         // Typed data must survive a power cut: write-ahead log, synced on every commit.
         execSql(db, QStringLiteral("PRAGMA journal_mode = WAL"));

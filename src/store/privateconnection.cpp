@@ -1,5 +1,7 @@
 #include "store/privateconnection.h"
 
+#include "store/collation.h"
+
 #include <QUuid>
 
 namespace tarvik {
@@ -10,7 +12,7 @@ PrivateConnection::PrivateConnection(const QString& path, const QString& purpose
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
     db.setDatabaseName(path);
     db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(busyTimeoutMs));
-    m_ok = db.open();
+    m_ok = db.open() && registerGermanCollation(db);
 }
 
 PrivateConnection::~PrivateConnection() { close(); }

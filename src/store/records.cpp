@@ -1,5 +1,7 @@
 #include "store/records.h"
 
+#include "store/collation.h"
+
 #include "common/numbers.h"
 #include "common/text.h"
 #include "settings/settings.h"
@@ -78,7 +80,11 @@ QStringList listValues(const QSqlDatabase& db, const QString& table, const QStri
     QStringList values;
     if (!isSafeIdentifier(table) || !isSafeIdentifier(column))
         return values;
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT %1 FROM %2 ORDER BY rowid").arg(quoted(column), quoted(table)));
+    // Names in German order; class tables keep the order their ranges were entered in.
+    const bool classes = table.contains(QLatin1String("klassen"), Qt::CaseInsensitive);
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT %1 FROM %2 ORDER BY %3")
+                                  .arg(quoted(column), quoted(table), classes ? QStringLiteral("rowid")
+                                                                               : inGermanOrder(quoted(column)) + QStringLiteral(", rowid")));
     while (q.next()) {
         const QString v = readText(q.value(0));
         if (!v.isEmpty() && !values.contains(v))
@@ -92,7 +98,7 @@ QStringList distinctLotValues(const QSqlDatabase& db, const QString& column)
     QStringList values;
     if (!isSafeIdentifier(column))
         return values;
-    QSqlQuery q = execSql(db, QStringLiteral("SELECT DISTINCT %1 FROM \"Lose\" ORDER BY 1").arg(quoted(column)));
+    QSqlQuery q = execSql(db, QStringLiteral("SELECT DISTINCT %1 FROM \"Lose\" ORDER BY %2").arg(quoted(column), inGermanOrder(QStringLiteral("1"))));
     while (q.next())
         if (const QString v = readText(q.value(0)); !v.isEmpty())
             values << v;

@@ -186,6 +186,37 @@ private slots:
         QCOMPARE(scalar(db(), QStringLiteral("select count(*) from Hiebe where Selektiert = ''")).toInt(), 5);
         QCOMPARE(markSelectedQuestion(3), QStringLiteral("Es sind 3 Hiebe selektiert. Sollen diese auch gleich markiert werden?"));
     }
+
+    // The main list names the range that limits it, and only a range it really applies.
+    void rangeNoteOfTheMainList_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<QString>("note"); // empty: no note
+        QTest::newRow("years") << 1 << "2020" << "2021" << QStringLiteral("Nur Hiebe 2020–2021");
+        QTest::newRow("dates") << 2 << "01.03.2020" << "30.09.2021" << QStringLiteral("Nur Hiebe 01.03.2020–30.09.2021");
+        QTest::newRow("no range") << 0 << "2020" << "2021" << QString();
+        QTest::newRow("unusable years leave the list whole") << 1 << "20" << "2021" << QString();
+        QTest::newRow("dates the wrong way round") << 2 << "30.09.2021" << "01.03.2020" << QString();
+    }
+
+    void rangeNoteOfTheMainList()
+    {
+        QFETCH(int, mode);
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QFETCH(QString, note);
+        Einstellungen s;
+        s.zahl[RangeModeSlot] = qint16(mode);
+        s.text[mode == 2 ? DateFromSlot : YearFromSlot] = from;
+        s.text[mode == 2 ? DateToSlot : YearToSlot] = to;
+        QCOMPARE(rangeNote(s).value_or(QString()), note);
+        clearRange(s);
+        QVERIFY(!rangeNote(s));
+        QVERIFY(harvestFilter(0, std::nullopt, s).isEmpty());
+        QCOMPARE(s.text[mode == 2 ? DateFromSlot : YearFromSlot], from); // kept for the next time
+    }
 };
 
 TARVIK_TEST_CORE_MAIN(TestFilter)

@@ -3,6 +3,7 @@
 #include "app/main/exitchores.h"
 #include "harvests/filter.h"
 #include "harvests/harvestlist.h"
+#include "harvests/ui/rangenote.h"
 #include "harvests/ui/selectiondialog.h"
 #include "app/main/harvestlistmodel.h"
 #include "backup/ui/backupwizard.h"
@@ -129,7 +130,12 @@ MainWindow::MainWindow(Session& session, Prompter& prompter, const Clock& clock,
     listAndInfo->addWidget(m_info);
     auto* left = new QVBoxLayout;
     left->addLayout(listAndInfo, 1);
-    left->addWidget(m_statistics);
+    auto* statisticsLine = new QHBoxLayout;
+    statisticsLine->addWidget(m_statistics, 1);
+    auto* rangeNote = new RangeNote(m_session.settings);
+    connect(rangeNote, &RangeNote::cleared, this, &MainWindow::refill);
+    statisticsLine->addWidget(rangeNote);
+    left->addLayout(statisticsLine);
     auto* central = new QWidget;
     auto* layout = new QHBoxLayout(central);
     layout->addWidget(buildButtons());
@@ -351,6 +357,7 @@ void MainWindow::refill()
         m_model->refill(m_session.database->listHandle(),
                         rangeUsable ? harvestFilter(0, std::nullopt, m_session.settings) : HarvestFilter{});
         m_statistics->setFullText(harvestStatistics(*m_model).text());
+        findChild<RangeNote*>()->refresh();
     });
     if (!filled) {
         QApplication::restoreOverrideCursor();

@@ -240,6 +240,10 @@ void HarvestDialog::showForm(const HarvestForm& f)
 {
     m_number->setText(f.hiebNr);
     m_year->setText(f.jahr);
+    // The stored name as the list's own entry: leaving the field then does not pick it anew
+    // (and overwrite the harvest's own place and area), wherever it stands in the list.
+    if (const int stored = m_woodland->findText(f.waldname); stored >= 0)
+        m_woodland->setCurrentIndex(stored);
     m_woodland->setEditText(f.waldname);
     m_filledWoodland = f.waldname;
     m_texts[0]->setText(f.waldort);

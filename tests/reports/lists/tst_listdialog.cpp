@@ -16,6 +16,10 @@
 #include <QBarSeries>
 #include <QBarSet>
 #include <QChartView>
+#include <QGraphicsSimpleTextItem>
+#include <QGraphicsTextItem>
+#include <QValueAxis>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QListWidget>
@@ -96,7 +100,15 @@ private slots:
         log(m_h2, 1, 1, "FI (Fichte)", "B", "L2b", 9, 99); // another harvest: not in "Aktuellen Hieb"
     }
 
-    void init() { m_prompter.clear(); }
+    void init()
+    {
+        m_prompter.clear();
+        // Each case opens its windows as on a first run; what a window keeps is tested apart.
+        for (int list = 0; list < Einstellungen::ListCount; ++list) {
+            m_settings.setListChoiceNumber(list, 0);
+            m_settings.setListChoiceText(list, {});
+        }
+    }
 
     void logsOfCurrentHarvestGrouped()
     {
@@ -156,6 +168,49 @@ private slots:
 
     // Every bar of a grouped list's chart stands for one row of the grid, under that row's keys
     // and with that row's figures; an empty key is a group of its own, shown as "(leer)".
+    // What the chart writes on its bars and axes, as a German reader expects it.
+    void chartSpeaksGerman_data()
+    {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<int>("decimals");
+        QTest::addColumn<QString>("barLabel");
+        QTest::newRow("money") << 12345.678 << 2 << QStringLiteral("12.345,68");
+        QTest::newRow("volume, trailing zeros left off") << 1234.5 << 3 << QStringLiteral("1.234,5");
+        QTest::newRow("count") << 7.0 << 0 << QStringLiteral("7");
+    }
+
+    void chartSpeaksGerman()
+    {
+        QFETCH(double, value);
+        QFETCH(int, decimals);
+        QFETCH(QString, barLabel);
+        ChartData data{QStringLiteral("Test"), {QStringLiteral("Fichte"), QStringLiteral("Buche")}, {QStringLiteral("Wert")},
+                       {{value, value / 3}}, {decimals}};
+        ChartWindow window(data, m_prompter);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        auto* view = child<QChartView>(window, "diagramm");
+        QVERIFY(view->chart()->localizeNumbers());
+        QCOMPARE(view->chart()->locale().language(), QLocale::German);
+        QStringList texts;
+        for (QGraphicsItem* item : view->scene()->items())
+            if (auto* text = dynamic_cast<QGraphicsTextItem*>(item))
+                texts << text->toPlainText();
+            else if (auto* simple = dynamic_cast<QGraphicsSimpleTextItem*>(item))
+                texts << simple->text();
+        QVERIFY2(texts.contains(barLabel), qPrintable(texts.join(u'|')));
+        const auto axes = view->chart()->axes(Qt::Vertical);
+        auto* amount = qobject_cast<QValueAxis*>(axes.value(0));
+        QVERIFY(amount);
+        if (decimals == 0) {
+            // A count's axis has whole steps and whole labels only.
+            QCOMPARE(amount->tickType(), QValueAxis::TicksDynamic);
+            QVERIFY(amount->tickInterval() >= 1 && amount->tickInterval() == std::floor(amount->tickInterval()));
+            for (const QString& t : texts)
+                QVERIFY2(!t.contains(u','), qPrintable(t));
+        }
+    }
+
     void chartBarsMatchTheRows_data()
     {
         QTest::addColumn<int>("member");
@@ -314,6 +369,75 @@ private slots:
         child<QRadioButton>(dialog, "optizeitraum(0)")->click();
         dialog.reject();
         QCOMPARE(m_settings.zahl[2], qint16(0));
+    }
+
+    // Every list window, closed and opened again (the settings file written and read between),
+    // shows the choices it was closed with; each list keeps its own.
+    void everyListKeepsItsChoices()
+    {
+        struct Chosen {
+            int scope, grouping;
+            QString sort, filter, filterValue;
+            QStringList leftOut;
+        };
+        QHash<int, Chosen> chosen;
+        for (const lists::MemberDef& def : lists::members()) {
+            ListDialog dialog(context(), def.member, m_h1, false);
+            Chosen c;
+            auto* scope = child<QComboBox>(dialog, "komhieb");
+            c.scope = (int(def.member) + 3) % scope->count(); // each list another scope
+            scope->setCurrentIndex(c.scope);
+            if (!def.filters.isEmpty()) {
+                auto* filter = child<QComboBox>(dialog, qPrintable(def.filters.last().objectName()));
+                if (filter->count() > 1) {
+                    filter->setCurrentIndex(filter->count() - 1);
+                    c.filter = def.filters.last().objectName();
+                    c.filterValue = filter->currentText();
+                }
+            }
+            auto* sort = child<QComboBox>(dialog, "komsort");
+            sort->setCurrentIndex(2);
+            c.sort = sort->currentText();
+            child<QCheckBox>(dialog, "komsortdesc")->setChecked(true);
+            auto* columns = child<QListWidget>(dialog, "liste");
+            for (int i : {1, 3}) {
+                columns->item(i)->setCheckState(Qt::Unchecked);
+                c.leftOut << columns->item(i)->text();
+            }
+            c.grouping = int(def.member) % int(def.groupings.size());
+            child<QRadioButton>(dialog, qPrintable(QStringLiteral("optigruppe(%1)").arg(c.grouping)))->click();
+            QTest::mouseClick(child<QPushButton>(dialog, "beenden"), Qt::LeftButton);
+            QVERIFY(!dialog.isVisible());
+            chosen.insert(int(def.member), c);
+        }
+
+        const QString file = m_folder.filePath(QString::fromLatin1(SettingsFileName));
+        QVERIFY(EinstellungenSpeichern(m_settings, file));
+        m_settings = EinstellungenLaden(file);
+
+        for (const lists::MemberDef& def : lists::members()) {
+            const Chosen& c = chosen[int(def.member)];
+            ListDialog dialog(context(), def.member, m_h1, false);
+            const QString list = def.windowName;
+            QVERIFY2(child<QComboBox>(dialog, "komhieb")->currentIndex() == c.scope, qPrintable(list));
+            if (!c.filter.isEmpty())
+                QVERIFY2(child<QComboBox>(dialog, qPrintable(c.filter))->currentText() == c.filterValue, qPrintable(list));
+            QVERIFY2(child<QComboBox>(dialog, "komsort")->currentText() == c.sort, qPrintable(list));
+            QVERIFY2(child<QCheckBox>(dialog, "komsortdesc")->isChecked(), qPrintable(list));
+            auto* columns = child<QListWidget>(dialog, "liste");
+            QStringList leftOut;
+            for (int i = 0; i < columns->count(); ++i)
+                if (columns->item(i)->checkState() != Qt::Checked)
+                    leftOut << columns->item(i)->text();
+            QCOMPARE(leftOut, c.leftOut);
+            QVERIFY2(child<QRadioButton>(dialog, qPrintable(QStringLiteral("optigruppe(%1)").arg(c.grouping)))->isChecked(), qPrintable(list));
+            QVERIFY2(!columns->isEnabled(), "a kept grouping decides the columns again");
+            // The choices are those of the request the list is built from.
+            const lists::ListRequest r = dialog.request();
+            QCOMPARE(r.grouping, c.grouping);
+            QCOMPARE(r.descending, true);
+            dialog.reject();
+        }
     }
 
     void timberListOfTickedLots()

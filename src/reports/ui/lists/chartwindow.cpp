@@ -9,12 +9,14 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QValueAxis>
 #include <QVBoxLayout>
+#include <cmath>
 
 namespace tarvik {
 
@@ -22,13 +24,24 @@ namespace {
 const QString EmptyGroupLabel = QStringLiteral("(leer)");
 } // namespace
 
-ChartData groupChartData(const QAbstractItemModel& rows, int keyColumns, const QString& title)
+double countTickStep(double top)
+{
+    const double rough = std::max(1.0, top / 6);
+    const double power = std::pow(10.0, std::floor(std::log10(rough)));
+    for (double m : {1.0, 2.0, 5.0})
+        if (m * power >= rough)
+            return m * power;
+    return 10 * power;
+}
+
+ChartData groupChartData(const QAbstractItemModel& rows, int keyColumns, const QString& title, const QList<int>& decimals)
 {
     ChartData data;
     data.title = title;
     for (int c = keyColumns; c < rows.columnCount(); ++c) {
         data.figures << rows.headerData(c, Qt::Horizontal).toString();
         data.values << QList<double>();
+        data.decimals << decimals.value(c - keyColumns, 3);
     }
     for (int row = 0; row < rows.rowCount(); ++row) {
         QStringList keys;
@@ -117,10 +130,12 @@ void ChartWindow::showFigure(int figure)
         std::reverse(labels.begin(), labels.end());
         std::reverse(values.begin(), values.end());
     }
+    const int decimals = m_data.decimals.value(figure, 3);
+    const double scale = std::pow(10.0, decimals);
     auto* set = new QBarSet(m_data.figures[figure]);
     double top = 0;
     for (double v : values) {
-        *set << v;
+        *set << std::round(v * scale) / scale; // the label shows what the list shows
         top = std::max(top, v);
     }
     QAbstractBarSeries* series = horizontal ? static_cast<QAbstractBarSeries*>(new QHorizontalBarSeries)
@@ -128,7 +143,11 @@ void ChartWindow::showFigure(int figure)
     series->append(set);
     series->setLabelsVisible(m_data.groups.size() <= 30);
     series->setLabelsFormat(QStringLiteral("@value"));
+    series->setLabelsPrecision(15); // rounded above; all digits of a sum of money are shown
     auto* chart = new QChart;
+    // Labels and axes in German digits: "1.234,56".
+    chart->setLocalizeNumbers(true);
+    chart->setLocale(QLocale(QLocale::German, QLocale::Germany));
     chart->setTitle(m_data.title);
     chart->addSeries(series);
     chart->legend()->setVisible(false);
@@ -139,8 +158,18 @@ void ChartWindow::showFigure(int figure)
     series->attachAxis(groups);
     auto* amount = new QValueAxis;
     amount->setTitleText(m_data.figures[figure]);
-    amount->setRange(0, top > 0 ? top * 1.1 : 1);
-    amount->setLabelFormat(QStringLiteral("%.3g"));
+    if (decimals == 0) {
+        // A count has whole ticks only.
+        const double step = countTickStep(top);
+        amount->setTickType(QValueAxis::TicksDynamic);
+        amount->setTickAnchor(0);
+        amount->setTickInterval(step);
+        amount->setRange(0, std::max(step, std::ceil(top * 1.1 / step) * step));
+        amount->setLabelFormat(QStringLiteral("%d"));
+    } else {
+        amount->setRange(0, top > 0 ? top * 1.1 : 1);
+        amount->setLabelFormat(QStringLiteral("%.") + QString::number(std::min(decimals, 2)) + u'f');
+    }
     chart->addAxis(amount, horizontal ? Qt::AlignBottom : Qt::AlignLeft);
     series->attachAxis(amount);
     QChart* old = m_view->chart();

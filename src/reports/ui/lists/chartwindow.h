@@ -19,6 +19,7 @@ struct ChartData {
     QStringList groups;                   // one label per group
     QStringList figures;                  // the figures' names
     QList<QList<double>> values;          // values[figure][group]
+    QList<int> decimals;                  // per figure as the list shows it; 0: a count
 };
 
 class ChartWindow : public QDialog {
@@ -42,7 +43,11 @@ private:
 
 // The bars of a grouped list: one group per row, labelled by its key columns as the grid shows
 // them ("(leer)" for an empty key), a figure per further column.
-ChartData groupChartData(const QAbstractItemModel& rows, int keyColumns, const QString& title);
+// decimals: per figure column as the list shows it (missing ones get three).
+ChartData groupChartData(const QAbstractItemModel& rows, int keyColumns, const QString& title, const QList<int>& decimals = {});
+
+// The step between the ticks of an axis of counts up to top: a whole number, 1, 2 or 5 times a power of ten.
+double countTickStep(double top);
 
 // The figure a forester most often wants first: the volume where there is one.
 int preferredFigure(const QStringList& figures);

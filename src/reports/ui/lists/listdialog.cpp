@@ -3,6 +3,7 @@
 #include "common/ui/gridformat.h"
 #include "common/ui/guarded.h"
 #include "harvests/filter.h"
+#include "reports/lists/choices.h"
 #include "reports/lists/listmodel.h"
 #include "reports/lists/writers.h"
 #include "reports/reportfile.h"
@@ -248,9 +249,29 @@ void ListDialog::fillFilters()
 
 void ListDialog::restoreChoices()
 {
-    m_scope->setCurrentIndex(m_current ? int(HarvestScope::Aktuell) : int(HarvestScope::Alle));
     const int mode = std::clamp<int>(m_context.settings.zahl[RangeModeSlot], 0, 2);
     m_range->button(mode)->click();
+    const std::optional<lists::ListChoices> kept = lists::loadListChoices(m_context.settings, m_def.member);
+    if (!kept) {
+        m_scope->setCurrentIndex(m_current ? int(HarvestScope::Aktuell) : int(HarvestScope::Alle));
+        return;
+    }
+    if (kept->scope < m_scope->count())
+        m_scope->setCurrentIndex(kept->scope);
+    for (int i = 0; i < m_filters.size(); ++i) {
+        // A value no row holds any more lists all again.
+        const int at = m_filters[i]->findText(kept->filters.value(m_def.filters[i].column));
+        m_filters[i]->setCurrentIndex(std::max(at, 0));
+    }
+    if (m_sort->findText(kept->sortColumn) >= 0)
+        m_sort->setCurrentText(kept->sortColumn);
+    m_descending->setChecked(kept->descending);
+    for (int i = 0; i < m_columns->count(); ++i)
+        m_columns->item(i)->setCheckState(kept->columnsLeftOut.contains(m_columns->item(i)->text()) ? Qt::Unchecked : Qt::Checked);
+    if (QAbstractButton* option = m_grouping->button(kept->groupingOption)) {
+        option->setChecked(true);
+        onGroupingChanged();
+    }
 }
 
 void ListDialog::storeChoices()
@@ -264,6 +285,18 @@ void ListDialog::storeChoices()
         m_context.settings.text[DateFromSlot] = m_rangeFrom->text().trimmed();
         m_context.settings.text[DateToSlot] = m_rangeTo->text().trimmed();
     }
+    lists::ListChoices c;
+    c.scope = m_scope->currentIndex();
+    c.groupingOption = m_grouping->checkedId();
+    c.sortColumn = m_sort->currentText();
+    c.descending = m_descending->isChecked();
+    for (int i = 0; i < m_columns->count(); ++i)
+        if (m_columns->item(i)->checkState() != Qt::Checked)
+            c.columnsLeftOut << m_columns->item(i)->text();
+    for (int i = 0; i < m_filters.size(); ++i)
+        if (m_filters[i]->currentIndex() > 0)
+            c.filters.insert(m_def.filters[i].column, m_filters[i]->currentText());
+    lists::storeListChoices(m_context.settings, m_def.member, c);
 }
 
 lists::ListRequest ListDialog::request() const
@@ -427,7 +460,10 @@ void ListDialog::showChart()
     while (m_model->canFetchMore())
         m_model->fetchMore(); // a grouped list is short
     const int keys = int(m_def.groupings[m_shownGrouping].columns.size());
-    ChartData data = groupChartData(*m_model, keys, m_def.title + QStringLiteral(" – ") + m_def.groupings[m_shownGrouping].caption);
+    QList<int> decimals;
+    for (int c = keys; c < m_model->formats().size(); ++c)
+        decimals << (m_model->formats()[c].kind == lists::ColumnFormat::Kind::Integer ? 0 : m_model->formats()[c].decimals);
+    ChartData data = groupChartData(*m_model, keys, m_def.title + QStringLiteral(" – ") + m_def.groupings[m_shownGrouping].caption, decimals);
     ChartWindow window(std::move(data), m_context.prompter, this);
     window.exec();
 }
