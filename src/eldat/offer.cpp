@@ -1,4 +1,5 @@
 #include "eldat/offer.h"
+#include "common/systemerror.h"
 
 #include "common/numbers.h"
 #include "common/sqldate.h"
@@ -520,7 +521,7 @@ std::optional<OfferOutcome> writeOffer(const AppContext& context, const OfferReq
     QSaveFile file(request.filePath);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
         context.prompter.inform(QStringLiteral("Die Datei \"%1\" kann nicht geschrieben werden: %2")
-                                    .arg(request.filePath, file.errorString()),
+                                    .arg(request.filePath, germanFileError(file)),
                                 Prompter::Icon::Critical);
         return std::nullopt;
     }

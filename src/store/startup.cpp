@@ -92,9 +92,15 @@ UpgradeReport firstActivation(Session& session, Prompter& prompter)
     if (!scalar(db, QStringLiteral("SELECT 1 FROM \"Hiebe\" LIMIT 1")).isValid())
         prompter.inform(firstStepsNote());
     const UpgradeReport report = upgradeDatabase(db, prompter);
-    if (report.layoutChanged())
-        prompter.inform((QStringList{QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht:")} + report.changes)
-                            .join(u'\n'));
+    // The steps with their table and column names are in the log; the user reads where things are.
+    if (report.layoutChanged()) {
+        QString text = QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht.\nDer vorherige Stand ist als Kopie "
+                                      "erhalten: \"%1\".")
+                           .arg(QDir::toNativeSeparators(report.backupPath));
+        if (!report.logPath.isEmpty())
+            text += QStringLiteral("\nWas geändert wurde, steht in der Datei \"%1\".").arg(QDir::toNativeSeparators(report.logPath));
+        prompter.inform(text);
+    }
     return report;
 }
 

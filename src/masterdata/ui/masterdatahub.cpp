@@ -8,6 +8,7 @@
 #include "reports/reportfile.h"
 #include "reports/ui/textoutputwindow.h"
 #include "store/sql.h"
+#include "common/systemerror.h"
 
 #include <QButtonGroup>
 #include <QGridLayout>
@@ -175,7 +176,7 @@ void MasterDataHub::refresh()
             QSqlQuery query(m_context.db);
             const QString sql = masterListSql(m_context.db, list());
             if (!query.exec(sql))
-                throw StoreError(QStringLiteral("Die Liste kann nicht erstellt werden, weil die Datenbank meldet: %1").arg(query.lastError().text()));
+                throw StoreError(QStringLiteral("Die Liste kann nicht erstellt werden, weil die Datenbank meldet: %1").arg(germanErrorText(query.lastError().text())));
             m_model->setQuery(std::move(query));
         })) {
         m_model->clear();
