@@ -5,6 +5,7 @@
 #include "store/context.h"
 
 #include <QList>
+#include <functional>
 #include <QStringList>
 #include <optional>
 
@@ -20,6 +21,9 @@ struct OfferRequest {
     qint32 harvestId = 0;
     QList<qint32> lotNumbers; // Los_Nr, in the order the piles are written
     QString filePath;
+    // Asked for the file's name once every check has passed, when filePath is empty; an empty
+    // answer ends the action without a message.
+    std::function<QString()> chooseFilePath;
     QString docType = QStringLiteral("ang");
 };
 

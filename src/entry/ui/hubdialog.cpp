@@ -295,14 +295,15 @@ void HubDialog::onEldat()
     const auto proposal = runGuarded(m_context.prompter, [&] { return eldat::proposedFileName(m_context.db, m_harvestId, *lots); });
     if (!proposal)
         return;
-    QString path = m_context.prompter.chooseSaveFile(QStringLiteral("Lose als .eldat-Angebot speichern"),
-                                                     QDir(m_context.dataFolder).filePath(*proposal),
-                                                     QStringLiteral("ELDATsmart-Dateien (*.eldat)"));
-    if (path.isEmpty())
-        return;
-    if (!path.endsWith(QLatin1String(eldat::FileSuffix), Qt::CaseInsensitive))
-        path += QLatin1String(eldat::FileSuffix);
-    eldat::OfferRequest request{m_harvestId, *lots, path};
+    // The name is asked for only once the lots are known to make an offer.
+    eldat::OfferRequest request{m_harvestId, *lots, QString(), [this, &proposal] {
+                                    QString path = m_context.prompter.chooseSaveFile(QStringLiteral("Lose als .eldat-Angebot speichern"),
+                                                                                     QDir(m_context.dataFolder).filePath(*proposal),
+                                                                                     QStringLiteral("ELDATsmart-Dateien (*.eldat)"));
+                                    if (!path.isEmpty() && !path.endsWith(QLatin1String(eldat::FileSuffix), Qt::CaseInsensitive))
+                                        path += QLatin1String(eldat::FileSuffix);
+                                    return path;
+                                }};
     runGuarded(m_context.prompter, [&] { return eldat::writeOffer(m_context, request); });
 }
 

@@ -151,16 +151,18 @@ void LotMapDialog::exportLots()
         return;
     }
     const QString hiebNr = m_harvestModel->item(m_harvests->currentIndex().row(), 0)->text();
-    const QString chosen = m_context.prompter.chooseSaveFile(QStringLiteral("Lose als GeoJSON und KML speichern"),
-                                                            QDir(m_context.dataFolder).filePath(QStringLiteral("Hieb_%1_Lose.geojson").arg(hiebNr)),
-                                                            QStringLiteral("GeoJSON (*.geojson)"));
-    if (chosen.isEmpty())
+    // The name is asked for only when some lot has coordinates to write.
+    const GeoFilesResult result = writeLotPlaceFiles(m_context.db, *id, [this, &hiebNr] {
+        QString base = m_context.prompter.chooseSaveFile(QStringLiteral("Lose als GeoJSON und KML speichern"),
+                                                         QDir(m_context.dataFolder).filePath(QStringLiteral("Hieb_%1_Lose.geojson").arg(hiebNr)),
+                                                         QStringLiteral("GeoJSON (*.geojson)"));
+        for (const QString& suffix : {QStringLiteral(".geojson"), QStringLiteral(".kml")})
+            if (base.endsWith(suffix, Qt::CaseInsensitive))
+                base.chop(suffix.size());
+        return base;
+    });
+    if (result.message.isEmpty())
         return;
-    QString base = chosen;
-    for (const QString& suffix : {QStringLiteral(".geojson"), QStringLiteral(".kml")})
-        if (base.endsWith(suffix, Qt::CaseInsensitive))
-            base.chop(suffix.size());
-    const GeoFilesResult result = writeLotPlaceFiles(m_context.db, *id, base);
     m_context.prompter.inform(result.message, result.ok ? Prompter::Icon::Information : Prompter::Icon::Warning);
 }
 
