@@ -136,6 +136,8 @@ void LogDialog::build()
     addTyped(QStringLiteral("Güteklasse"), m_quality);
     addTyped(QStringLiteral("Bemerkung"), remarkList());
     field(0)->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,6}")), this));
+    for (int centimetres : {1, 3, 4}) // Stärke m.R., Zopf, Rindenabzug
+        takeWholeCentimetres(field(centimetres));
 
     auto [derived, addDerived] = formBox(QStringLiteral("Rinde und Klassen"));
     for (const MeasureField& f : DerivedFields)

@@ -119,6 +119,8 @@ void InvoiceDialog::build()
         m_captions[size_t(i)]->setObjectName(QStringLiteral("roCommand1(%1)").arg(i));
         m_captions[size_t(i)]->setAutoDefault(false);
         m_captions[size_t(i)]->setToolTip(QStringLiteral("Bezeichnung ändern"));
+        // A caption is changed by a click; Tab goes from field to field.
+        m_captions[size_t(i)]->setFocusPolicy(Qt::ClickFocus);
         connect(m_captions[size_t(i)], &QPushButton::clicked, this, [this, i] { onCaption(i); });
     }
 

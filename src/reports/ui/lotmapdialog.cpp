@@ -5,14 +5,17 @@
 #include "reports/lotplaces.h"
 #include "reports/maplink.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
 #include <QDir>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <QTableView>
+#include <QUrl>
 #include <QVBoxLayout>
 
 namespace tarvik {
@@ -139,8 +142,16 @@ bool LotMapDialog::openMarkedLot()
         m_context.prompter.inform(link.message);
         return false;
     }
-    QDesktopServices::openUrl(link.url);
-    return true;
+    if (QDesktopServices::openUrl(link.url))
+        return true;
+    // No browser could be started: the address can still be pasted into one by hand.
+    const QString address = link.url.toString(QUrl::FullyEncoded);
+    if (m_context.prompter.askYesNo(QStringLiteral("Es konnte kein Browser gestartet werden, um das Luftbild zu zeigen. Die Adresse "
+                                                   "lautet:\n\n%1\n\nSoll die Adresse in die Zwischenablage kopiert werden? Sie "
+                                                   "können sie dann in die Adresszeile eines Browsers einfügen.")
+                                        .arg(address)))
+        QGuiApplication::clipboard()->setText(address);
+    return false;
 }
 
 void LotMapDialog::exportLots()
