@@ -21,10 +21,10 @@ struct OfferRequest {
     qint32 harvestId = 0;
     QList<qint32> lotNumbers; // Los_Nr, in the order the piles are written
     QString filePath;
+    QString docType = QStringLiteral("ang");
     // Asked for the file's name once every check has passed, when filePath is empty; an empty
     // answer ends the action without a message.
     std::function<QString()> chooseFilePath;
-    QString docType = QStringLiteral("ang");
 };
 
 struct OfferOutcome {

@@ -136,8 +136,6 @@ void LogDialog::build()
     addTyped(QStringLiteral("Güteklasse"), m_quality);
     addTyped(QStringLiteral("Bemerkung"), remarkList());
     field(0)->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,6}")), this));
-    for (int centimetres : {1, 3, 4}) // Stärke m.R., Zopf, Rindenabzug
-        takeWholeCentimetres(field(centimetres));
 
     auto [derived, addDerived] = formBox(QStringLiteral("Rinde und Klassen"));
     for (const MeasureField& f : DerivedFields)
@@ -145,6 +143,8 @@ void LogDialog::build()
     addDerived(QStringLiteral("Stärkeklasse"), classList());
     addDerived(QStringLiteral("Heilbronner Klasse"), m_heilbronn);
     addDerived(QStringLiteral("Mantelmessung: Anzahl"), makeField(8, 4));
+    for (int centimetres : {1, 3, 4}) // Stärke m.R., Zopf, Rindenabzug
+        takeWholeCentimetres(field(centimetres));
     addDerived(QString(), m_beetle);
 
     auto* price = new QGroupBox(QStringLiteral("Preisberechnung"));

@@ -212,6 +212,8 @@ void InvoiceDialog::build()
     m_ok[2] = button(QStringLiteral("ok(2)"), QStringLiteral("&Nächste >>"));
     QPushButton* print = button(QStringLiteral("comdrucken"), QStringLiteral("&Drucken"));
     QPushButton* cancel = button(QStringLiteral("abbrechen"), QStringLiteral("&Abbrechen"));
+    QPushButton* help = button(QStringLiteral("hilfe"), QStringLiteral("&Hilfe"));
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(new QLabel(QStringLiteral("Gespeicherte Rechnung:")));
@@ -221,6 +223,7 @@ void InvoiceDialog::build()
     buttons->addStretch();
     buttons->addWidget(m_ok[0]);
     buttons->addWidget(print);
+    buttons->addWidget(help);
     buttons->addWidget(cancel);
 
     auto* columns = new QHBoxLayout;

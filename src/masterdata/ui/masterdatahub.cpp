@@ -140,10 +140,15 @@ void MasterDataHub::build()
     connect(m_grid, &QTableView::customContextMenuRequested, this,
             [this](const QPoint& at) { m_popup->exec(m_grid->viewport()->mapToGlobal(at)); });
 
+    auto* help = new QPushButton(QStringLiteral("&Hilfe"));
+    help->setObjectName(QStringLiteral("hilfe"));
+    help->setAutoDefault(false);
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     auto* buttons = new QHBoxLayout;
     for (QPushButton* b : {m_new, m_change, m_copy, remove, print})
         buttons->addWidget(b);
     buttons->addStretch();
+    buttons->addWidget(help);
     buttons->addWidget(close);
 
     auto* layout = new QVBoxLayout(this);
