@@ -54,7 +54,8 @@ const ErrnoSentence ErrnoSentences[] = {
 };
 
 // English texts of Qt, SQLite, the network and the spreadsheet library, matched in lower case as
-// a part of the text; the first match wins, so the narrower texts stand first.
+// a part of the text ("…" stands for any words between); the first match wins, so the narrower
+// texts stand first.
 const std::pair<const char*, const char*> KnownTexts[] = {
     // SQLite
     {"database is locked", "Die Datenbank wird gerade von einem anderen Programm benutzt."},
@@ -81,7 +82,7 @@ const std::pair<const char*, const char*> KnownTexts[] = {
     {"exceeded", "Ein Wert überschreitet die Grenzen einer Tabelle."},
     {"parameter validation", "Die Tabellenbibliothek weist einen Wert zurück."},
     // the network
-    {"host not found", "Der Server ist nicht bekannt; bitte prüfen Sie die Internetverbindung."},
+    {"host … not found", "Der Server ist nicht bekannt; bitte prüfen Sie die Internetverbindung."},
     {"connection refused", "Der Server nimmt keine Verbindung an."},
     {"connection timed out", "Der Server antwortet nicht rechtzeitig."},
     {"operation canceled", "Die Übertragung wurde abgebrochen."},
@@ -134,9 +135,21 @@ QString germanErrorText(const QString& text)
         if (trimmed.compare(QString::fromLocal8Bit(std::strerror(e.value)), Qt::CaseInsensitive) == 0)
             return QString::fromUtf8(e.sentence);
     const QString lower = trimmed.toLower();
-    for (const auto& [english, german] : KnownTexts)
-        if (lower.contains(QLatin1String(english)))
+    for (const auto& [english, german] : KnownTexts) {
+        const QStringList pieces = QString::fromUtf8(english).split(QStringLiteral(" … "));
+        qsizetype from = 0;
+        bool found = true;
+        for (const QString& piece : pieces) {
+            from = lower.indexOf(piece, from);
+            if (from < 0) {
+                found = false;
+                break;
+            }
+            from += piece.size();
+        }
+        if (found)
             return QString::fromUtf8(german);
+    }
     for (const ErrnoSentence& e : ErrnoSentences)
         if (lower.contains(QString::fromLocal8Bit(std::strerror(e.value)).toLower()))
             return QString::fromUtf8(e.sentence);

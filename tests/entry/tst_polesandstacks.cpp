@@ -14,6 +14,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTableView>
 
 using namespace tarvik;
@@ -64,6 +65,8 @@ private slots:
         else
             d = std::make_unique<StackDialog>(context(), m_harvest, std::nullopt);
         d->show();
+        if (auto* fixed = d->findChild<QRadioButton*>(QStringLiteral("optirinde(1)")))
+            fixed->click(); // the bark deduction is typed with a fixed deduction only
         typeInto(d->field(field), QStringLiteral("3a5,5.-"));
         QCOMPARE(d->field(field)->text(), QStringLiteral("355"));
     }
