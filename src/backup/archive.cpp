@@ -1,4 +1,5 @@
 #include "backup/archive.h"
+#include "common/systemerror.h"
 
 #include "backup/dbsnapshot.h"
 #include "backup/ziperror.h"
@@ -91,7 +92,7 @@ bool readEntry(zip_t* archive, zip_uint64_t index, const QString& name, const QS
     QFile out(target);
     if (!target.isEmpty() && !out.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         zip_fclose(entry);
-        error = QStringLiteral("\"%1\" kann nicht geschrieben werden: %2").arg(native(target), out.errorString());
+        error = QStringLiteral("\"%1\" kann nicht geschrieben werden: %2").arg(native(target), germanFileError(out));
         return false;
     }
     uLong crc = crc32(0, nullptr, 0);
@@ -110,7 +111,7 @@ bool readEntry(zip_t* archive, zip_uint64_t index, const QString& name, const QS
         length += n;
         done += n;
         if (out.isOpen() && out.write(buffer.constData(), n) != n) {
-            error = QStringLiteral("\"%1\" kann nicht geschrieben werden: %2").arg(native(target), out.errorString());
+            error = QStringLiteral("\"%1\" kann nicht geschrieben werden: %2").arg(native(target), germanFileError(out));
             ok = false;
             break;
         }
@@ -131,12 +132,12 @@ bool readEntry(zip_t* archive, zip_uint64_t index, const QString& name, const QS
     }
     if (out.isOpen()) {
         if (ok && !out.flush()) {
-            error = QStringLiteral("\"%1\" kann nicht geschrieben werden: %2").arg(native(target), out.errorString());
+            error = QStringLiteral("\"%1\" kann nicht geschrieben werden: %2").arg(native(target), germanFileError(out));
             ok = false;
         }
         out.close();
         if (ok && out.error() != QFileDevice::NoError) {
-            error = QStringLiteral("\"%1\" kann nicht geschrieben werden: %2").arg(native(target), out.errorString());
+            error = QStringLiteral("\"%1\" kann nicht geschrieben werden: %2").arg(native(target), germanFileError(out));
             ok = false;
         }
     }
@@ -436,20 +437,20 @@ CopyResult copyVerified(const QString& source, const QString& targetFolder, cons
     };
     QFile in(source);
     if (!in.open(QIODevice::ReadOnly))
-        return fail(QStringLiteral("\"%1\" kann nicht gelesen werden: %2").arg(native(source), in.errorString()));
+        return fail(QStringLiteral("\"%1\" kann nicht gelesen werden: %2").arg(native(source), germanFileError(in)));
     QFile out(temporary);
     if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return fail(QStringLiteral("Auf \"%1\" kann nicht geschrieben werden: %2").arg(native(targetFolder), out.errorString()));
+        return fail(QStringLiteral("Auf \"%1\" kann nicht geschrieben werden: %2").arg(native(targetFolder), germanFileError(out)));
     QCryptographicHash written(QCryptographicHash::Sha256);
     const qint64 total = in.size();
     qint64 done = 0;
     while (!in.atEnd()) {
         const QByteArray block = in.read(Chunk);
         if (block.isEmpty() && in.error() != QFileDevice::NoError)
-            return fail(QStringLiteral("\"%1\" kann nicht gelesen werden: %2").arg(native(source), in.errorString()));
+            return fail(QStringLiteral("\"%1\" kann nicht gelesen werden: %2").arg(native(source), germanFileError(in)));
         if (out.write(block) != block.size())
             return fail(QStringLiteral("Auf \"%1\" kann nicht geschrieben werden (Datenträger voll oder entfernt?): %2")
-                            .arg(native(targetFolder), out.errorString()));
+                            .arg(native(targetFolder), germanFileError(out)));
         written.addData(block);
         done += block.size();
         if (!span.report(total > 0 ? 0.9 * double(done) / double(total) : 0.9)) {
@@ -459,7 +460,7 @@ CopyResult copyVerified(const QString& source, const QString& targetFolder, cons
     }
     if (!out.flush() || out.error() != QFileDevice::NoError)
         return fail(QStringLiteral("Auf \"%1\" kann nicht geschrieben werden (Datenträger voll oder entfernt?): %2")
-                        .arg(native(targetFolder), out.errorString()));
+                        .arg(native(targetFolder), germanFileError(out)));
     out.close();
     QFile back(temporary);
     QCryptographicHash read(QCryptographicHash::Sha256);

@@ -1,4 +1,5 @@
 #include "common/textfile.h"
+#include "common/systemerror.h"
 
 #include <QFile>
 #include <QSaveFile>
@@ -97,12 +98,12 @@ TextFileResult writeTextFileRaw(const QString& path, const QString& text, TextEn
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht geschrieben werden: %2")
-                               .arg(path, file.errorString())};
+                               .arg(path, germanFileError(file))};
     }
     file.write(encoding == TextEncoding::Cp1252Only ? encodeCp1252(normalised) : encodeTextFile(normalised));
     if (!file.commit()) {
         return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht geschrieben werden: %2")
-                               .arg(path, file.errorString())};
+                               .arg(path, germanFileError(file))};
     }
     return {true, {}, {}};
 }
@@ -153,7 +154,7 @@ TextFileResult readTextFile(const QString& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return {false, {}, QStringLiteral("Die Datei \"%1\" kann nicht gelesen werden: %2")
-                               .arg(path, file.errorString())};
+                               .arg(path, germanFileError(file))};
     }
     const QString text = decodeTextFile(file.readAll());
     QStringList lines;

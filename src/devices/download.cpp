@@ -1,4 +1,5 @@
 #include "devices/download.h"
+#include "common/systemerror.h"
 
 #include <QEventLoop>
 #include <QNetworkAccessManager>
@@ -21,7 +22,7 @@ QString reason(const QNetworkReply& reply)
     case QNetworkReply::SslHandshakeFailedError:
         return QStringLiteral("Die sichere Verbindung (https) kam nicht zustande.");
     default:
-        return QStringLiteral("Fehler bei der Übertragung (%1).").arg(reply.errorString());
+        return QStringLiteral("Fehler bei der Übertragung: %1").arg(germanErrorText(reply.errorString()));
     }
 }
 

@@ -1,4 +1,5 @@
 #include "devices/serialsource.h"
+#include "common/systemerror.h"
 
 namespace tarvik {
 namespace {
@@ -15,7 +16,7 @@ QString reason(const QSerialPort& port)
     case QSerialPort::OpenError:
         return QStringLiteral("Die Schnittstelle ist bereits geöffnet.");
     default:
-        return QStringLiteral("Die Schnittstelle meldet einen Fehler (%1).").arg(port.errorString());
+        return QStringLiteral("Die Schnittstelle meldet einen Fehler: %1").arg(germanErrorText(port.errorString()));
     }
 }
 

@@ -1,4 +1,5 @@
 #include "eldat/offer.h"
+#include "common/systemerror.h"
 
 #include "common/numbers.h"
 #include "common/sqldate.h"
@@ -417,7 +418,7 @@ std::optional<OfferOutcome> writeOffer(const AppContext& context, const OfferReq
         reasons << QStringLiteral("...im Hieb %1 kein Hiebdatum eingetragen ist.").arg(harvest->hiebNr);
     if (request.lotNumbers.isEmpty())
         reasons << QStringLiteral("...kein Los markiert ist.");
-    if (request.filePath.trimmed().isEmpty())
+    if (request.filePath.trimmed().isEmpty() && !request.chooseFilePath)
         reasons << QStringLiteral("...kein Dateiname angegeben ist.");
     if (!isDocType(request.docType))
         reasons << QStringLiteral("...die Dokumentart \"%1\" unbekannt ist (ang, hba oder abf).").arg(request.docType);
@@ -477,6 +478,12 @@ std::optional<OfferOutcome> writeOffer(const AppContext& context, const OfferReq
                                 reasons.join(u'\n'));
         return std::nullopt;
     }
+    OfferRequest named = request;
+    if (named.filePath.trimmed().isEmpty()) {
+        named.filePath = request.chooseFilePath();
+        if (named.filePath.trimmed().isEmpty())
+            return std::nullopt;
+    }
 
     OfferOutcome outcome;
     QJsonArray piles;
@@ -517,16 +524,16 @@ std::optional<OfferOutcome> writeOffer(const AppContext& context, const OfferReq
 
     // QSaveFile writes beside the target under a temporary name and renames on commit: a
     // receiver polling the folder never picks up half a file.
-    QSaveFile file(request.filePath);
+    QSaveFile file(named.filePath);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
         context.prompter.inform(QStringLiteral("Die Datei \"%1\" kann nicht geschrieben werden: %2")
-                                    .arg(request.filePath, file.errorString()),
+                                    .arg(named.filePath, germanFileError(file)),
                                 Prompter::Icon::Critical);
         return std::nullopt;
     }
 
-    outcome.filePath = request.filePath;
-    QStringList message{QStringLiteral("Das .eldat-Angebot wurde geschrieben:"), request.filePath, QString(),
+    outcome.filePath = named.filePath;
+    QStringList message{QStringLiteral("Das .eldat-Angebot wurde geschrieben:"), named.filePath, QString(),
                         QStringLiteral("Lose: %1").arg(outcome.lots)};
     if (outcome.logs > 0)
         message << QStringLiteral("Stämme: %1").arg(outcome.logs);

@@ -5,6 +5,7 @@
 #include "store/context.h"
 
 #include <QList>
+#include <functional>
 #include <QStringList>
 #include <optional>
 
@@ -21,6 +22,9 @@ struct OfferRequest {
     QList<qint32> lotNumbers; // Los_Nr, in the order the piles are written
     QString filePath;
     QString docType = QStringLiteral("ang");
+    // Asked for the file's name once every check has passed, when filePath is empty; an empty
+    // answer ends the action without a message.
+    std::function<QString()> chooseFilePath;
 };
 
 struct OfferOutcome {

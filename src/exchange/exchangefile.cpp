@@ -1,4 +1,5 @@
 #include "exchange/exchangefile.h"
+#include "common/systemerror.h"
 
 #include "common/numbers.h"
 #include "common/sqldate.h"
@@ -311,7 +312,7 @@ ParseResult parseHarvestFile(const QString& path)
     const QString name = QFileInfo(path).fileName();
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return {std::nullopt, fault(0, QStringLiteral("Die Datei kann nicht gelesen werden: %1").arg(file.errorString()))};
+        return {std::nullopt, fault(0, QStringLiteral("Die Datei kann nicht gelesen werden: %1").arg(germanFileError(file)))};
     // A harvest of a million logs is about 80 MB; anything far beyond is no exchange file.
     if (file.size() > MaxFileSize)
         return {std::nullopt, fault(0, QStringLiteral("Die Datei ist %1 MB groß; eine Exportdatei hat höchstens %2 MB.")

@@ -4,6 +4,7 @@
 #include "common/prompter.h"
 
 #include <QString>
+#include <functional>
 
 namespace tarvik {
 
@@ -20,8 +21,12 @@ struct CompactionResult {
     QString message; // the success or the failure message
 };
 
+// How far the compaction is (0 to 100) and what it does now, in German; called on the thread
+// that runs the compaction, a few times a second at most.
+using CompactionProgress = std::function<void(int percent, const QString& stage)>;
+
 // Refuses, leaving both files as they were, when another program has the file open or the copy
 // does not pass the integrity check or lacks rows.
-CompactionResult compactDatabaseFile(const QString& databasePath);
+CompactionResult compactDatabaseFile(const QString& databasePath, const CompactionProgress& progress = {});
 
 } // namespace tarvik

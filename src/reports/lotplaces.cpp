@@ -139,11 +139,19 @@ bool writeWhole(const QString& path, const QByteArray& bytes)
 
 GeoFilesResult writeLotPlaceFiles(const QSqlDatabase& db, qint32 harvestId, const QString& basePath)
 {
+    return writeLotPlaceFiles(db, harvestId, [&basePath] { return basePath; });
+}
+
+GeoFilesResult writeLotPlaceFiles(const QSqlDatabase& db, qint32 harvestId, const std::function<QString()>& chooseBasePath)
+{
     const QVariant hiebNr = scalar(db, QStringLiteral("SELECT Hieb_Nr FROM Hiebe WHERE ID = ?"), {harvestId});
     const GeoExport geo = exportLotPlaces(lotPlaces(db, harvestId), QStringLiteral("Hieb %1").arg(hiebNr.toInt()));
     if (geo.written == 0)
         return {false, 0, geo.skipped,
                 QStringLiteral("Keines der Lose dieses Hiebs hat gültige Koordinaten; es wurde keine Datei geschrieben.")};
+    const QString basePath = chooseBasePath();
+    if (basePath.isEmpty())
+        return {false, 0, geo.skipped, {}};
     const QString json = basePath + QStringLiteral(".geojson"), kml = basePath + QStringLiteral(".kml");
     for (const auto& [path, bytes] : {std::pair{json, geo.geoJson}, std::pair{kml, geo.kml}})
         if (!writeWhole(path, bytes))

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QSqlDatabase>
 #include <QString>
+#include <functional>
 
 namespace tarvik {
 
@@ -40,5 +41,8 @@ struct GeoFilesResult {
 };
 // Writes "<base>.geojson" and "<base>.kml".
 GeoFilesResult writeLotPlaceFiles(const QSqlDatabase& db, qint32 harvestId, const QString& basePath);
+// The same, asking for the base path only when some lot has coordinates to write; an empty
+// answer writes nothing and says nothing (message empty).
+GeoFilesResult writeLotPlaceFiles(const QSqlDatabase& db, qint32 harvestId, const std::function<QString()>& chooseBasePath);
 
 } // namespace tarvik

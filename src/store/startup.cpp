@@ -125,9 +125,16 @@ std::unique_ptr<Session> startSession(const StartupOptions& options, Prompter& p
 UpgradeReport upgradeAtStart(Session& session, Prompter& prompter)
 {
     session.upgrade = upgradeDatabase(session.database->shared(), prompter);
-    if (session.upgrade.layoutChanged())
-        prompter.inform((QStringList{QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht:")} + session.upgrade.changes)
-                            .join(u'\n'));
+    const UpgradeReport& report = session.upgrade;
+    // The steps with their table and column names are in the log; the user reads where things are.
+    if (report.layoutChanged()) {
+        QString text = QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht.\nDer vorherige Stand ist als Kopie "
+                                      "erhalten: \"%1\".")
+                           .arg(QDir::toNativeSeparators(report.backupPath));
+        if (!report.logPath.isEmpty())
+            text += QStringLiteral("\nWas geändert wurde, steht in der Datei \"%1\".").arg(QDir::toNativeSeparators(report.logPath));
+        prompter.inform(text);
+    }
     return session.upgrade;
 }
 

@@ -1,11 +1,14 @@
 #include "store/upgrade.h"
 
 #include "common/text.h"
+#include "common/textfile.h"
 #include "store/defaults.h"
 #include "store/schema.h"
 #include "store/sql.h"
 
+#include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSqlQuery>
 #include <functional>
@@ -261,7 +264,32 @@ QString keepCopy(const QSqlDatabase& db, const QDate& today)
     return target;
 }
 
+// Appends what the upgrade did to the log; a log that cannot be written costs only the notes.
+QString appendToUpgradeLog(const QSqlDatabase& db, const UpgradeReport& report)
+{
+    const QString path = upgradeLogPath(db);
+    if (path.isEmpty() || (report.changes.isEmpty() && report.failures.isEmpty()))
+        return {};
+    QString text = QDateTime::currentDateTime().toString(QStringLiteral("dd.MM.yyyy hh:mm:ss")) + QStringLiteral(" Aktualisierung der Datenbank\r\n");
+    for (const QString& change : report.changes)
+        text += QStringLiteral("  ") + change + QStringLiteral("\r\n");
+    for (const QString& failure : report.failures)
+        text += QStringLiteral("  Fehler: ") + failure + QStringLiteral("\r\n");
+    QFile log(path);
+    if (!log.open(QIODevice::Append) || log.write(encodeCp1252(text)) < 0)
+        return {};
+    return path;
+}
+
 } // namespace
+
+QString upgradeLogPath(const QSqlDatabase& db)
+{
+    const QString file = db.databaseName();
+    if (file.isEmpty() || file == u":memory:")
+        return {};
+    return QFileInfo(file).absoluteDir().filePath(QLatin1String(UpgradeLogName));
+}
 
 bool ensureHarvesterColumn(const QSqlDatabase& db, const QDate& today)
 {
@@ -308,13 +336,17 @@ QString backupPathBeforeUpgrade(const QString& databasePath, const QDate& today)
 UpgradeReport upgradeDatabase(const QSqlDatabase& db, Prompter& prompter, const QDate& today)
 {
     UpgradeReport report;
+    // The user learns that something is missing and where the details are; the names of tables,
+    // columns and indexes stay in the log.
     auto warnFailures = [&] {
-        if (!report.failures.isEmpty())
-            prompter.inform((QStringList{QStringLiteral("Die Datenbank konnte nicht vollständig auf den aktuellen "
-                                                        "Stand gebracht werden:")} +
-                             report.failures)
-                                .join(u'\n'),
-                            Prompter::Icon::Warning);
+        report.logPath = appendToUpgradeLog(db, report);
+        if (report.failures.isEmpty())
+            return;
+        QString text = QStringLiteral("Die Datenbank konnte nicht vollständig auf den aktuellen Stand gebracht werden. "
+                                      "Sie können weiterarbeiten; was fehlt, ergänzt das Programm beim nächsten Start.");
+        if (!report.logPath.isEmpty())
+            text += QStringLiteral("\nDie Einzelheiten stehen in der Datei \"%1\".").arg(QDir::toNativeSeparators(report.logPath));
+        prompter.inform(text, Prompter::Icon::Warning);
     };
 
     if (!layoutIsCurrent(db)) {
@@ -324,7 +356,8 @@ UpgradeReport upgradeDatabase(const QSqlDatabase& db, Prompter& prompter, const 
             report.failures << QStringLiteral("Vor der Aktualisierung konnte keine Kopie der Datenbank angelegt werden: %1 "
                                               "Die Datenbank bleibt deshalb unverändert.")
                                    .arg(e.message());
-            warnFailures();
+            report.logPath = appendToUpgradeLog(db, report);
+            prompter.inform(report.failures.first(), Prompter::Icon::Warning);
             return report;
         }
 

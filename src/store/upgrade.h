@@ -14,6 +14,7 @@ struct UpgradeReport {
     QStringList changes;  // one German line per change made; empty for a current file
     QStringList failures; // one German line per step that could not be done
     QString backupPath;   // the copy of the file as it was before; empty when nothing needed one
+    QString logPath;      // the log file the changes and failures were appended to; empty when none
     bool importedFromVersion2 = false;
     int barkRangesAdded = 0;
     bool layoutChanged() const { return !backupPath.isEmpty(); }
@@ -31,9 +32,14 @@ bool layoutIsCurrent(const QSqlDatabase& db);
 // the file, with "-2", "-3" ... when that day already has one.
 QString backupPathBeforeUpgrade(const QString& databasePath, const QDate& today);
 
+// The log beside the database that keeps what an upgrade changed and what failed, with table,
+// column and index names: "Aktualisierung.log".
+inline constexpr char UpgradeLogName[] = "Aktualisierung.log";
+QString upgradeLogPath(const QSqlDatabase& db);
+
 // The upgrade run after the main window's first activation (and by "tarvik-cli init").
 // Shows the import message once when the file came from the previous major version, and one
-// warning with every step that failed.
+// warning when a step failed; the steps themselves go to the upgrade log, not into a message.
 UpgradeReport upgradeDatabase(const QSqlDatabase& db, Prompter& prompter, const QDate& today = QDate::currentDate());
 
 } // namespace tarvik

@@ -6,6 +6,7 @@
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
+#include "common/ui/elidedlabel.h"
 #include "common/ui/gridformat.h"
 
 #include <QAbstractItemModel>
@@ -306,6 +307,25 @@ private slots:
         QCOMPARE(statistics->toolTip(), statistics->text()); // the whole line on hovering
         m_prompter.clear();
         m_session->settings.text[12] = QStringLiteral("20.11.2026");
+    }
+
+    // At its first size the main window shows the whole statistics line of a large owner's list.
+    void statisticsFitAtTheDefaultSize()
+    {
+        execSql(db(), QStringLiteral("DELETE FROM Hiebe"));
+        for (int n = 1; n <= 3; ++n)
+            addHarvest(n, 123.456, 12340, 12345.67);
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Anzahl_Lose = 120, Pfähle_Anzahl = 450, Schichtholz_m3 = 123.5, Schichtholz_Efm = 86.4"));
+        MainWindow w(*m_session, m_prompter, m_clock);
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QTest::qWait(50);
+        w.refill();
+        QApplication::processEvents();
+        const auto* statistics = w.findChild<ElidedLabel*>(QStringLiteral("bezstati"));
+        QVERIFY(statistics->text().contains(QStringLiteral("Stämme_Anz=37020")));
+        QCOMPARE(statistics->shownText(), statistics->text());
+        m_prompter.clear();
     }
 
     // The info field shows the harvest of the current row, whether the row changes by key or by mouse.

@@ -175,6 +175,27 @@ private slots:
         QVERIFY(grid.columnWidth(2) > grid.columnWidth(0));
     }
 
+    // A value far down a grid not yet shown (the hub's Lagerort, the main list's Waldname) is
+    // not cut either: widths come from the rows, not from what the view happens to show.
+    void firstStartWidthsFitRowsNotShown()
+    {
+        QStandardItemModel source(60, 2);
+        source.setHorizontalHeaderLabels({QStringLiteral("Los_Nr"), QStringLiteral("Lagerort")});
+        for (int r = 0; r < 60; ++r) {
+            source.setItem(r, 0, new QStandardItem(QString::number(r + 1)));
+            source.setItem(r, 1, new QStandardItem(QStringLiteral("Weg")));
+        }
+        const QString longPlace = QStringLiteral("Polter am Forstweg Eichelberg, Abzweig Hohe Buche");
+        source.setItem(45, 1, new QStandardItem(longPlace));
+        QTableView grid;
+        grid.setModel(&source);
+        formatGrid(&grid);
+        grid.resize(400, 120);
+        fitColumnsToContent(&grid);
+        QVERIFY2(grid.columnWidth(1) > grid.fontMetrics().horizontalAdvance(longPlace),
+                 qPrintable(QString::number(grid.columnWidth(1))));
+    }
+
     void readOnlyLook()
     {
         QLineEdit edit;

@@ -132,7 +132,12 @@ class TestEldat : public QObject, protected test::EntryFixture {
 
     std::optional<eldat::OfferOutcome> offer(const QList<qint32>& lots, const QString& kind = QStringLiteral("ang"))
     {
-        return eldat::writeOffer(context(), {m_harvest, lots, m_file, kind});
+        eldat::OfferRequest request;
+        request.harvestId = m_harvest;
+        request.lotNumbers = lots;
+        request.filePath = m_file;
+        request.docType = kind;
+        return eldat::writeOffer(context(), request);
     }
 
     double lotTotal(const char* column, qint32 lotNr) const

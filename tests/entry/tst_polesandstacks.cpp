@@ -1,5 +1,6 @@
 // EF_Eingabe_Pfaehle and EF_Eingabe_Schichtholz through their controls: classes, volumes,
 // prices, refusals, section numbers, and the totals that follow.
+#include "entry/ui/logdialog.h"
 #include "entry/ui/poledialog.h"
 #include "entry/ui/stackdialog.h"
 #include "store/records.h"
@@ -13,6 +14,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTableView>
 
 using namespace tarvik;
@@ -38,6 +40,35 @@ private slots:
         resetDatabase(1);
         execSql(db(), QStringLiteral("UPDATE Stärkeklassen_Pfähle SET Schätzpreis_je_St = 2.5 WHERE Klasse = 'P2.11'"));
         execSql(db(), QStringLiteral("UPDATE Stärkeklassen_Schichtholz SET Schätzpreis_je_m3 = 12.5 WHERE Klasse = 'S2.1'"));
+    }
+
+    // Diameters are whole centimetres: letters, commas and points never get into their fields.
+    void diameterFieldsTakeDigitsOnly_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<int>("field");
+        QTest::newRow("Stamm: Stärke m.R.") << QStringLiteral("Stämme") << 1;
+        QTest::newRow("Stamm: Zopf") << QStringLiteral("Stämme") << 3;
+        QTest::newRow("Stamm: Rindenabzug") << QStringLiteral("Stämme") << 4;
+        QTest::newRow("Pfahl: Stärke m.R.") << QStringLiteral("Pfähle") << 0;
+        QTest::newRow("Schichtholz: Stärke") << QStringLiteral("Schichtholz") << 1;
+    }
+    void diameterFieldsTakeDigitsOnly()
+    {
+        QFETCH(QString, window);
+        QFETCH(int, field);
+        std::unique_ptr<EntryWindow> d;
+        if (window == u"Stämme")
+            d = std::make_unique<LogDialog>(context(), m_harvest, std::nullopt, 1);
+        else if (window == u"Pfähle")
+            d = std::make_unique<PoleDialog>(context(), m_harvest, std::nullopt);
+        else
+            d = std::make_unique<StackDialog>(context(), m_harvest, std::nullopt);
+        d->show();
+        if (auto* fixed = d->findChild<QRadioButton*>(QStringLiteral("optirinde(1)")))
+            fixed->click(); // the bark deduction is typed with a fixed deduction only
+        typeInto(d->field(field), QStringLiteral("3a5,5.-"));
+        QCOMPARE(d->field(field)->text(), QStringLiteral("355"));
     }
 
     void polesByClassAndCount()

@@ -47,28 +47,6 @@ private slots:
         QCOMPARE(topic.missingFileMessage,
                  QStringLiteral("Die Hilfedatei %1%2HILFETARVIK.HLP existiert nicht!").arg(QDir::toNativeSeparators(empty.path()), QDir::separator()));
     }
-
-    // Every menu topic and every window with a help button has real text in the shipped file.
-    void theShippedFileCoversEveryTopic_data()
-    {
-        QTest::addColumn<QString>("key");
-        for (const char* key : {"Hilfe_Startmenue", "Hilfe_Wiemacheich", "Hilfe_Wieanfangen", "Hilfe_Hiebe", "Hilfe_Eingabe",
-                                "Hilfe_Auswertungen", "Hilfe_Stammdaten", "Hilfe_Optionen", "FH_Hiebeingabe", "EF_Eingabe",
-                                "EF_Eingabe_Lose", "EF_Eingabe_Staemme", "EF_Eingabe_Pfaehle", "EF_Eingabe_Schichtholz",
-                                "EF_Eingabe_Rechnungen", "AF_Textausgabe", "OF_Einstellungen", "BF_Lose_Luftbild",
-                                "SF_Stammdaten", "BF_Holzliste_listen", "BF_Hiebe_listen", "FH_Datensicherung_neu",
-                                "OF_Datenimport_Pocket"})
-            QTest::newRow(key) << QString::fromLatin1(key);
-    }
-    void theShippedFileCoversEveryTopic()
-    {
-        QFETCH(QString, key);
-        const HelpTopic topic = readHelpTopic(QStringLiteral(TARVIK_SHARE_DIR), key);
-        QVERIFY(topic.fileFound);
-        QVERIFY2(!topic.title.isEmpty(), qPrintable(key));
-        QVERIFY2(topic.text.size() > 200, qPrintable(QStringLiteral("%1: %2 Zeichen").arg(key).arg(topic.text.size())));
-        QVERIFY(!topic.text.contains(u'\uFFFD'));
-    }
 };
 
 TARVIK_TEST_CORE_MAIN(TestHelpFile)

@@ -317,6 +317,23 @@ private slots:
         QCOMPARE(m_settings.text[15], QString());
     }
 
+    // Tab walks the fields; the caption buttons beside them are for the mouse.
+    void tabSkipsTheCaptionButtons()
+    {
+        InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
+        d.show();
+        QVERIFY(QTest::qWaitForWindowActive(&d));
+        child<QLineEdit>(d, "t(0)")->setFocus();
+        QStringList reached;
+        for (int i = 0; i < 80; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            reached << QApplication::focusWidget()->objectName();
+        }
+        for (const char* field : {"t(12)", "tdat(0)", "tz(0)"})
+            QVERIFY2(reached.contains(QString::fromLatin1(field)), field);
+        QVERIFY2(reached.filter(QStringLiteral("roCommand1")).isEmpty(), qPrintable(reached.join(u' ')));
+    }
+
     void printedIntoAPdf()
     {
         InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);

@@ -9,6 +9,7 @@
 #include <QCryptographicHash>
 #include <QProcess>
 #include <QtTest>
+#include <algorithm>
 
 using namespace tarvik;
 
@@ -43,9 +44,20 @@ private slots:
             rows = scalar(db->shared(), QStringLiteral("SELECT count(*) FROM Hiebe")).toLongLong();
         }
         const qint64 before = QFileInfo(dir.databasePath()).size();
-        const CompactionResult result = compactDatabaseFile(dir.databasePath());
+        QList<int> percents;
+        QStringList stages;
+        const CompactionResult result = compactDatabaseFile(dir.databasePath(), [&](int percent, const QString& stage) {
+            percents << percent;
+            stages << stage;
+        });
         QVERIFY2(result.ok, qPrintable(result.message));
         QCOMPARE(result.message, compactionDoneMessage());
+        // The progress only rises, from the start to the end, and says in German what is done.
+        QVERIFY(percents.size() >= 4);
+        QCOMPARE(percents.first(), 0);
+        QCOMPARE(percents.last(), 100);
+        QVERIFY(std::is_sorted(percents.begin(), percents.end()));
+        QVERIFY(stages.contains(QStringLiteral("Die Kopie wird geprüft ...")));
         QVERIFY2(result.sizeAfter < before, qPrintable(QStringLiteral("%1 -> %2").arg(before).arg(result.sizeAfter)));
         QVERIFY(!QFileInfo::exists(compactionTarget(dir.databasePath())));
         auto db = Database::openOrCreate(dir.databasePath());

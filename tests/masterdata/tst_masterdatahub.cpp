@@ -391,6 +391,19 @@ private slots:
         child<QPushButton>(dialog, "löschen")->click();
         QCOMPARE(value(QStringLiteral("SELECT group_concat(Inhalt) FROM Liste_Hiebart")), QStringLiteral("Durchforstung"));
 
+        // Enter adds the typed word and empties the field for the next one.
+        grid->clearSelection();
+        auto* word = child<QLineEdit>(dialog, "tz(0)");
+        word->clear();
+        QTest::keyClicks(word, QStringLiteral("Windwurf"));
+        QTest::keyClick(word, Qt::Key_Return);
+        QCOMPARE(value(QStringLiteral("SELECT group_concat(Inhalt) FROM (SELECT Inhalt FROM Liste_Hiebart ORDER BY Inhalt)")),
+                 QStringLiteral("Durchforstung,Windwurf"));
+        QCOMPARE(word->text(), QString());
+        QTest::keyClicks(word, QStringLiteral("Schneebruch"));
+        QTest::keyClick(word, Qt::Key_Enter);
+        QCOMPARE(grid->rowCount(), 3);
+
         lists->setCurrentIndex(lists->findData(QStringLiteral("Waldbesitzer")));
         QVERIFY(child<QLineEdit>(dialog, "tz(4)")->isVisibleTo(&dialog));
         lists->setCurrentIndex(lists->findData(QStringLiteral("Liste_Abnehmer")));

@@ -6,6 +6,8 @@
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QPushButton>
 #include <QTableView>
 #include <QtTest>
@@ -52,6 +54,39 @@ private slots:
         // Choosing the other harvest shows its (no) lots.
         harvests->setCurrentIndex(harvests->model()->index(0, 0));
         QCOMPARE(lots->model()->rowCount(), 0);
+    }
+
+    // Without a browser the address is offered for copying; the files' name is asked for only
+    // when some lot has coordinates.
+    void noBrowserAndNoCoordinates()
+    {
+        test::TempDataFolder dir;
+        auto db = dir.openDatabase();
+        const qint32 bare = test::addHarvest(db->shared(), 3);
+        test::addLot(db->shared(), bare, 1);
+        const qint32 harvest = test::addHarvest(db->shared(), 5);
+        test::addLot(db->shared(), harvest, 2);
+        execSql(db->shared(), QStringLiteral("UPDATE Lose SET GPS_B = '50.1', GPS_L = '9.2' WHERE Kennung = ?"), {harvest});
+        Einstellungen settings = EinstellungenLaden(QString());
+        test::ScriptedPrompter prompter;
+        SystemClock clock;
+
+        LotMapDialog withoutPlaces(AppContext{db->shared(), settings, dir.path(), prompter, clock}, bare);
+        test::child<QPushButton>(withoutPlaces, "geodatei")->click(); // no file name is queued: asking would fail
+        QCOMPARE(prompter.messages(), QStringList{"Keines der Lose dieses Hiebs hat gültige Koordinaten; es wurde keine Datei geschrieben."});
+
+        // The headless platform starts no browser.
+        prompter.clear();
+        LotMapDialog dialog(AppContext{db->shared(), settings, dir.path(), prompter, clock}, harvest);
+        prompter.answerYes();
+        QGuiApplication::clipboard()->clear();
+        test::child<QPushButton>(dialog, "ok")->click();
+        QCOMPARE(prompter.questions().size(), 1);
+        const QString question = prompter.questions().first();
+        QVERIFY2(question.startsWith(QStringLiteral("Es konnte kein Browser gestartet werden")), qPrintable(question));
+        const QString address = QGuiApplication::clipboard()->text();
+        QVERIFY2(address.startsWith(QStringLiteral("https://")) && address.contains(QStringLiteral("50.1")), qPrintable(address));
+        QVERIFY(question.contains(address));
     }
 };
 

@@ -1,9 +1,11 @@
 // The start of a program: refusals end it with their message; the first activation shows the
 // first-steps note only while there is no harvest.
+#include "common/textfile.h"
 #include "store/sql.h"
 #include "store/startup.h"
 #include "support/tempdatafolder.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -95,9 +97,16 @@ private slots:
         const UpgradeReport report = firstActivation(*session, prompter);
         QCOMPARE(prompter.messages().size(), 1);
         const QString shown = prompter.messages().first();
-        QVERIFY2(shown.startsWith(QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht:\nSpalte Stämme.Holzpreis ergänzt\n")),
-                 qPrintable(shown));
-        QVERIFY(shown.contains(QStringLiteral("Kopie des vorherigen Stands: ")));
+        QVERIFY2(shown.startsWith(QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht.\n")), qPrintable(shown));
+        QVERIFY(shown.contains(QDir::toNativeSeparators(report.backupPath)));
+        // Column and index names go to the log, which the message names.
+        for (const char* technical : {"Holzpreis", "Spalte", "tarvik_", "Indizes"})
+            QVERIFY2(!shown.contains(QString::fromUtf8(technical)), qPrintable(shown));
+        QCOMPARE(report.logPath, folder.filePath(QStringLiteral("Aktualisierung.log")));
+        QVERIFY(shown.contains(QDir::toNativeSeparators(report.logPath)));
+        const QString log = readTextFile(report.logPath).lines.join(u'\n');
+        QVERIFY2(log.contains(QStringLiteral("Spalte Stämme.Holzpreis ergänzt")), qPrintable(log));
+        QVERIFY(log.contains(QStringLiteral("Kopie des vorherigen Stands: ")));
         QVERIFY(QFile::exists(report.backupPath));
         QVERIFY(QFileInfo(report.backupPath).fileName().startsWith(QStringLiteral("TARVIK3.vor-Aktualisierung-")));
     }

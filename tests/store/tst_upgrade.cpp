@@ -1,4 +1,5 @@
 // Files of each older layout are brought up to the columns of a new file.
+#include "common/textfile.h"
 #include "store/database.h"
 #include "store/defaults.h"
 #include "store/schema.h"
@@ -264,9 +265,13 @@ private slots:
         QVERIFY2(refused.size() == 1, qPrintable(report.failures.join(u'\n')));
         QCOMPARE(prompter.messages().size(), 1);
         const QString shown = prompter.messages().first();
-        QVERIFY(shown.startsWith(QStringLiteral("Die Datenbank konnte nicht vollständig auf den aktuellen Stand gebracht werden:\n")));
-        for (const char* engine : {"CREATE", "ALTER", "already exists", "table", "view"})
-            QVERIFY2(!shown.contains(QString::fromUtf8(engine)), qPrintable(shown));
+        QVERIFY(shown.startsWith(QStringLiteral("Die Datenbank konnte nicht vollständig auf den aktuellen Stand gebracht werden.")));
+        for (const char* technical : {"CREATE", "ALTER", "already exists", "table", "view", "Rechnungen", "Spalte"})
+            QVERIFY2(!shown.contains(QString::fromUtf8(technical)), qPrintable(shown));
+        // The step that failed is named in the log the message points to.
+        QVERIFY(shown.contains(QDir::toNativeSeparators(report.logPath)));
+        const QString log = readTextFile(report.logPath).lines.join(u'\n');
+        QVERIFY2(log.contains(QStringLiteral("Fehler: Der Schritt \"Tabelle Rechnungen anlegen\" ist nicht gelungen: ")), qPrintable(log));
     }
 
     void deletedBarkRangesComeBack()

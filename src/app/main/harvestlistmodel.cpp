@@ -4,6 +4,7 @@
 #include "common/text.h"
 
 #include "store/sql.h"
+#include "common/systemerror.h"
 
 #include <QBrush>
 #include <QSqlError>
@@ -20,7 +21,7 @@ void HarvestListModel::refill(const QSqlDatabase& db, const HarvestFilter& filte
     for (int i = 0; ok && i < filter.values.size(); ++i)
         q.bindValue(i, filter.values[i]);
     if (!ok || !q.exec())
-        throw StoreError(QStringLiteral("Die Hiebliste kann nicht gelesen werden: ") + q.lastError().text());
+        throw StoreError(QStringLiteral("Die Hiebliste kann nicht gelesen werden: ") + germanErrorText(q.lastError().text()));
     setQuery(std::move(q));
     while (canFetchMore())
         fetchMore(); // the statistics and the row colours need every row

@@ -7,19 +7,47 @@
 #include "store/startup.h"
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QHash>
+#include <QProgressDialog>
+#include <QThread>
 
 namespace tarvik {
 
-bool compactDatabase(QWidget*, Session& session, Prompter& prompter, const std::function<void()>& releaseHandles)
+bool compactDatabase(QWidget* parent, Session& session, Prompter& prompter, const std::function<void()>& releaseHandles)
 {
     if (!prompter.askYesNo(compactionQuestion()))
         return false;
     const QString path = session.database->path();
     releaseHandles();
+    // The copy runs on a thread of its own so the window can show how far it is.
+    QProgressDialog shown(QStringLiteral("Die Datenbank wird komprimiert ..."), QString(), 0, 100, parent);
+    shown.setObjectName(QStringLiteral("komprimierung"));
+    shown.setWindowTitle(QStringLiteral("Datenbank komprimieren"));
+    shown.setWindowModality(Qt::ApplicationModal);
+    shown.setMinimumDuration(0);
+    shown.setAutoClose(false);
+    shown.setMinimumWidth(420);
+    shown.setValue(0);
+    CompactionResult result;
+    QEventLoop waiting;
+    QThread* worker = QThread::create([&] {
+        result = compactDatabaseFile(path, [&shown](int percent, const QString& stage) {
+            QMetaObject::invokeMethod(&shown, [&shown, percent, stage] {
+                shown.setLabelText(stage);
+                shown.setValue(percent);
+            }, Qt::QueuedConnection);
+        });
+    });
+    QObject::connect(worker, &QThread::finished, &waiting, &QEventLoop::quit);
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    const CompactionResult result = compactDatabaseFile(path);
+    worker->start();
+    waiting.exec(QEventLoop::ExcludeUserInputEvents);
+    worker->wait();
+    delete worker;
+    QCoreApplication::sendPostedEvents(&shown);
     QApplication::restoreOverrideCursor();
+    shown.close();
     // Either way the handles are closed: the program ends and the next start opens the file.
     prompter.inform(result.message, result.ok ? Prompter::Icon::Information : Prompter::Icon::Critical);
     return true;

@@ -89,7 +89,7 @@ MainWindow::MainWindow(Session& session, Prompter& prompter, const Clock& clock,
 {
     setObjectName(QStringLiteral("AF_Tarvik"));
     setWindowTitle(QStringLiteral("TARVIK"));
-    resize(1200, 760);
+    resize(1360, 760); // wide enough for the whole statistics line of a large list
 
     m_list->setObjectName(QStringLiteral("datali"));
     m_list->setModel(m_model);

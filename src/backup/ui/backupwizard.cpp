@@ -85,6 +85,11 @@ BackupWizard::BackupWizard(const AppContext& context, const DriveSource& drives,
     progress->addWidget(m_progressText);
     progress->addWidget(m_progress);
     bottom->addLayout(progress, 1);
+    auto* help = new QPushButton(QStringLiteral("&Hilfe"));
+    help->setObjectName(QStringLiteral("hilfe"));
+    help->setAutoDefault(false);
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
+    bottom->addWidget(help, 0, Qt::AlignBottom);
     bottom->addWidget(m_cancelButton, 0, Qt::AlignBottom);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_tabs, 1);

@@ -12,6 +12,7 @@
 #include <QPalette>
 #include <QPlainTextEdit>
 #include <QRegularExpression>
+#include <QStyle>
 #include <QTableView>
 #include <QTableWidget>
 #include <QTextEdit>
@@ -253,10 +254,27 @@ void fitColumnsToContent(QTableView* grid, const QString& key)
 {
     if (!key.isEmpty() && restoreColumnWidths(grid, key))
         return;
-    grid->resizeColumnsToContents();
-    for (int c = 0; c < grid->horizontalHeader()->count(); ++c)
-        if (grid->columnWidth(c) > MaxColumnWidth)
-            grid->setColumnWidth(c, MaxColumnWidth);
+    // The rows a view would measure are only those it shows; a grid not yet shown measures
+    // almost none. So the first rows of the model are measured here, shown or not, as the grid
+    // draws them (its font, its formatting) with the cell's margins.
+    const QAbstractItemModel* model = grid->model();
+    if (!model)
+        return;
+    const QFontMetrics metrics(grid->font());
+    const int margins = 2 * (grid->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, grid) + 1) + 8;
+    const int rows = std::min(model->rowCount(), SampledRows);
+    for (int c = 0; c < model->columnCount(); ++c) {
+        int width = grid->horizontalHeader()->isHidden() ? 0 : grid->horizontalHeader()->sectionSizeHint(c);
+        for (int r = 0; r < rows; ++r) {
+            const QModelIndex index = model->index(r, c);
+            QFont font = grid->font();
+            if (const QVariant f = index.data(Qt::FontRole); f.canConvert<QFont>())
+                font = f.value<QFont>();
+            const QFontMetrics cell = font == grid->font() ? metrics : QFontMetrics(font);
+            width = std::max(width, cell.horizontalAdvance(index.data(Qt::DisplayRole).toString()) + margins);
+        }
+        grid->setColumnWidth(c, std::min(width, MaxColumnWidth));
+    }
 }
 
 void showReadOnly(QWidget* field)

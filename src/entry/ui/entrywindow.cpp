@@ -118,6 +118,11 @@ QLineEdit* EntryWindow::makeField(int index, int maxLength, bool readOnly)
     return edit;
 }
 
+void EntryWindow::takeWholeCentimetres(QLineEdit* field)
+{
+    field->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("\\d{0,%1}").arg(field->maxLength())), field));
+}
+
 QLineEdit* EntryWindow::addFormField(QFormLayout* form, int index, const QString& caption, int maxLength, bool readOnly)
 {
     QLineEdit* edit = makeField(index, maxLength, readOnly);

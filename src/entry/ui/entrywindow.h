@@ -46,6 +46,8 @@ protected:
     // Building blocks for the subclass's constructor: the lists and buttons exist from the start.
     QLineEdit* makeField(int index, int maxLength, bool readOnly = false);
     QLineEdit* addFormField(QFormLayout* form, int index, const QString& caption, int maxLength, bool readOnly = false);
+    // Diameters are whole centimetres: the field takes digits only.
+    static void takeWholeCentimetres(QLineEdit* field);
     // Lot, species, the subclass's fields (addFields), class and remark in one form above the
     // grid and the buttons: the pole and stacked-wood windows.
     void layOutAsForm();

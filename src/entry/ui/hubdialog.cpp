@@ -108,12 +108,17 @@ void HubDialog::build()
     m_harvests = new QComboBox;
     m_harvests->setObjectName(QStringLiteral("komhieb"));
 
+    auto* help = new QPushButton(QStringLiteral("&Hilfe"));
+    help->setObjectName(QStringLiteral("hilfe"));
+    help->setAutoDefault(false);
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     auto* buttons = new QHBoxLayout;
     for (QPushButton* b : {m_new, m_change, m_copy, remove, m_paid, m_eldat})
         buttons->addWidget(b);
     buttons->addStretch();
     buttons->addWidget(m_harvests);
     buttons->addWidget(next);
+    buttons->addWidget(help);
     buttons->addWidget(close);
 
     auto* layout = new QVBoxLayout(this);
@@ -295,14 +300,18 @@ void HubDialog::onEldat()
     const auto proposal = runGuarded(m_context.prompter, [&] { return eldat::proposedFileName(m_context.db, m_harvestId, *lots); });
     if (!proposal)
         return;
-    QString path = m_context.prompter.chooseSaveFile(QStringLiteral("Lose als .eldat-Angebot speichern"),
-                                                     QDir(m_context.dataFolder).filePath(*proposal),
-                                                     QStringLiteral("ELDATsmart-Dateien (*.eldat)"));
-    if (path.isEmpty())
-        return;
-    if (!path.endsWith(QLatin1String(eldat::FileSuffix), Qt::CaseInsensitive))
-        path += QLatin1String(eldat::FileSuffix);
-    eldat::OfferRequest request{m_harvestId, *lots, path};
+    // The name is asked for only once the lots are known to make an offer.
+    eldat::OfferRequest request;
+    request.harvestId = m_harvestId;
+    request.lotNumbers = *lots;
+    request.chooseFilePath = [this, &proposal] {
+        QString path = m_context.prompter.chooseSaveFile(QStringLiteral("Lose als .eldat-Angebot speichern"),
+                                                         QDir(m_context.dataFolder).filePath(*proposal),
+                                                         QStringLiteral("ELDATsmart-Dateien (*.eldat)"));
+        if (!path.isEmpty() && !path.endsWith(QLatin1String(eldat::FileSuffix), Qt::CaseInsensitive))
+            path += QLatin1String(eldat::FileSuffix);
+        return path;
+    };
     runGuarded(m_context.prompter, [&] { return eldat::writeOffer(m_context, request); });
 }
 

@@ -144,6 +144,8 @@ void LogDialog::build()
     addDerived(QStringLiteral("Stärkeklasse"), classList());
     addDerived(QStringLiteral("Heilbronner Klasse"), m_heilbronn);
     addDerived(QStringLiteral("Mantelmessung: Anzahl"), makeField(8, 4));
+    for (int centimetres : {1, 3, 4}) // Stärke m.R., Zopf, Rindenabzug
+        takeWholeCentimetres(field(centimetres));
     addDerived(QString(), m_beetle);
 
     auto* price = new QGroupBox(QStringLiteral("Preisberechnung"));

@@ -20,6 +20,7 @@ PoleDialog::PoleDialog(const AppContext& context, qint32 harvestId, std::optiona
 void PoleDialog::addFields(QFormLayout* form)
 {
     QLineEdit* diameter = addFormField(form, 0, QStringLiteral("Stärke m.R. (cm)"), 4);
+    takeWholeCentimetres(diameter);
     QLineEdit* length = addFormField(form, 1, QStringLiteral("Länge (m)"), 8);
     QLineEdit* count = addFormField(form, 2, QStringLiteral("Anzahl Pfähle"), 7);
     QLineEdit* perPiece = addFormField(form, 3, QStringLiteral("Preis je Stück"), 12);

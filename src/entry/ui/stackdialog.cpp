@@ -23,6 +23,7 @@ void StackDialog::addFields(QFormLayout* form)
 {
     addFormField(form, 0, QStringLiteral("Sektions-Nr"), 7);
     QLineEdit* diameter = addFormField(form, 1, QStringLiteral("Durchschnittliche Stärke (cm)"), 4);
+    takeWholeCentimetres(diameter);
     QLineEdit* length = addFormField(form, 2, QStringLiteral("Sektionslänge (m)"), 8);
     QLineEdit* depth = addFormField(form, 3, QStringLiteral("Sektionstiefe (m) = Holzlänge"), 8);
     QLineEdit* height = addFormField(form, 4, QStringLiteral("Sektionshöhe (m)"), 8);

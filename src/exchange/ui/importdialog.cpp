@@ -38,6 +38,10 @@ ImportDialog::ImportDialog(const AppContext& context, bool fromHandheld, QWidget
     start->setObjectName(QStringLiteral("startimport"));
     auto* close = new QPushButton(QStringLiteral("&Schließen"));
     close->setObjectName(QStringLiteral("abbrechen"));
+    auto* help = new QPushButton(QStringLiteral("&Hilfe"));
+    help->setObjectName(QStringLiteral("hilfe"));
+    help->setAutoDefault(false);
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     for (QPushButton* b : {copy, start, close})
         b->setAutoDefault(false);
 
@@ -45,6 +49,7 @@ ImportDialog::ImportDialog(const AppContext& context, bool fromHandheld, QWidget
     buttons->addWidget(copy);
     buttons->addStretch();
     buttons->addWidget(start);
+    buttons->addWidget(help);
     buttons->addWidget(close);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(intro);

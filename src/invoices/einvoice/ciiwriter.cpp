@@ -1,4 +1,5 @@
 #include "invoices/einvoice/ciiwriter.h"
+#include "common/systemerror.h"
 
 #include <QRegularExpression>
 #include <QSaveFile>
@@ -390,10 +391,10 @@ QString writeCiiFile(const Invoice& invoice, Profile profile, const QString& pat
             .arg(euroText(invoice.vatTotal), euroText(invoice.grandTotal), euroText(computed.vatTotal), euroText(computed.grandTotal));
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
-        return QStringLiteral("Die Datei \"%1\" kann nicht angelegt werden: %2").arg(path, file.errorString());
+        return QStringLiteral("Die Datei \"%1\" kann nicht angelegt werden: %2").arg(path, germanFileError(file));
     const QByteArray xml = writeCii(invoice, profile);
     if (file.write(xml) != xml.size() || !file.commit())
-        return QStringLiteral("Die Datei \"%1\" kann nicht geschrieben werden: %2").arg(path, file.errorString());
+        return QStringLiteral("Die Datei \"%1\" kann nicht geschrieben werden: %2").arg(path, germanFileError(file));
     return {};
 }
 

@@ -125,6 +125,8 @@ void InvoiceDialog::build()
         m_captions[size_t(i)]->setObjectName(QStringLiteral("roCommand1(%1)").arg(i));
         m_captions[size_t(i)]->setAutoDefault(false);
         m_captions[size_t(i)]->setToolTip(QStringLiteral("Bezeichnung ändern"));
+        // A caption is changed by a click; Tab goes from field to field.
+        m_captions[size_t(i)]->setFocusPolicy(Qt::ClickFocus);
         connect(m_captions[size_t(i)], &QPushButton::clicked, this, [this, i] { onCaption(i); });
     }
 
@@ -220,6 +222,8 @@ void InvoiceDialog::build()
     QPushButton* readEInvoice = button(QStringLiteral("comerechnunglesen"), QStringLiteral("E-Rechnung an&zeigen"));
     readEInvoice->setToolTip(QStringLiteral("Eine E-Rechnung (XML oder PDF mit eingebetteter Rechnung) lesbar anzeigen"));
     QPushButton* cancel = button(QStringLiteral("abbrechen"), QStringLiteral("&Abbrechen"));
+    QPushButton* help = button(QStringLiteral("hilfe"), QStringLiteral("&Hilfe"));
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(new QLabel(QStringLiteral("Gespeicherte Rechnung:")));
@@ -231,6 +235,7 @@ void InvoiceDialog::build()
     buttons->addWidget(m_writeEInvoice);
     buttons->addWidget(readEInvoice);
     buttons->addWidget(print);
+    buttons->addWidget(help);
     buttons->addWidget(cancel);
 
     auto* columns = new QHBoxLayout;

@@ -1,6 +1,5 @@
 #include "maintenance/ui/takeoverdialog.h"
 
-#include "help/ui/helpwindow.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -51,6 +50,7 @@ TakeoverDialog::TakeoverDialog(Prompter& prompter, std::function<TakeoverResult(
     close->setObjectName(QStringLiteral("beenden"));
     auto* help = new QPushButton(QStringLiteral("&Hilfe"));
     help->setObjectName(QStringLiteral("hilfe"));
+    help->setEnabled(false); // the help filter opens the window's own topic
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(start);
     buttons->addStretch();
@@ -68,7 +68,6 @@ TakeoverDialog::TakeoverDialog(Prompter& prompter, std::function<TakeoverResult(
     connect(m_folders->selectionModel(), &QItemSelectionModel::currentChanged, this, &TakeoverDialog::onFolder);
     connect(start, &QPushButton::clicked, this, &TakeoverDialog::onStart);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
-    connect(help, &QPushButton::clicked, this, [this] { showHelp(this, m_prompter, QStringLiteral("Hilfe_Optionen")); });
 
     // The old program's usual places come first.
     const QStringList usual = usualVersion2Folders();

@@ -50,6 +50,8 @@ void LookupListDialog::build()
         auto* label = new QLabel;
         auto* edit = new QLineEdit;
         edit->setObjectName(QStringLiteral("tz(%1)").arg(i));
+        // Enter adds what is typed, as a list of words is typed one after the other.
+        connect(edit, &QLineEdit::returnPressed, this, &LookupListDialog::onAdd);
         form->addRow(label, edit);
         m_labels << label;
         m_fields << edit;
@@ -67,6 +69,11 @@ void LookupListDialog::build()
     buttons->addWidget(button("control7", "Ä&ndern", &LookupListDialog::onChange));
     buttons->addWidget(button("löschen", "&Löschen", &LookupListDialog::onDelete));
     buttons->addStretch();
+    auto* help = new QPushButton(QStringLiteral("&Hilfe"));
+    help->setObjectName(QStringLiteral("hilfe"));
+    help->setAutoDefault(false);
+    help->setEnabled(false); // switched on by the program's help buttons
+    buttons->addWidget(help);
     auto* close = new QPushButton(QStringLiteral("Schl&ießen"));
     close->setObjectName(QStringLiteral("abbrechen"));
     close->setAutoDefault(false);
@@ -164,8 +171,13 @@ QStringList LookupListDialog::typed() const
 void LookupListDialog::onAdd()
 {
     runGuarded(m_context.prompter, [&] {
-        if (addLookupEntry(m_context, table(), typed()))
-            refresh();
+        if (!addLookupEntry(m_context, table(), typed()))
+            return;
+        refresh();
+        m_grid->clearSelection();
+        for (QLineEdit* e : m_fields)
+            e->clear();
+        m_fields.first()->setFocus();
     });
 }
 

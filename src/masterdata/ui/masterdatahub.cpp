@@ -9,6 +9,7 @@
 #include "reports/reportfile.h"
 #include "reports/ui/textoutputwindow.h"
 #include "store/sql.h"
+#include "common/systemerror.h"
 
 #include <QButtonGroup>
 #include <QGridLayout>
@@ -142,11 +143,16 @@ void MasterDataHub::build()
     connect(m_grid, &QTableView::customContextMenuRequested, this,
             [this](const QPoint& at) { m_popup->exec(m_grid->viewport()->mapToGlobal(at)); });
 
+    auto* help = new QPushButton(QStringLiteral("&Hilfe"));
+    help->setObjectName(QStringLiteral("hilfe"));
+    help->setAutoDefault(false);
+    help->setEnabled(false); // the help filter enables and wires it when the window shows
     auto* buttons = new QHBoxLayout;
     for (QPushButton* b : {m_new, m_change, m_copy, remove, print})
         buttons->addWidget(b);
     buttons->addStretch();
     buttons->addWidget(own);
+    buttons->addWidget(help);
     buttons->addWidget(close);
 
     auto* layout = new QVBoxLayout(this);
@@ -179,7 +185,7 @@ void MasterDataHub::refresh()
             QSqlQuery query(m_context.db);
             const QString sql = masterListSql(m_context.db, list());
             if (!query.exec(sql))
-                throw StoreError(QStringLiteral("Die Liste kann nicht erstellt werden, weil die Datenbank meldet: %1").arg(query.lastError().text()));
+                throw StoreError(QStringLiteral("Die Liste kann nicht erstellt werden, weil die Datenbank meldet: %1").arg(germanErrorText(query.lastError().text())));
             m_model->setQuery(std::move(query));
         })) {
         m_model->clear();

@@ -1,4 +1,5 @@
 #include "reports/lists/listmodel.h"
+#include "common/systemerror.h"
 
 #include <QSqlError>
 #include <QSqlQuery>
@@ -10,13 +11,13 @@ bool ListModel::show(const QSqlDatabase& db, const lists::ListQuery& query, cons
     QSqlQuery q(db);
     q.setForwardOnly(false);
     if (!q.prepare(query.sql)) {
-        *error = q.lastError().text();
+        *error = germanErrorText(q.lastError().text());
         return false;
     }
     for (int i = 0; i < query.values.size(); ++i)
         q.bindValue(i, query.values[i]);
     if (!q.exec()) {
-        *error = q.lastError().text();
+        *error = germanErrorText(q.lastError().text());
         return false;
     }
     beginResetModel();

@@ -1,4 +1,5 @@
 #include "reports/lists/writers.h"
+#include "common/systemerror.h"
 
 #include "common/sqldate.h"
 #include "common/numbers.h"
@@ -420,7 +421,7 @@ WriteResult writeText(const QString& path, QSqlQuery& rows, const QList<ColumnFo
     WriteResult result{false, false, path, {}};
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
-        result.error = cannotWrite(path, file.errorString());
+        result.error = cannotWrite(path, germanFileError(file));
         return result;
     }
     const TextLayout layout(columns, options, totalRows);
@@ -476,7 +477,7 @@ WriteResult writeText(const QString& path, QSqlQuery& rows, const QList<ColumnFo
     put(layout.tail(n));
     file.write(buffer);
     if (!file.commit()) {
-        result.error = cannotWrite(path, file.errorString());
+        result.error = cannotWrite(path, germanFileError(file));
         return result;
     }
     result.ok = true;
@@ -494,6 +495,8 @@ WriteResult writeSpreadsheet(const QString& path, QSqlQuery& rows, const QList<C
                            .arg(SpreadsheetRowLimit);
         return result;
     }
+    // The library prints its faults besides returning them; the user reads them in German.
+    const QuietStandardError quiet;
     // Written beside the target first, so an unwritable target leaves the old file whole.
     const QString temporary = path + QStringLiteral(".tmp");
     lxw_workbook_options wbOptions{};
@@ -559,7 +562,7 @@ WriteResult writeSpreadsheet(const QString& path, QSqlQuery& rows, const QList<C
     const lxw_error closed = workbook_close(book);
     if (closed != LXW_NO_ERROR) {
         QFile::remove(temporary);
-        result.error = cannotWrite(path, QString::fromUtf8(lxw_strerror(closed)));
+        result.error = cannotWrite(path, germanErrorText(QString::fromUtf8(lxw_strerror(closed))));
         return result;
     }
     QFile::remove(path);
@@ -578,7 +581,7 @@ WriteResult writeHtml(const QString& path, QSqlQuery& rows, const QList<ColumnFo
     WriteResult result{false, false, path, {}};
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
-        result.error = cannotWrite(path, file.errorString());
+        result.error = cannotWrite(path, germanFileError(file));
         return result;
     }
     auto put = [&file](const QString& text) { file.write(text.toUtf8()); };
@@ -613,7 +616,7 @@ WriteResult writeHtml(const QString& path, QSqlQuery& rows, const QList<ColumnFo
     }
     put(QStringLiteral("</tbody>\n</table>\n<p>Anzahl Datensätze: %1</p>\n</body>\n</html>\n").arg(n));
     if (!file.commit()) {
-        result.error = cannotWrite(path, file.errorString());
+        result.error = cannotWrite(path, germanFileError(file));
         return result;
     }
     result.ok = true;

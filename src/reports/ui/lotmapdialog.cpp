@@ -5,14 +5,17 @@
 #include "reports/lotplaces.h"
 #include "reports/maplink.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
 #include <QDir>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <QTableView>
+#include <QUrl>
 #include <QVBoxLayout>
 
 namespace tarvik {
@@ -139,8 +142,16 @@ bool LotMapDialog::openMarkedLot()
         m_context.prompter.inform(link.message);
         return false;
     }
-    QDesktopServices::openUrl(link.url);
-    return true;
+    if (QDesktopServices::openUrl(link.url))
+        return true;
+    // No browser could be started: the address can still be pasted into one by hand.
+    const QString address = link.url.toString(QUrl::FullyEncoded);
+    if (m_context.prompter.askYesNo(QStringLiteral("Es konnte kein Browser gestartet werden, um das Luftbild zu zeigen. Die Adresse "
+                                                   "lautet:\n\n%1\n\nSoll die Adresse in die Zwischenablage kopiert werden? Sie "
+                                                   "können sie dann in die Adresszeile eines Browsers einfügen.")
+                                        .arg(address)))
+        QGuiApplication::clipboard()->setText(address);
+    return false;
 }
 
 void LotMapDialog::exportLots()
@@ -151,16 +162,18 @@ void LotMapDialog::exportLots()
         return;
     }
     const QString hiebNr = m_harvestModel->item(m_harvests->currentIndex().row(), 0)->text();
-    const QString chosen = m_context.prompter.chooseSaveFile(QStringLiteral("Lose als GeoJSON und KML speichern"),
-                                                            QDir(m_context.dataFolder).filePath(QStringLiteral("Hieb_%1_Lose.geojson").arg(hiebNr)),
-                                                            QStringLiteral("GeoJSON (*.geojson)"));
-    if (chosen.isEmpty())
+    // The name is asked for only when some lot has coordinates to write.
+    const GeoFilesResult result = writeLotPlaceFiles(m_context.db, *id, [this, &hiebNr] {
+        QString base = m_context.prompter.chooseSaveFile(QStringLiteral("Lose als GeoJSON und KML speichern"),
+                                                         QDir(m_context.dataFolder).filePath(QStringLiteral("Hieb_%1_Lose.geojson").arg(hiebNr)),
+                                                         QStringLiteral("GeoJSON (*.geojson)"));
+        for (const QString& suffix : {QStringLiteral(".geojson"), QStringLiteral(".kml")})
+            if (base.endsWith(suffix, Qt::CaseInsensitive))
+                base.chop(suffix.size());
+        return base;
+    });
+    if (result.message.isEmpty())
         return;
-    QString base = chosen;
-    for (const QString& suffix : {QStringLiteral(".geojson"), QStringLiteral(".kml")})
-        if (base.endsWith(suffix, Qt::CaseInsensitive))
-            base.chop(suffix.size());
-    const GeoFilesResult result = writeLotPlaceFiles(m_context.db, *id, base);
     m_context.prompter.inform(result.message, result.ok ? Prompter::Icon::Information : Prompter::Icon::Warning);
 }
 

@@ -13,6 +13,7 @@
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QFile>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -24,6 +25,7 @@
 #include <QRadioButton>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace tarvik {
 
@@ -217,6 +219,11 @@ PrintJob TextOutputWindow::job()
 
 void TextOutputWindow::print(const QStringList& lines)
 {
+    // A PDF's name is asked for only when there is something to print.
+    if (std::all_of(lines.begin(), lines.end(), [](const QString& line) { return line.trimmed().isEmpty(); })) {
+        m_context.prompter.inform(QStringLiteral("Es gibt nichts zu drucken: Der Text ist leer."));
+        return;
+    }
     const PrintJob j = job();
     if (j.printerName.isEmpty() && j.pdfPath.isEmpty())
         return;
@@ -252,6 +259,11 @@ void TextOutputWindow::onPrintFile()
 
 void TextOutputWindow::onSave()
 {
+    const QFileInfo report(m_reportPath);
+    if (!report.isFile() || report.size() == 0) {
+        m_context.prompter.inform(missingReportMessage(m_reportPath));
+        return;
+    }
     const QString target = m_context.prompter.chooseSaveFile(QStringLiteral("Liste speichern"), m_context.dataFolder,
                                                              QStringLiteral("Textdatei (*.TXT)"));
     if (target.isEmpty())
