@@ -29,6 +29,11 @@ int CommandContext::usageError(const QString& reason) const
     return Usage;
 }
 
+SessionContext::SessionContext(const CommandContext& context)
+    : m_app{context.session->database->shared(), context.session->settings, context.session->dataFolder, context.prompter, m_clock}
+{
+}
+
 std::optional<qint32> wholeNumber(const QString& text)
 {
     bool ok = false;

@@ -1,6 +1,8 @@
 #pragma once
 // One command of tarvik-cli: its name, what it takes, and its run on a shared context.
+#include "common/clock.h"
 #include "common/prompter.h"
+#include "store/context.h"
 
 #include <QCommandLineParser>
 #include <QString>
@@ -51,6 +53,18 @@ public:
     // Printing needs fonts: such a command runs under a QGuiApplication.
     virtual bool needsGui() const { return false; }
     virtual int run(const QCommandLineParser& parser, CommandContext& context) const = 0;
+};
+
+// What a core call of the windows takes (database, settings, data folder, prompter, clock),
+// built from the command's session with the system clock.
+class SessionContext {
+public:
+    explicit SessionContext(const CommandContext& context);
+    const AppContext& app() const { return m_app; }
+
+private:
+    SystemClock m_clock;
+    AppContext m_app;
 };
 
 // A whole number given on the command line; nothing when the text is not one.

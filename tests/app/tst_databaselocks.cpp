@@ -76,6 +76,16 @@ bool listed(QFileSystemModel* model, QSignalSpy& loaded, const QString& folder)
     return false;
 }
 
+// The locks held before, each still held: the background copy of the write-ahead log may hold
+// one more for a moment, but none may have been dropped.
+bool keepsEveryLock(const QStringList& before, const QStringList& now)
+{
+    for (const QString& lock : before)
+        if (!now.contains(lock))
+            return false;
+    return true;
+}
+
 } // namespace
 
 class TestDatabaseLocks : public QObject {
@@ -101,7 +111,14 @@ private slots:
         test::addHarvest(db, 1);
         const QString database = folder.databasePath();
         const QStringList files = {database, database + QStringLiteral("-wal"), database + QStringLiteral("-shm")};
-        const QStringList before = locksOn(files);
+        // The locks held throughout a few reads: the engine's own, without a passing one of the
+        // background log copy.
+        QStringList before = locksOn(files);
+        for (int i = 0; i < 3; ++i) {
+            QTest::qWait(50);
+            const QStringList again = locksOn(files);
+            before.removeIf([&](const QString& lock) { return !again.contains(lock); });
+        }
         QVERIFY2(!before.isEmpty(), "the engine holds no lock on the open database");
 
         MessageBoxPrompter prompter;
@@ -140,14 +157,14 @@ private slots:
             QVERIFY(chosen.isEmpty());
         }
         QVERIFY2(shown, "the window never listed the data folder");
-        QCOMPARE(locksOn(files), before);
+        QVERIFY2(keepsEveryLock(before, locksOn(files)), qPrintable(locksOn(files).join(u'|') + QStringLiteral(" / ") + before.join(u'|')));
 
         // Each change is seen by another program, also after that program has closed the file.
         test::addHarvest(db, 2);
         QCOMPARE(harvestsSeenByAnotherProgram(database), (QStringList{"1", "2"}));
         test::addHarvest(db, 3);
         QCOMPARE(harvestsSeenByAnotherProgram(database), (QStringList{"1", "2", "3"}));
-        QCOMPARE(locksOn(files), before);
+        QVERIFY2(keepsEveryLock(before, locksOn(files)), qPrintable(locksOn(files).join(u'|') + QStringLiteral(" / ") + before.join(u'|')));
     }
 
     // The database itself cannot be chosen as a file to read: it is refused and the window

@@ -1,6 +1,5 @@
 // eldat: lots of a harvest as an ELDATsmart offer file for buyers' systems.
 #include "cli/commands/all.h"
-#include "common/clock.h"
 #include "eldat/offer.h"
 #include "store/startup.h"
 
@@ -63,9 +62,8 @@ public:
         const auto harvestId = harvestByNumber(context, *wholeNumber(positional[0]));
         if (!harvestId)
             return Refused;
-        SystemClock clock;
-        Session& session = *context.session;
-        const AppContext app{session.database->shared(), session.settings, session.dataFolder, context.prompter, clock};
+        const SessionContext core(context);
+        const AppContext& app = core.app();
         eldat::OfferRequest request;
         request.harvestId = *harvestId;
         const QList<qint32> numbers = lotNumbers(positional.mid(1)).value_or(QList<qint32>());

@@ -2,7 +2,6 @@
 // into a harvest, as the log window's import buttons store them.
 #include "cli/commands/all.h"
 #include "cli/commands/harvester.h"
-#include "common/clock.h"
 #include "devices/collect.h"
 #include "devices/logimport.h"
 #include "store/startup.h"
@@ -77,9 +76,8 @@ public:
         const ImportBark bark{parser.isSet(BarkOption) ? *barkModeFromLetter(parser.value(BarkOption)) : BarkMode::Tabelle,
                               parser.value(DeductionOption)};
 
-        SystemClock clock;
-        Session& session = *context.session;
-        const AppContext app{session.database->shared(), session.settings, session.dataFolder, context.prompter, clock};
+        const SessionContext core(context);
+        const AppContext& app = core.app();
         std::optional<QList<ImportedLog>> logs;
         if (source == ImportSource::Fmr1) {
             if (!confirmFmr1Import(app, lot))

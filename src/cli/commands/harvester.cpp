@@ -1,6 +1,5 @@
 #include "cli/commands/harvester.h"
 
-#include "common/clock.h"
 #include "devices/harvesterimport.h"
 #include "store/sql.h"
 #include "store/startup.h"
@@ -47,9 +46,8 @@ int runHarvesterImport(const QCommandLineParser& parser, CommandContext& context
     const auto harvestId = harvestByNumber(context, hiebNr);
     if (!harvestId)
         return Refused;
-    SystemClock clock;
-    Session& session = *context.session;
-    const AppContext app{session.database->shared(), session.settings, session.dataFolder, context.prompter, clock};
+    const SessionContext core(context);
+    const AppContext& app = core.app();
     if (!harvesterLotAccepted(app, *harvestId, lot))
         return Refused;
     const HarvesterRead read = readHarvesterFile(path);

@@ -1,7 +1,6 @@
 // eigene-angaben and abnehmer: the seller's own data and a buyer's structured address, shown or
 // set field by field (FELD=WERT; an empty value clears the field), for scripts and e-invoices.
 #include "cli/commands/all.h"
-#include "common/clock.h"
 #include "parties/parties.h"
 #include "store/startup.h"
 
@@ -51,9 +50,8 @@ int showOrSet(const CommandContext& context, Data data, const QList<Field>& fiel
             return Refused;
         }
     }
-    SystemClock clock;
-    Session& session = *context.session;
-    const AppContext app{session.database->shared(), session.settings, session.dataFolder, context.prompter, clock};
+    const SessionContext core(context);
+    const AppContext& app = core.app();
     if (!store(app, data))
         return Refused;
     context.io.print(QStringLiteral("Gespeichert."));

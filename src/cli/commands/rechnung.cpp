@@ -1,7 +1,6 @@
 // rechnung: a stored invoice's text on stdout or as a file, to check or archive it; "rechnung neu"
 // stores a new invoice through the same core call as the invoice window.
 #include "cli/commands/all.h"
-#include "common/clock.h"
 #include "common/sqldate.h"
 #include "invoices/einvoicefile.h"
 #include "invoices/invoice.h"
@@ -100,9 +99,8 @@ public:
         }
         const bool eInvoice = parser.isSet(XRechnungOption) || parser.isSet(En16931Option);
         if (eInvoice) {
-            SystemClock clock;
-            Session& session = *context.session;
-            const AppContext app{session.database->shared(), session.settings, session.dataFolder, context.prompter, clock};
+            const SessionContext core(context);
+            const AppContext& app = core.app();
             const std::pair<const QCommandLineOption&, einvoice::Profile> profiles[] = {{XRechnungOption, einvoice::Profile::XRechnung},
                                                                                          {En16931Option, einvoice::Profile::EN16931}};
             for (const auto& [option, profile] : profiles) {
@@ -127,9 +125,8 @@ private:
         const auto harvestId = harvestByNumber(context, *wholeNumber(positional[1]));
         if (!harvestId)
             return Refused;
-        SystemClock clock;
-        Session& session = *context.session;
-        const AppContext app{session.database->shared(), session.settings, session.dataFolder, context.prompter, clock};
+        const SessionContext core(context);
+        const AppContext& app = core.app();
 
         const LotChoice lots = lotsForInvoice(app.db, *harvestId, *lotNumbers(positional[2]));
         if (!lots.reasons.isEmpty()) {

@@ -1,7 +1,6 @@
 // sicherung: today's backup archive, checked, optionally copied into a folder; for scheduled runs.
 #include "backup/scheduledbackup.h"
 #include "cli/commands/all.h"
-#include "common/clock.h"
 #include "store/startup.h"
 
 #include <QDir>
@@ -31,9 +30,8 @@ public:
     }
     int run(const QCommandLineParser& parser, CommandContext& context) const override
     {
-        SystemClock clock;
-        Session& session = *context.session;
-        const AppContext app{session.database->shared(), session.settings, session.dataFolder, context.prompter, clock};
+        const SessionContext core(context);
+        const AppContext& app = core.app();
         const QString target = parser.isSet(TargetOption) ? QDir(parser.value(TargetOption).trimmed()).absolutePath() : QString();
         const ScheduledBackup done = backupNow(app, target);
         if (!done.ok)
