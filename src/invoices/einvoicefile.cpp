@@ -32,23 +32,17 @@ einvoice::Seller sellerOf(const parties::OwnData& own)
 
 einvoice::Buyer buyerOf(const QSqlDatabase& db, const StoredInvoice& invoice)
 {
+    // The register's data where kept, the invoice's own address for what it lacks.
+    const parties::BuyerData known = parties::loadBuyer(db, invoice.buyer).value_or(parties::BuyerData{});
+    const auto [typedPostCode, typedTown] = parties::splitTown(invoice.town);
+    const bool knownTown = !known.postCode.isEmpty() || !known.city.isEmpty();
     einvoice::Buyer b;
-    if (const auto known = parties::loadBuyer(db, invoice.buyer)) {
-        b.name = known->name.isEmpty() ? invoice.name : known->name;
-        b.address = {known->street.isEmpty() ? invoice.street : known->street, known->postCode, known->city, known->country};
-        b.vatId = known->vatId;
-        b.reference = known->reference;
-        b.email = known->email;
-    } else {
-        const auto [postCode, town] = parties::splitTown(invoice.town);
-        b.name = invoice.name;
-        b.address = {invoice.street, postCode, town, QStringLiteral("DE")};
-    }
-    if (b.address.postCode.isEmpty() && b.address.city.isEmpty()) {
-        const auto [postCode, town] = parties::splitTown(invoice.town);
-        b.address.postCode = postCode;
-        b.address.city = town;
-    }
+    b.name = known.name.isEmpty() ? invoice.name : known.name;
+    b.address = {known.street.isEmpty() ? invoice.street : known.street, knownTown ? known.postCode : typedPostCode,
+                 knownTown ? known.city : typedTown, known.country};
+    b.vatId = known.vatId;
+    b.reference = known.reference;
+    b.email = known.email;
     if (b.name.trimmed().isEmpty())
         b.name = invoice.buyer;
     // The customer number the invoice carries is the buyer's reference where none is kept.

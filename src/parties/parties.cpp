@@ -1,12 +1,11 @@
 #include "parties/parties.h"
 
 #include "common/text.h"
+#include "store/collation.h"
 #include "store/rows.h"
 #include "store/sql.h"
 #include "store/textwidth.h"
 
-#include <QCollator>
-#include <QLocale>
 #include <QRegularExpression>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -174,9 +173,7 @@ QStringList buyerNames(const QSqlDatabase& db)
         if (!name.isEmpty() && !names.contains(name))
             names << name;
     }
-    QCollator german{QLocale(QLocale::German, QLocale::Germany)};
-    german.setCaseSensitivity(Qt::CaseInsensitive);
-    std::sort(names.begin(), names.end(), [&](const QString& a, const QString& b) { return german.compare(a, b) < 0; });
+    std::sort(names.begin(), names.end(), germanLess);
     return names;
 }
 

@@ -1,5 +1,6 @@
 #include "invoices/einvoice/ciiwriter.h"
 #include "common/systemerror.h"
+#include "invoices/einvoice/namespaces.h"
 
 #include <QRegularExpression>
 #include <QSaveFile>
@@ -8,10 +9,10 @@
 namespace tarvik::einvoice {
 namespace {
 
-const QString Rsm = QStringLiteral("urn:un:unece:uncefact:data:standard:CrossIndustryInvoice:100");
-const QString Ram = QStringLiteral("urn:un:unece:uncefact:data:standard:ReusableAggregateBusinessInformationEntity:100");
-const QString Udt = QStringLiteral("urn:un:unece:uncefact:data:standard:UnqualifiedDataType:100");
-const QString Qdt = QStringLiteral("urn:un:unece:uncefact:data:standard:QualifiedDataType:100");
+using xmlns::Qdt;
+using xmlns::Ram;
+using xmlns::Rsm;
+using xmlns::Udt;
 const QString PeppolProcess = QStringLiteral("urn:fdc:peppol.eu:2017:poacc:billing:01:1.0");
 
 // "1234.56": the amount with a point and two decimals, as CII wants it.

@@ -1,19 +1,34 @@
 #include "invoices/einvoice/reader.h"
 
+#include "invoices/einvoice/namespaces.h"
+
 #include <QXmlStreamReader>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace tarvik::einvoice {
 namespace {
 
-const QString Rsm = QStringLiteral("urn:un:unece:uncefact:data:standard:CrossIndustryInvoice:100");
-const QString Ram = QStringLiteral("urn:un:unece:uncefact:data:standard:ReusableAggregateBusinessInformationEntity:100");
-const QString Udt = QStringLiteral("urn:un:unece:uncefact:data:standard:UnqualifiedDataType:100");
-const QString UblInvoice = QStringLiteral("urn:oasis:names:specification:ubl:schema:xsd:Invoice-2");
-const QString UblCreditNote = QStringLiteral("urn:oasis:names:specification:ubl:schema:xsd:CreditNote-2");
-const QString Cac = QStringLiteral("urn:oasis:names:specification:ubl:schema:xsd:CommonAggregateComponents-2");
-const QString Cbc = QStringLiteral("urn:oasis:names:specification:ubl:schema:xsd:CommonBasicComponents-2");
+using xmlns::Ram;
+using xmlns::Rsm;
+using xmlns::Udt;
+
+// The UBL component namespaces of the document being read, from its root's prefix.
+thread_local QString Cac;
+thread_local QString Cbc;
+
+// The prefix of a UBL root namespace for that schema ("…:ubl:schema:xsd:"); nothing for any other.
+std::optional<QString> ublPrefix(const QString& rootNamespace, const QString& schema)
+{
+    const QString tail = xmlns::UblSchemas + schema;
+    if (!rootNamespace.startsWith(xmlns::UblStart) || !rootNamespace.endsWith(tail))
+        return std::nullopt;
+    const QString category = rootNamespace.mid(xmlns::UblStart.size(), rootNamespace.size() - xmlns::UblStart.size() - tail.size());
+    if (category.isEmpty() || category.contains(u':'))
+        return std::nullopt;
+    return rootNamespace.left(rootNamespace.size() - schema.size());
+}
 
 constexpr int MaxDepth = 64; // real invoices nest about a dozen levels
 
@@ -636,10 +651,16 @@ ReadResult readInvoiceXml(const QByteArray& xml)
     const Node& root = *tree.root;
     if (root.ns == Rsm && root.name == u"CrossIndustryInvoice")
         return readCii(root);
-    if (root.ns == UblInvoice && root.name == u"Invoice")
-        return readUbl(root, false);
-    if (root.ns == UblCreditNote && root.name == u"CreditNote")
-        return readUbl(root, true);
+    for (const bool creditNote : {false, true}) {
+        const QString name = creditNote ? QStringLiteral("CreditNote") : QStringLiteral("Invoice");
+        if (root.name != name)
+            continue;
+        if (const auto prefix = ublPrefix(root.ns, name + QStringLiteral("-2"))) {
+            Cac = *prefix + QStringLiteral("CommonAggregateComponents-2");
+            Cbc = *prefix + QStringLiteral("CommonBasicComponents-2");
+            return readUbl(root, creditNote);
+        }
+    }
     ReadResult result;
     result.error = QStringLiteral("Die Datei enthält keine E-Rechnung im Format CII oder UBL (das Wurzelelement ist \"%1\"%2).")
                        .arg(root.name, root.ns.isEmpty() ? QString() : QStringLiteral(" im Namensraum \"%1\"").arg(root.ns));
