@@ -1,8 +1,10 @@
 #include "app/main/mainwindow.h"
+#include "backup/restoreatstart.h"
 #include "common/clock.h"
 #include "common/folders.h"
 #include "common/germanlocale.h"
 #include "common/ui/messageboxprompter.h"
+#include "devices/ui/logwindowimports.h"
 #include "help/ui/helpbuttons.h"
 
 #include <QApplication>
@@ -37,10 +39,12 @@ int main(int argc, char* argv[])
     options.dataFolder = tarvik::resolveDataFolder(parser.value(dataOption));
     options.shareFolder = tarvik::shareFolder();
     options.locale = QLocale();
+    options.beforeOpening = tarvik::takeOverRestoreAtStart;
     std::unique_ptr<tarvik::Session> session = tarvik::startSession(options, prompter);
     if (!session)
         return 1;
 
+    tarvik::offerLogImports(tarvik::deviceLogImports());
     tarvik::SystemClock clock;
     tarvik::MainWindow window(*session, prompter, clock);
     prompter.setParent(&window);

@@ -1,5 +1,6 @@
 #include "cli/cli.h"
 
+#include "backup/restoreatstart.h"
 #include "cli/commands/all.h"
 #include "common/consoleprompter.h"
 #include "common/folders.h"
@@ -157,6 +158,7 @@ int run(const QStringList& args, std::FILE* out, std::FILE* err)
         options.dataFolder = resolveDataFolder(inv.dataFolder);
         options.shareFolder = shareFolder();
         options.locale = QLocale();
+        options.beforeOpening = takeOverRestoreAtStart;
         options.singleInstance = false; // scripts may run beside the desktop program; the engine serialises writes
         session = startSession(options, prompter);
         if (!session)

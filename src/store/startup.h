@@ -9,6 +9,7 @@
 #include <QLocale>
 #include <QLockFile>
 #include <QString>
+#include <functional>
 #include <memory>
 
 namespace tarvik {
@@ -18,6 +19,9 @@ struct StartupOptions {
     QString shareFolder;       // files seeded into a new data folder
     QLocale locale;            // the locale the program formats with
     bool singleInstance = true; // the desktop program runs once per data folder
+    // Runs once the data folder is ready, before the database opens: the programs take over a
+    // staged restore here (backup/restoreatstart.h), so the store need not know backups.
+    std::function<void(const QString& dataFolder, QLockFile* instanceLock, Prompter& prompter)> beforeOpening;
 };
 
 // What one run of a program holds.
@@ -55,14 +59,6 @@ UpgradeReport firstActivation(Session& session, Prompter& prompter);
 // The desktop program's lock on a data folder; nullptr while another program holds it.
 std::unique_ptr<QLockFile> instanceLockFor(const QString& dataFolder);
 
-enum class StagedRestore { None, Swapped, Waiting, Failed };
-
-// A restore staged in the data folder is swapped in only by a program that holds the folder's
-// instance lock (`held`, or taken for the swap) while no other program has the database open;
-// otherwise it waits for the next start. Every handle of this process on the database must be
-// closed. What happened is said through the prompter.
-StagedRestore takeOverStagedRestore(const QString& dataFolder, QLockFile* held, Prompter& prompter);
-QString restoreWaitsMessage();
 
 QString firstStepsNote();
 

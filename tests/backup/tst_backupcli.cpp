@@ -1,5 +1,6 @@
 // tarvik-cli sicherung and wiederherstellen, run in-process as a scheduled task would.
 #include "backup/archive.h"
+#include "backup/restoreatstart.h"
 #include "backup/stagedrestore.h"
 #include "cli/cli.h"
 #include "store/startup.h"
@@ -146,6 +147,7 @@ private slots:
             options.dataFolder = desktop.path();
             options.locale = QLocale();
             options.singleInstance = true;
+            options.beforeOpening = takeOverRestoreAtStart;
             test::ScriptedPrompter prompter;
             auto session = startSession(options, prompter);
             QVERIFY(session);

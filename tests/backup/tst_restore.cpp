@@ -2,6 +2,7 @@
 // keeps the replaced files; anything wrong leaves the current data exactly as they were.
 #include "backup/archive.h"
 #include "backup/restore.h"
+#include "backup/restoreatstart.h"
 #include "backup/stagedrestore.h"
 #include "store/sql.h"
 #include "support/records.h"
@@ -33,6 +34,7 @@ std::unique_ptr<Session> startDesktop(const test::TempDataFolder& folder, test::
     options.dataFolder = folder.path();
     options.locale = QLocale();
     options.singleInstance = true;
+    options.beforeOpening = takeOverRestoreAtStart;
     return startSession(options, prompter);
 }
 

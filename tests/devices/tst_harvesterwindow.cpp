@@ -3,6 +3,7 @@
 // is put, then stored into the lot; the choices are there again for the next file.
 #include "devices/speciesmapping.h"
 #include "devices/ui/harvestermapping.h"
+#include "devices/ui/logwindowimports.h"
 #include "entry/ui/logdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
@@ -52,6 +53,9 @@ class TestHarvesterWindow : public QObject, protected test::HookedEntryFixture {
     QVariant value(const QString& sql) const { return scalar(db(), sql); }
 
 private slots:
+    // The log window offers the device imports the desktop program hands it.
+    void initTestCase() { offerLogImports(deviceLogImports()); }
+
     void init() { resetHooked(std::nullopt); }
 
     void fileIsMappedShownAndStored()

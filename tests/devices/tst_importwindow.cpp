@@ -1,6 +1,8 @@
 // The log window's app import, headless: the file picked, the logs shown in fmrgrid with the
 // transfer question below them, then stored into the lot with their classes, prices and totals.
 #include "support/hookedprompter.h"
+#include "devices/logimport.h"
+#include "devices/ui/logwindowimports.h"
 #include "entry/ui/logdialog.h"
 #include "store/records.h"
 #include "store/sql.h"
@@ -53,6 +55,9 @@ class TestImportWindow : public QObject, protected test::HookedEntryFixture {
     }
 
 private slots:
+    // The log window offers the device imports the desktop program hands it.
+    void initTestCase() { offerLogImports(deviceLogImports()); }
+
     void init()
     {
         resetHooked(std::nullopt);

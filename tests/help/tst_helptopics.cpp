@@ -6,6 +6,7 @@
 #include "backup/ui/backupwizard.h"
 #include "common/folders.h"
 #include "common/textfile.h"
+#include "devices/ui/logwindowimports.h"
 #include "entry/ui/harvestdialog.h"
 #include "entry/ui/hubdialog.h"
 #include "entry/ui/logdialog.h"
@@ -160,6 +161,7 @@ class TestHelpTopics : public QObject {
 private slots:
     void initTestCase()
     {
+        offerLogImports(deviceLogImports()); // as the desktop program starts
         m_session = m_folder.start(m_prompter);
         m_harvest = test::addHarvest(m_session->database->shared(), 7);
         test::addLot(m_session->database->shared(), m_harvest, 1);

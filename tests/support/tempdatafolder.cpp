@@ -1,5 +1,6 @@
 #include "support/tempdatafolder.h"
 
+#include "backup/restoreatstart.h"
 #include "common/germanlocale.h"
 
 #include <QDir>
@@ -21,6 +22,7 @@ std::unique_ptr<Session> TempDataFolder::start(ScriptedPrompter& prompter) const
     options.shareFolder = QString(); // nothing to seed: the folder exists
     options.locale = QLocale();
     options.singleInstance = false;
+    options.beforeOpening = takeOverRestoreAtStart; // as both programs start
     return startSession(options, prompter);
 }
 

@@ -1,6 +1,7 @@
 // wiederherstellen: checks a backup archive and stages it; it is put in place at once when no
 // other program has the data open, else at the next start. --ja confirms the question.
 #include "backup/drives.h"
+#include "backup/restoreatstart.h"
 #include "backup/restore.h"
 #include "backup/wizardsteps.h"
 #include "cli/commands/all.h"

@@ -2,9 +2,8 @@
 
 #include "common/numbers.h"
 #include "common/ui/guarded.h"
-#include "devices/ui/harvesterrun.h"
-#include "devices/ui/importrun.h"
 #include "entry/ui/entrywindow.h"
+#include "entry/ui/logimports.h"
 #include "entry/harvestentry.h"
 #include "entry/lotentry.h"
 #include "rules/lotrecompute.h"
@@ -197,24 +196,14 @@ void LogDialog::build()
     m_summary = new QLabel;
     m_summary->setObjectName(QStringLiteral("bezsumme"));
     QList<QPushButton*> imports;
-    for (const auto& [name, caption, source] : {std::tuple{"comimport", "Import FMR1", ImportSource::Fmr1},
-                                                 std::tuple{"import_app_holzliste", "Import App", ImportSource::App},
-                                                 std::tuple{"importonlinetarvik", "Import Online", ImportSource::Online}}) {
-        auto* b = new QPushButton(QString::fromUtf8(caption));
-        b->setObjectName(QString::fromUtf8(name));
-        connect(b, &QPushButton::clicked, this, [this, source] { onImport(source); });
+    for (const LogImportAction& action : offeredLogImports()) {
+        auto* b = new QPushButton(action.caption);
+        b->setObjectName(action.objectName);
+        b->setToolTip(action.toolTip);
+        connect(b, &QPushButton::clicked, this, [this, run = action.run] { onImport(run); });
         imports << b;
         reading << b;
     }
-    auto* harvester = new QPushButton(QStringLiteral("Import Harvester"));
-    harvester->setObjectName(QStringLiteral("importharvester"));
-    harvester->setToolTip(QStringLiteral("Stämme aus der Produktionsdatei eines Harvesters (StanForD 2010, *.hpr) in das Los einlesen"));
-    connect(harvester, &QPushButton::clicked, this, [this] {
-        if (runHarvesterImport(this, m_context, m_harvestId, lotNumber()))
-            refreshRows();
-    });
-    imports << harvester;
-    reading << harvester;
     reading << okButton() << okNextButton();
     for (qsizetype i = 1; i < reading.size(); ++i)
         setTabOrder(reading[i - 1], reading[i]);
@@ -400,10 +389,10 @@ bool LogDialog::storeEntry()
     return true;
 }
 
-void LogDialog::onImport(ImportSource source)
+void LogDialog::onImport(const LogImportAction::Run& run)
 {
     const LogForm f = read(); // the bark mode of the window applies to the imported logs
-    if (runLogImport(this, m_context, m_harvestId, lotNumber(), source, {f.mode, f.deduction}))
+    if (run(this, m_context, {m_harvestId, lotNumber(), f.mode, f.deduction}))
         refreshRows();
 }
 

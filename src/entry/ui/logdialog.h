@@ -2,9 +2,9 @@
 // EF_Eingabe_Staemme: measured logs typed one after another; every change recomputes the
 // deduction, volume, classes and prices at once. A stored log opened to be changed shows its
 // stored values until something is typed.
-#include "devices/logimport.h"
 #include "entry/logentry.h"
 #include "entry/ui/entrywindow.h"
+#include "entry/ui/logimports.h"
 
 class QButtonGroup;
 class QCheckBox;
@@ -36,7 +36,7 @@ private:
     LogForm read() const;
     void showForm(const LogForm& form);
     void recompute();
-    void onImport(ImportSource source);
+    void onImport(const LogImportAction::Run& run);
     void onBarkRecompute();
     void onPriceRecompute();
     void quickEntry(int fieldIndex);
