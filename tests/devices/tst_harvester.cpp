@@ -8,10 +8,9 @@
 #include "store/sql.h"
 #include "support/clirun.h"
 #include "support/entryfixture.h"
+#include "support/reliabilityfiles.h"
 
 #include <QBuffer>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace tarvik;
@@ -183,14 +182,9 @@ private slots:
     void mappingDecidesWhatIsTaken()
     {
         // The built-in table knows the Scandinavian names, the English and the German ones.
-        QCOMPARE(builtInSpeciesCode(QStringLiteral("Gran")), QStringLiteral("FI"));
-        QCOMPARE(builtInSpeciesCode(QStringLiteral("Furu")), QStringLiteral("KI"));
-        QCOMPARE(builtInSpeciesCode(QStringLiteral("Fichte")), QStringLiteral("FI"));
-        QCOMPARE(builtInSpeciesCode(QStringLiteral("Kiefer")), QStringLiteral("KI"));
-        QCOMPARE(builtInSpeciesCode(QStringLiteral("Spruce")), QStringLiteral("FI"));
-        QCOMPARE(builtInSpeciesCode(QStringLiteral("BJØRK")), QStringLiteral("BI"));
-        QCOMPARE(builtInSpeciesCode(QStringLiteral("Björk")), QStringLiteral("BI"));
-        QCOMPARE(builtInSpeciesCode(QStringLiteral("Andre")), QString()); // "other": the user decides
+        for (const auto& [name, code] : {std::pair{"Gran", "FI"}, {"Furu", "KI"}, {"Fichte", "FI"}, {"Kiefer", "KI"}, {"Spruce", "FI"},
+                                         {"BJØRK", "BI"}, {"Björk", "BI"}, {"Andre", ""}}) // "other": the user decides
+            QCOMPARE(builtInSpeciesCode(QString::fromUtf8(name)), QString::fromLatin1(code));
 
         const HarvesterFile f = read(V300);
         HarvesterMapping m = proposed(f);
@@ -296,12 +290,8 @@ private slots:
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, message);
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("defekt.hpr"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        file.close();
+        const QString path = m_folder.filePath(QStringLiteral("defekt.hpr"));
+        test::writeBytes(path, bytes);
         QCOMPARE(readHarvesterFile(path).error, message);
 
         // Through the command line: refused, nothing stored, the message on stderr.

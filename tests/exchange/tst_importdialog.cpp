@@ -1,11 +1,9 @@
 // OF_Datenimport_Pocket through its controls: the offered files, ticking, the select-all
-// question, the import and its report, the copy from a handheld folder, and the settings
-// field that names that folder.
+// question, the import and its report with the renumbering, the copy from a handheld folder.
 #include "common/textfile.h"
 #include "exchange/exportfiles.h"
 #include "exchange/handheld.h"
 #include "exchange/ui/importdialog.h"
-#include "settings/ui/settingsdialog.h"
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
@@ -114,22 +112,6 @@ private slots:
         copy->click();
         QCOMPARE(listed(list), (QStringList{"31_Tarvik_Export.f10", "32_Tarvik_Export.f10"}));
         QVERIFY(prompter.messages().first().startsWith("Es wurden 4 Dateien aus dem Ordner des Pocket-PC"));
-    }
-
-    void settingsDialogKeepsTheHandheldFolder()
-    {
-        TempDataFolder folder;
-        Einstellungen settings;
-        settings.repair();
-        ScriptedPrompter prompter;
-        SettingsDialog dialog(settings, folder.filePath("Einstellungen.tk3"), prompter);
-        auto* field = child<QLineEdit>(dialog, "tpocket");
-        QCOMPARE(field->text(), QString());
-        typeInto(field, QStringLiteral("/media/pocket/Programme/Pocket_Tarvik"));
-        child<QPushButton>(dialog, "beenden")->click();
-        QCOMPARE(exchange::handheldFolder(settings), QStringLiteral("/media/pocket/Programme/Pocket_Tarvik"));
-        QCOMPARE(exchange::handheldFolder(EinstellungenLaden(folder.filePath("Einstellungen.tk3"))),
-                 QStringLiteral("/media/pocket/Programme/Pocket_Tarvik"));
     }
 };
 

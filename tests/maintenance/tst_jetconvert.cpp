@@ -1,5 +1,6 @@
 // The takeover's Jet reader against public sample files, compared with mdbtools' own export.
 #include "maintenance/jetconvert.h"
+#include "support/reliabilityfiles.h"
 #include "support/tempdatafolder.h"
 
 #include <QProcess>
@@ -112,29 +113,28 @@ private slots:
     {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("reason");
-        QFile nwind(fixture(QStringLiteral("nwind.mdb")));
-        QVERIFY(nwind.open(QIODevice::ReadOnly));
-        const QByteArray whole = nwind.readAll();
+        const QByteArray whole = test::readBytes(fixture(QStringLiteral("nwind.mdb")));
         QByteArray ace = whole.left(4096 * 4);
         ace.replace(4, 15, "Standard ACE DB");
-        QTest::newRow("text file") << QByteArray("Hieb;Los\r\n1;2\r\n") << QStringLiteral("keine Datenbank von TARVIK 2.0");
-        QTest::newRow("empty") << QByteArray() << QStringLiteral("keine Datenbank von TARVIK 2.0");
-        QTest::newRow("cut off mid-page") << whole.left(whole.size() / 2 + 100) << QStringLiteral("unvollständig");
-        QTest::newRow("Access 2007") << ace << QStringLiteral("ab Version 2007");
+        const QString notJet = QStringLiteral("ist keine Datenbank von TARVIK 2.0 (keine Access/Jet-Datei).");
+        QTest::newRow("text file") << QByteArray("Hieb;Los\r\n1;2\r\n") << notJet;
+        QTest::newRow("empty") << QByteArray() << notJet;
+        QTest::newRow("garbage") << test::garbage(8192) << notJet;
+        QTest::newRow("cut off mid-page") << whole.left(whole.size() / 2 + 100)
+                                          << "ist unvollständig (abgeschnitten) und kann nicht übernommen werden.";
+        QTest::newRow("Access 2007") << ace << "ist eine Access-Datenbank ab Version 2007. TARVIK 2.0 hat seine Daten nie in diesem "
+                                               "Format gespeichert; bitte wählen Sie die Datei tarvik2.mdb aus dem Ordner von TARVIK 2.0.";
     }
     void badFilesAreRefusedAndNothingIsWritten()
     {
         QFETCH(QByteArray, content);
         QFETCH(QString, reason);
         const QString mdb = m_dir.filePath(QStringLiteral("tarvik2.mdb"));
-        QFile file(mdb);
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(content);
-        file.close();
+        test::writeBytes(mdb, content);
         const QString target = m_dir.filePath(QStringLiteral("ziel.db"));
         const JetConversion result = convertJetToSqlite(mdb, target);
         QVERIFY(!result.ok);
-        QVERIFY2(result.message.contains(reason), qPrintable(result.message));
+        QVERIFY2(result.message.startsWith(QStringLiteral("Die Datei ")) && result.message.endsWith(reason), qPrintable(result.message));
         QVERIFY(!QFileInfo::exists(target));
     }
 };
