@@ -5,64 +5,49 @@
 #include "common/textfile.h"
 #include "reports/print.h"
 #include "reports/reportfile.h"
+#include "support/reportsfixture.h"
 #include "support/tempdatafolder.h"
 
 #include <QApplication>
-#include <QFileInfo>
-#include <QProcess>
 
 using namespace tarvik;
 
 namespace {
 
-QString tool(const QString& program, const QStringList& args)
-{
-    QProcess p;
-    p.start(program, args);
-    if (!p.waitForFinished(30000))
-        return {};
-    return QString::fromUtf8(p.readAllStandardOutput());
-}
-
 int pdfPages(const QString& pdf)
 {
-    const QString info = tool(QStringLiteral("pdfinfo"), {pdf});
-    const QRegularExpressionMatch m = QRegularExpression(QStringLiteral("Pages:\\s+(\\d+)")).match(info);
+    const QRegularExpressionMatch m =
+        QRegularExpression(QStringLiteral("Pages:\\s+(\\d+)")).match(test::toolOutput(QStringLiteral("pdfinfo"), {pdf}));
     return m.hasMatch() ? m.captured(1).toInt() : -1;
 }
 
 // The text of one page as a fixed-pitch grid (10 pt Liberation Mono is 6 pt wide), without
-// the page margin's indent (known from a line that starts in column 0) and trailing blanks.
-QStringList pageText(const QString& pdf, int page, qsizetype indent)
+// blank lines around it, trailing blanks and the first `indent` columns (the page margin).
+QStringList pageText(const QString& pdf, int page, qsizetype indent = 0)
 {
-    QStringList lines = tool(QStringLiteral("pdftotext"), {QStringLiteral("-fixed"), QStringLiteral("6"), QStringLiteral("-f"),
-                                                           QString::number(page), QStringLiteral("-l"), QString::number(page), pdf,
-                                                           QStringLiteral("-")})
+    const QString p = QString::number(page);
+    QStringList lines = test::pdfText(pdf, {QStringLiteral("-fixed"), QStringLiteral("6"), QStringLiteral("-f"), p, QStringLiteral("-l"), p})
+                            .remove(u'\f')
                             .split(u'\n');
     while (!lines.isEmpty() && lines.last().trimmed().isEmpty())
         lines.removeLast();
     while (!lines.isEmpty() && lines.first().trimmed().isEmpty())
         lines.removeFirst();
     for (QString& l : lines) {
-        l = l.mid(indent).replace(u'\f', QString());
+        l = l.mid(indent);
         while (l.endsWith(u' '))
             l.chop(1);
     }
     return lines;
 }
 
-QString pageTextRaw(const QString& pdf)
+// The column the first line holding `text` shows it at.
+qsizetype columnOf(const QStringList& lines, const QString& text)
 {
-    return tool(QStringLiteral("pdftotext"), {QStringLiteral("-fixed"), QStringLiteral("6"), QStringLiteral("-f"), QStringLiteral("1"),
-                                              QStringLiteral("-l"), QStringLiteral("1"), pdf, QStringLiteral("-")});
-}
-
-QStringList trimmedRight(QStringList lines)
-{
-    for (QString& l : lines)
-        while (l.endsWith(u' '))
-            l.chop(1);
-    return lines;
+    for (const QString& l : lines)
+        if (l.contains(text))
+            return l.indexOf(text);
+    return -1;
 }
 
 } // namespace
@@ -87,17 +72,15 @@ private slots:
         const PrintResult result = printFileToPdf(file, job);
         QVERIFY2(result.ok, qPrintable(result.message));
         QCOMPARE(pdfPages(job.pdfPath), result.pages);
-        const QString first = pageTextRaw(job.pdfPath);
-        const qsizetype indent = first.indexOf(QStringLiteral("RECHNUNG")) - first.lastIndexOf(u'\n', first.indexOf(QStringLiteral("RECHNUNG"))) - 1;
+        const qsizetype indent = columnOf(::pageText(job.pdfPath, 1), QStringLiteral("RECHNUNG"));
         auto pageText = [&](int page) { return ::pageText(job.pdfPath, page, indent); };
         // Page 1 ends at the first mark; the 150 lines need more than one sheet; the total stands alone.
         QCOMPARE(pageText(1), (QStringList{QStringLiteral("RECHNUNG"), QStringLiteral("Rechnung-Nr:      41")}));
-        QCOMPARE(pageText(2).first(), trimmedRight({report[3]}).first());
         QVERIFY(result.pages >= 4);
+        QCOMPARE(pageText(2).mid(0, 40), report.mid(3, 40));
         QCOMPARE(pageText(result.pages), QStringList{QStringLiteral("Gesamt                                 4,327")});
-        QCOMPARE(pageText(2).mid(0, 40), trimmedRight(report.mid(3, 40)));
 
-        const QString fonts = tool(QStringLiteral("pdffonts"), {job.pdfPath});
+        const QString fonts = test::toolOutput(QStringLiteral("pdffonts"), {job.pdfPath});
         QVERIFY2(fonts.contains(QRegularExpression(QStringLiteral("(Mono|Courier)\\S*\\s.*\\byes\\b"))), qPrintable(fonts));
     }
 
@@ -110,16 +93,13 @@ private slots:
         job.settings.marginChars = 5;
         QVERIFY(printFileToPdf(file, job).ok);
         // Five blanks before every line; the second keeps its own one besides.
-        const QString text = pageTextRaw(job.pdfPath);
-        const qsizetype a = text.indexOf(u'A') - text.lastIndexOf(u'\n', text.indexOf(u'A')) - 1;
-        const qsizetype b = text.indexOf(u'B') - text.lastIndexOf(u'\n', text.indexOf(u'B')) - 1;
-        QCOMPARE(b - a, 1);
+        const QStringList lines = pageText(job.pdfPath, 1);
+        QCOMPARE(columnOf(lines, QStringLiteral("B")) - columnOf(lines, QStringLiteral("A")), 1);
         PrintJob plain = job;
         plain.settings.marginChars = 0;
         plain.pdfPath = m_dir.filePath(QStringLiteral("ohne.pdf"));
         QVERIFY(printFileToPdf(file, plain).ok);
-        const QString without = pageTextRaw(plain.pdfPath);
-        QCOMPARE(a - (without.indexOf(u'A') - without.lastIndexOf(u'\n', without.indexOf(u'A')) - 1), 5);
+        QCOMPARE(columnOf(lines, QStringLiteral("A")) - columnOf(pageText(plain.pdfPath, 1), QStringLiteral("A")), 5);
     }
 
     void aWideListShrinksTheFontNotTheLines_data()
@@ -127,21 +107,19 @@ private slots:
         QTest::addColumn<int>("width");
         QTest::addColumn<int>("chosenSize");
         QTest::addColumn<bool>("landscape");
-        QTest::addColumn<bool>("printed");
         QTest::addColumn<bool>("reduced");
         // The timber list's 78 characters at 12 pt are wider than A4 portrait.
-        QTest::newRow("timber list at 12 pt") << 78 << 12 << false << true << true;
-        QTest::newRow("timber list at 10 pt") << 78 << 10 << false << true << false;
-        QTest::newRow("130 characters portrait") << 130 << 10 << false << true << true;
-        QTest::newRow("130 characters landscape at 8 pt") << 130 << 8 << true << true << false;
-        QTest::newRow("needs less than 6 pt: wraps") << 300 << 10 << false << true << true;
+        QTest::newRow("timber list at 12 pt") << 78 << 12 << false << true;
+        QTest::newRow("timber list at 10 pt") << 78 << 10 << false << false;
+        QTest::newRow("130 characters portrait") << 130 << 10 << false << true;
+        QTest::newRow("130 characters landscape at 8 pt") << 130 << 8 << true << false;
+        QTest::newRow("needs less than 6 pt: wraps") << 300 << 10 << false << true;
     }
     void aWideListShrinksTheFontNotTheLines()
     {
         QFETCH(int, width);
         QFETCH(int, chosenSize);
         QFETCH(bool, landscape);
-        QFETCH(bool, printed);
         QFETCH(bool, reduced);
         const QString file = m_dir.filePath(QStringLiteral("breit.txt"));
         const QString line = QString(width - 1, u'X') + u'E';
@@ -151,16 +129,11 @@ private slots:
         job.settings.fontSize = chosenSize;
         job.settings.landscape = landscape;
         const PrintResult result = printFileToPdf(file, job);
-        QCOMPARE(result.ok, printed);
+        QVERIFY2(result.ok, qPrintable(result.message));
         QCOMPARE(result.fontReduced, reduced);
-        if (!printed) {
-            QVERIFY(result.message.contains(QStringLiteral("Querformat")));
-            QVERIFY(!QFileInfo::exists(job.pdfPath) || pdfPages(job.pdfPath) == 0);
-            return;
-        }
         // The whole line stands on the page, its last character included.
         QVERIFY(result.fontSize >= SmallestPrintFontSize && result.fontSize <= chosenSize);
-        QCOMPARE(pageTextRaw(job.pdfPath).remove(QRegularExpression(QStringLiteral("\\s"))), line);
+        QCOMPARE(pageText(job.pdfPath, 1).join(QString()).remove(u' '), line);
         QCOMPARE(result.statusText().isEmpty(), !reduced);
     }
 
@@ -266,7 +239,7 @@ private slots:
         QCOMPARE(int(all.count(QStringLiteral("Anzahl Datenzeilen: 40"))), layout.bands);
     }
 
-    void reportFileHelpers()
+    void aLongReportIsShownCut()
     {
         const QString big = m_dir.filePath(QStringLiteral("gross.txt"));
         QStringList lines;
@@ -277,9 +250,6 @@ private slots:
         QVERIFY(display.exists && display.truncated);
         QVERIFY(display.text.size() >= DisplayLimit && display.text.size() < DisplayLimit + 70);
         QVERIFY(!loadForDisplay(m_dir.filePath(QStringLiteral("fehlt.txt"))).exists);
-        QCOMPARE(splitPages({QStringLiteral("a"), QStringLiteral(" # "), QStringLiteral("b")}).size(), 2);
-        QVERIFY(isFixedPitchName(QStringLiteral("Liberation Mono")) && isFixedPitchName(QStringLiteral("ORC-A")));
-        QVERIFY(!isFixedPitchName(QStringLiteral("DejaVu Sans")));
     }
 
     void settingClamps_data()

@@ -7,10 +7,10 @@
 #include "reports/lists/writers.h"
 #include "reports/print.h"
 #include "store/sql.h"
+#include "support/reportsfixture.h"
 #include "support/tempdatafolder.h"
 
 #include <QApplication>
-#include <QProcess>
 #include <QRegularExpression>
 
 using namespace tarvik;
@@ -19,14 +19,6 @@ using namespace tarvik::lists;
 namespace {
 
 void run(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {}) { execSql(db, sql, values); }
-
-QString pdfText(const QString& pdf)
-{
-    QProcess p;
-    p.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), pdf, QStringLiteral("-")});
-    p.waitForFinished(60000);
-    return QString::fromUtf8(p.readAllStandardOutput());
-}
 
 } // namespace
 
@@ -122,7 +114,7 @@ private slots:
         QVERIFY2(result.ok, qPrintable(result.message));
         QVERIFY(result.fontSize >= SmallestPrintFontSize);
 
-        const QString text = pdfText(job.pdfPath);
+        const QString text = test::pdfText(job.pdfPath);
         QStringList pages = text.split(u'\f');
         while (!pages.isEmpty() && pages.last().trimmed().isEmpty())
             pages.removeLast();
