@@ -16,23 +16,33 @@ using namespace tarvik;
 
 class TestLotMapDialog : public QObject {
     Q_OBJECT
+    test::TempDataFolder m_dir;
+    std::unique_ptr<Database> m_db = m_dir.openDatabase();
+    Einstellungen m_settings = EinstellungenLaden(QString());
+    test::ScriptedPrompter m_prompter;
+    SystemClock m_clock;
+    qint32 m_bare = 0, m_harvest = 0;
+
+    AppContext context() { return {m_db->shared(), m_settings, m_dir.path(), m_prompter, m_clock}; }
 
 private slots:
+    void initTestCase()
+    {
+        m_bare = test::addHarvest(m_db->shared(), 3);
+        test::addLot(m_db->shared(), m_bare, 1);
+        m_harvest = test::addHarvest(m_db->shared(), 5);
+        test::addLot(m_db->shared(), m_harvest, 1);
+        test::addLot(m_db->shared(), m_harvest, 2);
+        execSql(m_db->shared(), QStringLiteral("UPDATE Lose SET GPS_B = '39.999999', GPS_L = '10' WHERE Los_Nr = 1 AND Kennung = ?"),
+                {m_harvest});
+        execSql(m_db->shared(), QStringLiteral("UPDATE Lose SET GPS_B = '50.1', GPS_L = '9.2', Lagerort = 'Hohe Eiche' WHERE Los_Nr = 2"));
+    }
+
+    void init() { m_prompter.clear(); }
+
     void gridsCaptionsAndTheRangeMessage()
     {
-        test::TempDataFolder dir;
-        auto db = dir.openDatabase();
-        test::addHarvest(db->shared(), 3);
-        const qint32 harvest = test::addHarvest(db->shared(), 5);
-        test::addLot(db->shared(), harvest, 1);
-        test::addLot(db->shared(), harvest, 2);
-        execSql(db->shared(), QStringLiteral("UPDATE Lose SET GPS_B = '39.999999', GPS_L = '10' WHERE Los_Nr = 1"));
-        execSql(db->shared(), QStringLiteral("UPDATE Lose SET GPS_B = '50.1', GPS_L = '9.2', Lagerort = 'Hohe Eiche' WHERE Los_Nr = 2"));
-        Einstellungen settings = EinstellungenLaden(QString());
-        test::ScriptedPrompter prompter;
-        SystemClock clock;
-        LotMapDialog dialog(AppContext{db->shared(), settings, dir.path(), prompter, clock}, harvest);
-
+        LotMapDialog dialog(context(), m_harvest);
         auto* harvests = test::child<QTableView>(dialog, "gridlihieb");
         auto* lots = test::child<QTableView>(dialog, "gridlilos");
         QCOMPARE(harvests->model()->rowCount(), 2);
@@ -48,41 +58,31 @@ private slots:
 
         lots->setCurrentIndex(lots->model()->index(0, 0));
         test::child<QPushButton>(dialog, "ok")->click();
-        QCOMPARE(prompter.messages().size(), 1);
-        QVERIFY(prompter.messages().first().startsWith(QStringLiteral("Im aktuellen Los müssen die Breidegrade")));
+        QCOMPARE(m_prompter.messages().size(), 1);
+        QVERIFY(m_prompter.messages().first().startsWith(QStringLiteral("Im aktuellen Los müssen die Breidegrade")));
 
-        // Choosing the other harvest shows its (no) lots.
+        // Choosing the other harvest shows its lot.
         harvests->setCurrentIndex(harvests->model()->index(0, 0));
-        QCOMPARE(lots->model()->rowCount(), 0);
+        QCOMPARE(lots->model()->rowCount(), 1);
     }
 
     // Without a browser the address is offered for copying; the files' name is asked for only
     // when some lot has coordinates.
     void noBrowserAndNoCoordinates()
     {
-        test::TempDataFolder dir;
-        auto db = dir.openDatabase();
-        const qint32 bare = test::addHarvest(db->shared(), 3);
-        test::addLot(db->shared(), bare, 1);
-        const qint32 harvest = test::addHarvest(db->shared(), 5);
-        test::addLot(db->shared(), harvest, 2);
-        execSql(db->shared(), QStringLiteral("UPDATE Lose SET GPS_B = '50.1', GPS_L = '9.2' WHERE Kennung = ?"), {harvest});
-        Einstellungen settings = EinstellungenLaden(QString());
-        test::ScriptedPrompter prompter;
-        SystemClock clock;
-
-        LotMapDialog withoutPlaces(AppContext{db->shared(), settings, dir.path(), prompter, clock}, bare);
+        LotMapDialog withoutPlaces(context(), m_bare);
         test::child<QPushButton>(withoutPlaces, "geodatei")->click(); // no file name is queued: asking would fail
-        QCOMPARE(prompter.messages(), QStringList{"Keines der Lose dieses Hiebs hat gültige Koordinaten; es wurde keine Datei geschrieben."});
+        QCOMPARE(m_prompter.messages(), QStringList{"Keines der Lose dieses Hiebs hat gültige Koordinaten; es wurde keine Datei geschrieben."});
 
         // The headless platform starts no browser.
-        prompter.clear();
-        LotMapDialog dialog(AppContext{db->shared(), settings, dir.path(), prompter, clock}, harvest);
-        prompter.answerYes();
+        LotMapDialog dialog(context(), m_harvest);
+        auto* lots = test::child<QTableView>(dialog, "gridlilos");
+        lots->setCurrentIndex(lots->model()->index(1, 0));
+        m_prompter.answerYes();
         QGuiApplication::clipboard()->clear();
         test::child<QPushButton>(dialog, "ok")->click();
-        QCOMPARE(prompter.questions().size(), 1);
-        const QString question = prompter.questions().first();
+        QCOMPARE(m_prompter.questions().size(), 1);
+        const QString question = m_prompter.questions().first();
         QVERIFY2(question.startsWith(QStringLiteral("Es konnte kein Browser gestartet werden")), qPrintable(question));
         const QString address = QGuiApplication::clipboard()->text();
         QVERIFY2(address.startsWith(QStringLiteral("https://")) && address.contains(QStringLiteral("50.1")), qPrintable(address));

@@ -96,16 +96,11 @@ private slots:
         QVERIFY2(!xml.hasError(), qPrintable(xml.errorString()));
         QCOMPARE(coordinates, (QStringList{QStringLiteral("9.500000,50.123400,0"), QStringLiteral("11.250000,48.000000,0")}));
         QCOMPARE(names, (QStringList{QStringLiteral("Hieb 7"), QStringLiteral("Los 1"), QStringLiteral("Los 2")}));
-    }
 
-    void noValidCoordinatesWritesNothing()
-    {
-        test::TempDataFolder dir;
-        auto db = dir.openDatabase();
-        const qint32 harvest = test::addHarvest(db->shared(), 8);
-        test::addLot(db->shared(), harvest, 1);
-        const GeoFilesResult result = writeLotPlaceFiles(db->shared(), harvest, dir.filePath(QStringLiteral("leer")));
-        QVERIFY(!result.ok);
+        // No lot with valid coordinates: no file at all.
+        const qint32 bare = test::addHarvest(db->shared(), 8);
+        test::addLot(db->shared(), bare, 1);
+        QVERIFY(!writeLotPlaceFiles(db->shared(), bare, dir.filePath(QStringLiteral("leer"))).ok);
         QVERIFY(!QFileInfo::exists(dir.filePath(QStringLiteral("leer.geojson"))));
     }
 };

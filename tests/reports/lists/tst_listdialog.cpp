@@ -126,33 +126,18 @@ private slots:
         QCOMPARE(child<QLabel>(dialog, "bezanzahl")->text(), QStringLiteral("Anzahl Datensätze: 3"));
         QVERIFY(shownReport.contains(QStringLiteral("Anzahl_Stämme")) && shownReport.contains(QStringLiteral("FI (Fichte)")));
 
-        // The chart: one bar per group; saved as PNG and PDF.
-        auto* chartButton = child<QPushButton>(dialog, "comdiagramm");
-        QVERIFY(chartButton->isEnabled());
-        int bars = -1;
-        QString category;
+        // The chart saved as PNG and PDF.
         const QString png = m_folder.filePath(QStringLiteral("diagramm.png"));
         const QString pdf = m_folder.filePath(QStringLiteral("diagramm.pdf"));
-        bool savedPng = false, savedPdf = false;
+        bool saved = false;
         whenShown(QStringLiteral("BF_Diagramm"), [&](QWidget* w) {
-            auto* window = static_cast<ChartWindow*>(w);
-            auto* view = child<QChartView>(*w, "diagramm");
-            auto* series = static_cast<QAbstractBarSeries*>(view->chart()->series().first());
-            bars = int(series->barSets().first()->count());
-            category = child<QComboBox>(*w, "komwert")->currentText();
-            savedPng = window->savePng(png);
-            savedPdf = window->savePdf(pdf);
+            saved = static_cast<ChartWindow*>(w)->savePng(png) && static_cast<ChartWindow*>(w)->savePdf(pdf);
         });
-        QTest::mouseClick(chartButton, Qt::LeftButton);
-        QCOMPARE(bars, 3);
-        QCOMPARE(category, QStringLiteral("Efm_Stämme"));
-        QVERIFY(savedPng && QImage(png).width() > 100);
-        QVERIFY(savedPdf);
+        QTest::mouseClick(child<QPushButton>(dialog, "comdiagramm"), Qt::LeftButton);
+        QVERIFY(saved && QImage(png).width() > 100);
         QVERIFY(test::toolOutput(QStringLiteral("pdfinfo"), {pdf}).contains(QRegularExpression(QStringLiteral("Pages:\\s+1\\n"))));
     }
 
-    // Every bar of a grouped list's chart stands for one row of the grid, under that row's keys
-    // and with that row's figures; an empty key is a group of its own, shown as "(leer)".
     // What the chart writes on its bars and axes, as a German reader expects it.
     void chartSpeaksGerman_data()
     {
@@ -196,6 +181,8 @@ private slots:
         }
     }
 
+    // Every bar of a grouped list's chart stands for one row of the grid, under that row's keys
+    // and with that row's figures; an empty key is a group of its own, shown as "(leer)".
     void chartBarsMatchTheRows_data()
     {
         QTest::addColumn<int>("member");
@@ -262,15 +249,13 @@ private slots:
         const QAbstractItemModel& grid = *child<QTableView>(dialog, "gridli")->model();
         QCOMPARE(grid.rowCount(), labels.size());
 
-        QStringList failures;
         int figuresSeen = 0;
         whenShown(QStringLiteral("BF_Diagramm"), [&](QWidget* w) {
             auto* figure = child<QComboBox>(*w, "komwert");
             auto* view = child<QChartView>(*w, "diagramm");
             const int keys = grid.columnCount() - figure->count();
-            for (int f = 0; f < figure->count(); ++f) {
+            for (int f = 0; f < figure->count(); ++f, ++figuresSeen) {
                 figure->setCurrentIndex(f);
-                ++figuresSeen;
                 auto* series = static_cast<QAbstractBarSeries*>(view->chart()->series().first());
                 const auto axes = series->attachedAxes();
                 auto* axis = qobject_cast<QBarCategoryAxis*>(axes.first()->type() == QAbstractAxis::AxisTypeBarCategory ? axes.first()
@@ -283,25 +268,19 @@ private slots:
                     std::reverse(shown.begin(), shown.end());
                     std::reverse(values.begin(), values.end());
                 }
-                if (shown.size() != grid.rowCount() || values.size() != grid.rowCount()) {
-                    failures << QStringLiteral("%1: %2 labels, %3 bars for %4 rows").arg(figure->currentText()).arg(shown.size())
-                                    .arg(values.size()).arg(grid.rowCount());
-                    continue;
-                }
+                QCOMPARE(shown.size(), grid.rowCount());
+                QCOMPARE(values.size(), grid.rowCount());
                 for (int r = 0; r < grid.rowCount(); ++r) {
-                    const QString label = QString(shown[r]).remove(QChar(0x200B));
-                    if (label != labels[r])
-                        failures << QStringLiteral("bar %1 is labelled %2, not %3").arg(r).arg(label, labels[r]);
+                    QCOMPARE(QString(shown[r]).remove(QChar(0x200B)), labels[r]);
                     const QString cell = grid.data(grid.index(r, keys + f)).toString();
                     const int decimals = cell.contains(u',') ? int(cell.size() - cell.indexOf(u',') - 1) : 0;
-                    if (std::abs(values[r] - readNumber(cell)) > 0.5 * std::pow(10.0, -decimals) + 1e-9)
-                        failures << QStringLiteral("%1, bar %2: %3, the row shows %4").arg(figure->currentText()).arg(r).arg(values[r]).arg(cell);
+                    QVERIFY2(std::abs(values[r] - readNumber(cell)) <= 0.5 * std::pow(10.0, -decimals) + 1e-9,
+                             qPrintable(QStringLiteral("%1, bar %2: %3, the row shows %4").arg(figure->currentText()).arg(r).arg(values[r]).arg(cell)));
                 }
             }
         });
         QTest::mouseClick(child<QPushButton>(dialog, "comdiagramm"), Qt::LeftButton);
         QVERIFY(figuresSeen > 0);
-        QVERIFY2(failures.isEmpty(), qPrintable(failures.join(u'\n')));
     }
 
     // What OK does with a choice that lists nothing: the message, and an empty grid.
