@@ -1,6 +1,5 @@
 // "Einstellungen.tk3": 173 lines, repairs after reading, tolerance of damaged files.
 #include "common/textfile.h"
-#include "settings/corrections.h"
 #include "settings/settings.h"
 #include "support/tempdatafolder.h"
 
@@ -202,36 +201,6 @@ private slots:
         QVERIFY(bytes.contains("Forstbetrieb M\xfcller \x96 S\xe4ge \x84Nord\x93 \x80\r\n"));
         QVERIFY(!bytes.startsWith("\xEF\xBB\xBF"));
         QCOMPARE(EinstellungenLaden(path).text[1], s.text[1]);
-    }
-
-    void corrections_data()
-    {
-        QTest::addColumn<QString>("rule");
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("separator empty") << "separator" << "" << " | ";
-        QTest::newRow("separator blank kept") << "separator" << " " << " ";
-        QTest::newRow("days below 3") << "days" << "2" << "3";
-        QTest::newRow("days junk") << "days" << "x" << "3";
-        QTest::newRow("days 3") << "days" << "3" << "3";
-        QTest::newRow("lines 29") << "lines" << "29" << "30";
-        QTest::newRow("lines 60") << "lines" << "60" << "60";
-        QTest::newRow("margin 81") << "margin" << "81" << "80";
-        QTest::newRow("margin 80") << "margin" << "80" << "80";
-        QTest::newRow("factor high") << "factor" << "0,95" << "0,900";
-        QTest::newRow("factor low") << "factor" << "0,4" << "0,500";
-        QTest::newRow("factor inside") << "factor" << "0,675" << "0,675";
-    }
-    void corrections()
-    {
-        QFETCH(QString, rule);
-        QFETCH(QString, input);
-        QFETCH(QString, expected);
-        const QMap<QString, QString (*)(const QString&)> rules{
-            {QStringLiteral("separator"), settingsrules::separator}, {QStringLiteral("days"), settingsrules::backupDays},
-            {QStringLiteral("lines"), settingsrules::linesPerPage},  {QStringLiteral("margin"), settingsrules::topMargin},
-            {QStringLiteral("factor"), settingsrules::firstFactor}};
-        QCOMPARE(rules.value(rule)(input), expected);
     }
 };
 

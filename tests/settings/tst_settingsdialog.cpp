@@ -91,14 +91,17 @@ private slots:
         }
     }
 
+    // The corrections of each field's rule as the user leaves the field.
     void correctionsOnLeavingAField()
     {
         Einstellungen s = EinstellungenLaden(path());
         test::ScriptedPrompter prompter;
         SettingsDialog d(s, path(), prompter);
         const std::tuple<const char*, QString, QString> cases[] = {
-            {"t(3)", "", " | "}, {"t(2)", "1", "3"}, {"t(1)", "10", "30"}, {"t(8)", "95", "80"},
-            {"t(4)", "0,95", "0,900"}, {"t(4)", "0,1", "0,500"}, {"t(5)", "0,95", "0,95"}, {"t(6)", "1,2", "1,2"}};
+            {"t(3)", "", " | "},   {"t(3)", " ", " "},          {"t(2)", "1", "3"},          {"t(2)", "x", "3"},
+            {"t(2)", "3", "3"},    {"t(1)", "10", "30"},        {"t(1)", "60", "60"},        {"t(8)", "95", "80"},
+            {"t(8)", "80", "80"},  {"t(4)", "0,95", "0,900"},   {"t(4)", "0,1", "0,500"},    {"t(4)", "0,675", "0,675"},
+            {"t(5)", "0,95", "0,95"}, {"t(6)", "1,2", "1,2"}};
         for (const auto& [name, typed, expected] : cases) {
             typeInto(child<QLineEdit>(d, name), typed);
             QCOMPARE(child<QLineEdit>(d, name)->text(), expected);
