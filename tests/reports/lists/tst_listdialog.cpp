@@ -331,44 +331,27 @@ private slots:
     // shows the choices it was closed with; each list keeps its own.
     void everyListKeepsItsChoices()
     {
-        struct Chosen {
-            int scope, grouping;
-            QString sort, filter, filterValue;
-            QStringList leftOut;
-        };
-        QHash<int, Chosen> chosen;
+        QHash<int, lists::ListRequest> chosen;
         for (const lists::MemberDef& def : lists::members()) {
             ListDialog dialog(context(), def.member, m_h1, false);
             if (def.member == lists::Member::Hiebe) { // one year range for all lists
                 child<QRadioButton>(dialog, "optizeitraum(1)")->click();
                 test::typeInto(child<QLineEdit>(dialog, "tzeitraum(0)"), QStringLiteral("2020"));
             }
-            Chosen c;
             auto* scope = child<QComboBox>(dialog, "komhieb");
-            c.scope = (int(def.member) + 3) % scope->count(); // each list another scope
-            scope->setCurrentIndex(c.scope);
+            scope->setCurrentIndex((int(def.member) + 3) % scope->count()); // each list another scope
             if (!def.filters.isEmpty()) {
                 auto* filter = child<QComboBox>(dialog, qPrintable(def.filters.last().objectName()));
-                if (filter->count() > 1) {
-                    filter->setCurrentIndex(filter->count() - 1);
-                    c.filter = def.filters.last().objectName();
-                    c.filterValue = filter->currentText();
-                }
+                filter->setCurrentIndex(filter->count() - 1);
             }
-            auto* sort = child<QComboBox>(dialog, "komsort");
-            sort->setCurrentIndex(2);
-            c.sort = sort->currentText();
+            child<QComboBox>(dialog, "komsort")->setCurrentIndex(2);
             child<QCheckBox>(dialog, "komsortdesc")->setChecked(true);
-            auto* columns = child<QListWidget>(dialog, "liste");
-            for (int i : {1, 3}) {
-                columns->item(i)->setCheckState(Qt::Unchecked);
-                c.leftOut << columns->item(i)->text();
-            }
-            c.grouping = int(def.member) % int(def.groupings.size());
-            child<QRadioButton>(dialog, qPrintable(QStringLiteral("optigruppe(%1)").arg(c.grouping)))->click();
+            for (int i : {1, 3})
+                child<QListWidget>(dialog, "liste")->item(i)->setCheckState(Qt::Unchecked);
+            child<QRadioButton>(dialog, qPrintable(QStringLiteral("optigruppe(%1)").arg(int(def.member) % def.groupings.size())))->click();
+            chosen.insert(int(def.member), dialog.request());
             QTest::mouseClick(child<QPushButton>(dialog, "beenden"), Qt::LeftButton);
             QVERIFY(!dialog.isVisible());
-            chosen.insert(int(def.member), c);
         }
 
         const QString file = m_folder.filePath(QString::fromLatin1(SettingsFileName));
@@ -376,28 +359,19 @@ private slots:
         m_settings = EinstellungenLaden(file);
 
         for (const lists::MemberDef& def : lists::members()) {
-            const Chosen& c = chosen[int(def.member)];
+            const lists::ListRequest& c = chosen[int(def.member)];
             ListDialog dialog(context(), def.member, m_h1, false);
-            const QString list = def.windowName;
-            QVERIFY2(child<QComboBox>(dialog, "komhieb")->currentIndex() == c.scope, qPrintable(list));
-            if (!c.filter.isEmpty())
-                QVERIFY2(child<QComboBox>(dialog, qPrintable(c.filter))->currentText() == c.filterValue, qPrintable(list));
-            QVERIFY2(child<QComboBox>(dialog, "komsort")->currentText() == c.sort, qPrintable(list));
-            QVERIFY2(child<QCheckBox>(dialog, "komsortdesc")->isChecked(), qPrintable(list));
-            auto* columns = child<QListWidget>(dialog, "liste");
-            QStringList leftOut;
-            for (int i = 0; i < columns->count(); ++i)
-                if (columns->item(i)->checkState() != Qt::Checked)
-                    leftOut << columns->item(i)->text();
-            QCOMPARE(leftOut, c.leftOut);
-            QVERIFY2(child<QRadioButton>(dialog, qPrintable(QStringLiteral("optigruppe(%1)").arg(c.grouping)))->isChecked(), qPrintable(list));
-            QVERIFY2(!columns->isEnabled(), "a kept grouping decides the columns again");
-            QVERIFY2(child<QRadioButton>(dialog, "optizeitraum(1)")->isChecked(), qPrintable(list));
-            QCOMPARE(child<QLineEdit>(dialog, "tzeitraum(0)")->text(), QStringLiteral("2020"));
-            // The choices are those of the request the list is built from.
             const lists::ListRequest r = dialog.request();
+            QCOMPARE(r.scope, c.scope);
+            QCOMPARE(r.filters, c.filters);
+            QCOMPARE(r.sortColumn, c.sortColumn);
+            QVERIFY(r.descending);
+            QCOMPARE(r.columns.size(), def.columns.size() - 2);
+            QCOMPARE(r.columns, c.columns);
             QCOMPARE(r.grouping, c.grouping);
-            QCOMPARE(r.descending, true);
+            QVERIFY2(!child<QListWidget>(dialog, "liste")->isEnabled(), "a kept grouping decides the columns again");
+            QVERIFY2(child<QRadioButton>(dialog, "optizeitraum(1)")->isChecked(), qPrintable(def.windowName));
+            QCOMPARE(child<QLineEdit>(dialog, "tzeitraum(0)")->text(), QStringLiteral("2020"));
             dialog.reject();
         }
     }
