@@ -148,6 +148,7 @@ class TestHelpTopics : public QObject {
     FixedClock m_clock{QDate(2026, 11, 21)};
     qint32 m_harvest = 0;
     QSet<QString> m_coveredClasses;
+    QHash<QString, QString> m_windowOfTopic; // topic text → the window that showed it
     HelpButtons m_helpButtons{m_prompter};
 
     AppContext context() { return {m_session->database->shared(), m_session->settings, m_folder.path(), m_prompter, m_clock}; }
@@ -243,6 +244,8 @@ private slots:
         QVERIFY2(!own.title.isEmpty(), qPrintable(helpTopicOfWindow(window->objectName())));
         QCOMPARE(shown.title, own.title);
         QVERIFY2(shown.text.size() > 200, qPrintable(QString::number(shown.text.size())));
+        QVERIFY2(!m_windowOfTopic.contains(shown.text), qPrintable(QStringLiteral("dasselbe Thema wie ") + m_windowOfTopic.value(shown.text)));
+        m_windowOfTopic.insert(shown.text, window->objectName());
         QVERIFY(!shown.text.contains(u'\uFFFD'));
 
         const QSet<QString> captions = captionsOf(*window);
