@@ -6,6 +6,7 @@
 #include "reports/ui/textoutputwindow.h"
 #include "store/sql.h"
 #include "support/records.h"
+#include "support/reportsfixture.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
 
@@ -147,7 +148,7 @@ private slots:
         const QString pdf = m_dir.filePath(QStringLiteral("ausgabe.pdf"));
         m_prompter.answerText(pdf);
         child<QPushButton>(w, "dateidrucken")->click();
-        QVERIFY(QFile::exists(pdf));
+        QVERIFY(test::toolOutput(QStringLiteral("pdfinfo"), {pdf}).contains(QRegularExpression(QStringLiteral("Pages:\\s+2\\n")))); // "#" breaks the page
 
         const QString copy = m_dir.filePath(QStringLiteral("kopie.txt"));
         m_prompter.answerText(copy);

@@ -275,7 +275,11 @@ private slots:
                     const QString cell = grid.data(grid.index(r, keys + f)).toString();
                     const int decimals = cell.contains(u',') ? int(cell.size() - cell.indexOf(u',') - 1) : 0;
                     QVERIFY2(std::abs(values[r] - readNumber(cell)) <= 0.5 * std::pow(10.0, -decimals) + 1e-9,
-                             qPrintable(QStringLiteral("%1, bar %2: %3, the row shows %4").arg(figure->currentText()).arg(r).arg(values[r]).arg(cell)));
+                             qPrintable(QStringLiteral("%1, bar %2: %3, the row shows %4")
+                                            .arg(figure->currentText())
+                                            .arg(r)
+                                            .arg(values[r])
+                                            .arg(cell)));
                 }
             }
         });
