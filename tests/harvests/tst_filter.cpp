@@ -1,5 +1,5 @@
-// Which harvests a report counts: the clause of each selection kind with the year or date
-// range, run against real harvests, and the range refusals.
+// Which harvests a report counts: each selection kind with the year or date range, run against
+// real harvests, and the range refusals.
 #include "harvests/filter.h"
 #include "store/sql.h"
 #include "support/tempdatafolder.h"
@@ -71,62 +71,44 @@ private slots:
         }
     }
 
-    void clauses_data()
+    void harvestsCounted_data()
     {
         QTest::addColumn<int>("kind");
         QTest::addColumn<int>("current");
         QTest::addColumn<Einstellungen>("settings");
-        QTest::addColumn<QString>("where");
         QTest::addColumn<QList<qint32>>("harvests");
         const Einstellungen none;
-        QTest::newRow("all") << 0 << 0 << none << QString() << QList<qint32>{1, 2, 3, 4, 5};
-        QTest::newRow("unknown kind counts all") << 9 << 0 << none << QString() << QList<qint32>{1, 2, 3, 4, 5};
-        QTest::newRow("selected") << 1 << 0 << none << " where Selektiert = 'X'" << QList<qint32>{1, 3, 5};
-        QTest::newRow("current") << 2 << 4 << none << " where Hiebe.ID = ?" << QList<qint32>{4};
-        QTest::newRow("current without one") << 2 << 0 << none << " where Hiebe.ID = ?" << QList<qint32>{};
-        QTest::newRow("unsold") << 3 << 0 << none << " where Teilverkauft = 'N' and Verkauft = 'N'" << QList<qint32>{1, 2};
-        QTest::newRow("partly sold") << 4 << 0 << none << " where Teilverkauft = 'J' and Verkauft = 'N'" << QList<qint32>{3};
-        QTest::newRow("sold") << 5 << 0 << none << " where Verkauft = 'J'" << QList<qint32>{4, 5};
-        QTest::newRow("years") << 0 << 0 << years("2005", "2007") << " where Jahr >= ? and Jahr <= ?" << QList<qint32>{2, 3, 4};
-        QTest::newRow("unsold in years") << 3 << 0 << years("2005", "2007")
-                                         << " where Teilverkauft = 'N' and Verkauft = 'N' and Jahr >= ? and Jahr <= ?"
-                                         << QList<qint32>{2};
-        const QString dateRange = QStringLiteral(
-            "(Hiebdatum_von <= ? and Hiebdatum_von >= ?) or (Hiebdatum_bis >= ? and Hiebdatum_bis <= ?)");
+        QTest::newRow("all") << 0 << 0 << none << QList<qint32>{1, 2, 3, 4, 5};
+        QTest::newRow("unknown kind counts all") << 9 << 0 << none << QList<qint32>{1, 2, 3, 4, 5};
+        QTest::newRow("selected") << 1 << 0 << none << QList<qint32>{1, 3, 5};
+        QTest::newRow("current") << 2 << 4 << none << QList<qint32>{4};
+        QTest::newRow("current without one") << 2 << 0 << none << QList<qint32>{};
+        QTest::newRow("unsold") << 3 << 0 << none << QList<qint32>{1, 2};
+        QTest::newRow("partly sold") << 4 << 0 << none << QList<qint32>{3};
+        QTest::newRow("sold") << 5 << 0 << none << QList<qint32>{4, 5};
+        QTest::newRow("years") << 0 << 0 << years("2005", "2007") << QList<qint32>{2, 3, 4};
+        // A year text with an apostrophe is a value, not SQL: it matches nothing and breaks nothing.
+        QTest::newRow("years with apostrophes") << 0 << 0 << years("20'5", "2'07") << QList<qint32>{};
+        QTest::newRow("unsold in years") << 3 << 0 << years("2005", "2007") << QList<qint32>{2};
         // Only the end date can bring a harvest in: the start date's half asks for a start
         // on or before the range's start and on or after its end.
-        QTest::newRow("dates") << 0 << 0 << dates("01.01.2005", "01.07.2007") << " where " + dateRange
-                               << QList<qint32>{2, 3};
-        QTest::newRow("dates, one day") << 0 << 0 << dates("01.07.2007", "01.07.2007") << " where " + dateRange
-                                        << QList<qint32>{4};
+        QTest::newRow("dates") << 0 << 0 << dates("01.01.2005", "01.07.2007") << QList<qint32>{2, 3};
+        QTest::newRow("dates, one day") << 0 << 0 << dates("01.07.2007", "01.07.2007") << QList<qint32>{4};
         // "and" binds before "or": a harvest whose end falls in the range counts although it
         // is not selected.
-        QTest::newRow("selected and dates") << 1 << 0 << dates("01.01.2005", "31.12.2005")
-                                            << " where Selektiert = 'X' and " + dateRange << QList<qint32>{2};
-        QTest::newRow("current and dates") << 2 << 1 << dates("01.01.2006", "31.12.2008")
-                                           << " where Hiebe.ID = ? and " + dateRange << QList<qint32>{3, 4, 5};
+        QTest::newRow("selected and dates") << 1 << 0 << dates("01.01.2005", "31.12.2005") << QList<qint32>{2};
+        QTest::newRow("current and dates") << 2 << 1 << dates("01.01.2006", "31.12.2008") << QList<qint32>{3, 4, 5};
     }
 
-    void clauses()
+    void harvestsCounted()
     {
         QFETCH(int, kind);
         QFETCH(int, current);
         QFETCH(Einstellungen, settings);
-        QFETCH(QString, where);
         QFETCH(QList<qint32>, harvests);
         const std::optional<qint32> id = current ? std::optional<qint32>(m_idOf[current]) : std::nullopt;
         const HarvestFilter f = harvestFilter(kind, id, settings);
-        QCOMPARE(f.whereClause(), where);
-        QCOMPARE(where.count(u'?'), f.values.size());
         QCOMPARE(matching(f), harvests);
-    }
-
-    void apostrophesAndValuesAreBound()
-    {
-        // A year text with an apostrophe is a value, not SQL: it matches nothing and breaks nothing.
-        const HarvestFilter f = harvestFilter(0, std::nullopt, years(QStringLiteral("20'5"), QStringLiteral("2'07")));
-        QVERIFY(!f.condition.contains(u'\''));
-        QCOMPARE(matching(f), QList<qint32>{});
     }
 
     void behindAJoin()
@@ -141,81 +123,46 @@ private slots:
         execSql(db(), QStringLiteral("DELETE FROM Lose"));
     }
 
-    void refusals_data()
+    // A range a report cannot use is refused with its reason; the main list names the range that
+    // limits it, and only a range it really applies. Cleared, the range limits nothing but keeps
+    // its texts for the next time.
+    void ranges_data()
     {
         QTest::addColumn<Einstellungen>("settings");
         QTest::addColumn<QString>("reason");
+        QTest::addColumn<QString>("note"); // empty: no note
         const QString fourDigits = QStringLiteral("die Jahre von... bis... 4-stellig sein müssen.");
-        QTest::newRow("no range") << Einstellungen{} << QString();
-        QTest::newRow("years fine") << years("2005", "2007") << QString();
-        QTest::newRow("same year") << years("2007", "2007") << QString();
-        QTest::newRow("two-digit from") << years("05", "2007") << fourDigits;
-        QTest::newRow("empty to") << years("2005", "") << fourDigits;
+        const QString badDate = QStringLiteral("das Datum von... und/oder das Datum bis... nicht korrekt ist.");
+        Einstellungen unused = years("2005", "2007");
+        unused.zahl[RangeModeSlot] = 0;
+        QTest::newRow("no range") << unused << QString() << QString();
+        QTest::newRow("years fine") << years("2005", "2007") << QString() << QStringLiteral("Nur Hiebe 2005–2007");
+        QTest::newRow("same year") << years("2007", "2007") << QString() << QStringLiteral("Nur Hiebe 2007–2007");
+        QTest::newRow("two-digit from") << years("05", "2007") << fourDigits << QString();
+        QTest::newRow("empty to") << years("2005", "") << fourDigits << QString();
         QTest::newRow("years reversed") << years("2008", "2007")
-                                        << QStringLiteral("das Jahr von... nicht größer sein darf als das Jahr bis...");
-        QTest::newRow("dates fine") << dates("01.01.2005", "31.12.2005") << QString();
-        QTest::newRow("invalid date") << dates("31.02.2005", "31.12.2005")
-                                      << QStringLiteral("das Datum von... und/oder das Datum bis... nicht korrekt ist.");
-        QTest::newRow("empty date") << dates("01.01.2005", "")
-                                    << QStringLiteral("das Datum von... und/oder das Datum bis... nicht korrekt ist.");
+                                        << QStringLiteral("das Jahr von... nicht größer sein darf als das Jahr bis...") << QString();
+        QTest::newRow("dates fine") << dates("01.03.2020", "30.09.2021") << QString() << QStringLiteral("Nur Hiebe 01.03.2020–30.09.2021");
+        QTest::newRow("invalid date") << dates("31.02.2005", "31.12.2005") << badDate << QString();
+        QTest::newRow("empty date") << dates("01.01.2005", "") << badDate << QString();
         QTest::newRow("dates reversed") << dates("02.01.2006", "01.01.2006")
-                                        << QStringLiteral("das Datum von... nicht neuer sein muß als das Datum bis...");
+                                        << QStringLiteral("das Datum von... nicht neuer sein muß als das Datum bis...") << QString();
     }
 
-    void refusals()
+    void ranges()
     {
         QFETCH(Einstellungen, settings);
         QFETCH(QString, reason);
+        QFETCH(QString, note);
         test::ScriptedPrompter prompter;
         QCOMPARE(checkRange(settings, prompter), reason.isEmpty());
-        if (reason.isEmpty())
-            QVERIFY(prompter.messages().isEmpty());
-        else
-            QCOMPARE(prompter.messages(), QStringList{"Die Liste kann nicht erstellt werden, weil " + reason});
-    }
-
-    void selectionCommands()
-    {
-        selectOnly(db(), {m_idOf[2], m_idOf[4]});
-        QCOMPARE(selectedHarvests(db()), (QList<qint32>{m_idOf[2], m_idOf[4]}));
-        selectOnly(db(), {}); // nothing marked clears every selection
-        QCOMPARE(selectedHarvests(db()), QList<qint32>{});
-        selectAll(db(), true);
-        QCOMPARE(selectedHarvests(db()).size(), 5);
-        selectAll(db(), false);
-        QCOMPARE(scalar(db(), QStringLiteral("select count(*) from Hiebe where Selektiert = ''")).toInt(), 5);
-        QCOMPARE(markSelectedQuestion(3), QStringLiteral("Es sind 3 Hiebe selektiert. Sollen diese auch gleich markiert werden?"));
-    }
-
-    // The main list names the range that limits it, and only a range it really applies.
-    void rangeNoteOfTheMainList_data()
-    {
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<QString>("from");
-        QTest::addColumn<QString>("to");
-        QTest::addColumn<QString>("note"); // empty: no note
-        QTest::newRow("years") << 1 << "2020" << "2021" << QStringLiteral("Nur Hiebe 2020–2021");
-        QTest::newRow("dates") << 2 << "01.03.2020" << "30.09.2021" << QStringLiteral("Nur Hiebe 01.03.2020–30.09.2021");
-        QTest::newRow("no range") << 0 << "2020" << "2021" << QString();
-        QTest::newRow("unusable years leave the list whole") << 1 << "20" << "2021" << QString();
-        QTest::newRow("dates the wrong way round") << 2 << "30.09.2021" << "01.03.2020" << QString();
-    }
-
-    void rangeNoteOfTheMainList()
-    {
-        QFETCH(int, mode);
-        QFETCH(QString, from);
-        QFETCH(QString, to);
-        QFETCH(QString, note);
-        Einstellungen s;
-        s.zahl[RangeModeSlot] = qint16(mode);
-        s.text[mode == 2 ? DateFromSlot : YearFromSlot] = from;
-        s.text[mode == 2 ? DateToSlot : YearToSlot] = to;
-        QCOMPARE(rangeNote(s).value_or(QString()), note);
-        clearRange(s);
-        QVERIFY(!rangeNote(s));
-        QVERIFY(harvestFilter(0, std::nullopt, s).isEmpty());
-        QCOMPARE(s.text[mode == 2 ? DateFromSlot : YearFromSlot], from); // kept for the next time
+        QCOMPARE(prompter.messages(), reason.isEmpty() ? QStringList{} : QStringList{"Die Liste kann nicht erstellt werden, weil " + reason});
+        QCOMPARE(rangeNote(settings).value_or(QString()), note);
+        const Einstellungen before = settings;
+        clearRange(settings);
+        QVERIFY(!rangeNote(settings));
+        QVERIFY(harvestFilter(0, std::nullopt, settings).isEmpty());
+        QCOMPARE(settings.text, before.text);
     }
 };
 

@@ -13,27 +13,18 @@
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTableView>
-#include <QTimer>
 
 using namespace tarvik;
 
 namespace {
 
-// Waits for the modal window with the given name, lets the step act on it, then closes it.
+// Lets the step act on the modal window of that name, then closes it.
 void whenShown(const QString& name, std::function<void(QWidget*)> step)
 {
-    auto* timer = new QTimer;
-    timer->setInterval(20);
-    QObject::connect(timer, &QTimer::timeout, [timer, name, step] {
-        QWidget* w = QApplication::activeModalWidget();
-        if (!w || w->objectName() != name)
-            return;
-        timer->stop();
-        timer->deleteLater();
+    test::whenShown(name, [step](QWidget* w) {
         step(w);
         w->close();
     });
-    timer->start();
 }
 
 } // namespace

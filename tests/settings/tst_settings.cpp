@@ -1,6 +1,5 @@
 // "Einstellungen.tk3": 173 lines, repairs after reading, tolerance of damaged files.
 #include "common/textfile.h"
-#include "settings/corrections.h"
 #include "settings/settings.h"
 #include "support/tempdatafolder.h"
 
@@ -13,20 +12,6 @@ using namespace tarvik;
 class TestSettings : public QObject {
     Q_OBJECT
 private slots:
-    void missingFileGivesDefaults()
-    {
-        const Einstellungen s = EinstellungenLaden(QStringLiteral("/nonexistent/Einstellungen.tk3"));
-        QCOMPARE(s.zahl[17], qint16(14));
-        QCOMPARE(s.text[10], QStringLiteral(" | "));
-        QCOMPARE(s.dezimal[0], 0.7f);
-        QCOMPARE(s.dezimal[1], 0.65f);
-        QCOMPARE(s.dezimal[2], 0.6f);
-        QCOMPARE(s.zahl[0], qint16(0));
-        QCOMPARE(s.zahl[100], qint16(0));
-        QCOMPARE(s.dezimal[3], 0.0f);
-        QCOMPARE(s.text[12], QString());
-    }
-
     void fileHasTheExactLayout()
     {
         test::TempDataFolder dir;
@@ -71,35 +56,43 @@ private slots:
         QCOMPARE(read.dezimal, s.dezimal);
     }
 
-    void factorKeepsTwoDecimals()
-    {
-        test::TempDataFolder dir;
-        const QString path = dir.filePath(QLatin1String(SettingsFileName));
-        Einstellungen s = EinstellungenLaden(path);
-        s.dezimal[0] = 0.675f;
-        QVERIFY(EinstellungenSpeichern(s, path));
-        QCOMPARE(EinstellungenLaden(path).dezimal[0], 0.68f);
-    }
-
-    void repairs_data()
+    // One line of a saved file (defaults, zahl[2] = 3, text[60] = "Ende") changed, and the slot
+    // read from it; what was read is what a save writes back. Line -1: no file at all; a null
+    // value: the file ends before that line.
+    void reading_data()
     {
         QTest::addColumn<int>("line");
         QTest::addColumn<QString>("value");
         QTest::addColumn<QString>("slot");
         QTest::addColumn<QString>("expected");
+        const QString cut;
+        QTest::newRow("no file: backup days") << -1 << "" << "zahl17" << "14";
+        QTest::newRow("no file: separator") << -1 << "" << "text10" << " | ";
+        QTest::newRow("no file: first factor") << -1 << "" << "dez0" << "0.7";
+        QTest::newRow("short file keeps what was read") << 3 << cut << "zahl2" << "3";
+        QTest::newRow("short file: the rest as without a file") << 3 << cut << "zahl17" << "14";
+        QTest::newRow("short file: factors as without a file") << 3 << cut << "dez1" << "0.65";
+        QTest::newRow("an extra line is ignored") << 173 << "zuviel" << "text60" << "Ende";
         QTest::newRow("backup days 2 becomes 14") << 17 << " 2" << "zahl17" << "14";
         QTest::newRow("backup days 3 stays") << 17 << " 3" << "zahl17" << "3";
         QTest::newRow("blank separator repaired") << 122 << "   " << "text10" << " | ";
+        QTest::newRow("lone CR in a text is a blank") << 115 << "Forst\rbetrieb" << "text3" << "Forst betrieb";
         QTest::newRow("factor 0 repaired") << 101 << "0.00" << "dez0" << "0.7";
+        QTest::newRow("factor below a cent is 0, repaired") << 101 << "0.001" << "dez0" << "0.7";
         QTest::newRow("garbled factor counts as 0") << 102 << "abc" << "dez1" << "0.65";
-        QTest::newRow("garbled number counts as 0") << 5 << "x1" << "zahl5" << "0";
+        QTest::newRow("garbled number counts as 0") << 2 << "x1" << "zahl2" << "0";
         QTest::newRow("factor nan repaired") << 101 << "nan" << "dez0" << "0.7";
         QTest::newRow("factor inf repaired") << 102 << "inf" << "dez1" << "0.65";
         QTest::newRow("factor -inf repaired") << 103 << "-inf" << "dez2" << "0.6";
         QTest::newRow("factor overflow repaired") << 103 << "1e40" << "dez2" << "0.6";
+        // Too long for a factor line: written back, it would be cut to another number.
+        QTest::newRow("factor too long repaired") << 103 << "7777777777777740" << "dez2" << "0.6";
+        QTest::newRow("spare factor too long is 0") << 106 << "-313333333330" << "dez5" << "0";
+        QTest::newRow("spare factor of ten characters") << 107 << "1234567.5" << "dez6" << "1234567.5";
+        QTest::newRow("spare factor to two decimals") << 105 << "0.456" << "dez4" << "0.46";
         QTest::newRow("spare factor nan is 0") << 105 << "NaN" << "dez4" << "0";
     }
-    void repairs()
+    void reading()
     {
         QFETCH(int, line);
         QFETCH(QString, value);
@@ -107,76 +100,34 @@ private slots:
         QFETCH(QString, expected);
         test::TempDataFolder dir;
         const QString path = dir.filePath(QLatin1String(SettingsFileName));
-        QVERIFY(EinstellungenSpeichern(EinstellungenLaden(path), path));
-        QStringList lines = readTextFile(path).lines;
-        lines[line] = value;
-        QVERIFY(writeTextFile(path, lines).ok);
+        if (line >= 0) {
+            Einstellungen saved = EinstellungenLaden(path);
+            saved.zahl[2] = 3;
+            saved.text[60] = QStringLiteral("Ende");
+            QVERIFY(EinstellungenSpeichern(saved, path));
+            QStringList lines = readTextFile(path).lines;
+            if (value.isNull())
+                lines = lines.mid(0, line);
+            else if (line < lines.size())
+                lines[line] = value;
+            else
+                lines << value;
+            QVERIFY(writeTextFile(path, lines).ok);
+        }
         const Einstellungen s = EinstellungenLaden(path);
-        QString actual;
+        const int index = slot.mid(slot.startsWith(u'd') ? 3 : 4).toInt();
         if (slot.startsWith(QLatin1String("zahl")))
-            actual = QString::number(s.zahl[size_t(slot.mid(4).toInt())]);
+            QCOMPARE(s.zahl[size_t(index)], qint16(expected.toInt()));
         else if (slot.startsWith(QLatin1String("dez")))
-            actual = QString::number(double(s.dezimal[size_t(slot.mid(3).toInt())]), 'g', 6);
+            QCOMPARE(s.dezimal[size_t(index)], expected.toFloat());
         else
-            actual = s.text[size_t(slot.mid(4).toInt())];
-        QCOMPARE(actual, expected);
-    }
-
-    void shortFileKeepsWhatWasRead()
-    {
-        test::TempDataFolder dir;
-        const QString path = dir.filePath(QLatin1String(SettingsFileName));
-        QVERIFY(writeTextFile(path, {QStringLiteral(" 1"), QStringLiteral(" 2"), QStringLiteral(" 3")}).ok);
-        const Einstellungen s = EinstellungenLaden(path);
-        QCOMPARE(s.zahl[2], qint16(3));
-        QCOMPARE(s.zahl[3], qint16(0));
-        QCOMPARE(s.zahl[17], qint16(14));
-        QCOMPARE(s.dezimal[0], 0.7f);
-    }
-
-    // A lone CR inside a text line reads as the blank the writer makes of it, and a factor
-    // "nan" or "inf" as unreadable: what was read is what a save writes back.
-    void oddLinesReadAsTheyWillBeWritten()
-    {
-        test::TempDataFolder dir;
-        const QString path = dir.filePath(QLatin1String(SettingsFileName));
-        QStringList lines(Einstellungen::LineCount, QStringLiteral(" 0"));
-        lines[Einstellungen::ZahlCount] = QStringLiteral("nan");
-        lines[Einstellungen::ZahlCount + 1] = QStringLiteral("-inf");
-        // Too long for a factor line: written back, it would be cut to another number.
-        lines[Einstellungen::ZahlCount + 2] = QStringLiteral("7777777777777740");
-        lines[Einstellungen::ZahlCount + 5] = QStringLiteral("-313333333330");
-        lines[Einstellungen::ZahlCount + 6] = QStringLiteral("1234567.5");
-        // Kept to the two decimals its line holds: 0.001 is 0.00, which is a missing factor.
-        lines[Einstellungen::ZahlCount + 3] = QStringLiteral("0.001");
-        lines[Einstellungen::ZahlCount + 4] = QStringLiteral("0.456");
-        lines[Einstellungen::ZahlCount + Einstellungen::DezimalCount + 3] = QStringLiteral("Forst\rbetrieb");
-        QVERIFY(writeTextFile(path, lines).ok);
-        const Einstellungen s = EinstellungenLaden(path);
-        QCOMPARE(s.dezimal[0], 0.7f);
-        QCOMPARE(s.dezimal[1], 0.65f);
-        QCOMPARE(s.dezimal[2], 0.6f);
-        QCOMPARE(s.dezimal[3], 0.0f);
-        QCOMPARE(s.dezimal[4], 0.46f);
-        QCOMPARE(s.dezimal[5], 0.0f);
-        QCOMPARE(s.dezimal[6], 1234567.5f); // ten characters fit
-        QCOMPARE(s.text[3], QStringLiteral("Forst betrieb"));
-        QVERIFY(EinstellungenSpeichern(s, path));
-        QCOMPARE(EinstellungenLaden(path).text, s.text);
-        QCOMPARE(EinstellungenLaden(path).dezimal, s.dezimal);
-    }
-
-    void extraLinesAreIgnored()
-    {
-        test::TempDataFolder dir;
-        const QString path = dir.filePath(QLatin1String(SettingsFileName));
-        Einstellungen s = EinstellungenLaden(path);
-        s.text[60] = QStringLiteral("Ende");
-        QVERIFY(EinstellungenSpeichern(s, path));
-        QStringList lines = readTextFile(path).lines;
-        lines << QStringLiteral("zuviel");
-        QVERIFY(writeTextFile(path, lines).ok);
-        QCOMPARE(EinstellungenLaden(path).text[60], QStringLiteral("Ende"));
+            QCOMPARE(s.text[size_t(index)], expected);
+        const QString copy = dir.filePath(QStringLiteral("Kopie.tk3"));
+        QVERIFY(EinstellungenSpeichern(s, copy));
+        const Einstellungen again = EinstellungenLaden(copy);
+        QCOMPARE(again.zahl, s.zahl);
+        QCOMPARE(again.dezimal, s.dezimal);
+        QCOMPARE(again.text, s.text);
     }
 
     // Every byte a text slot can hold comes back as it was, the five bytes Windows-1252
@@ -250,36 +201,6 @@ private slots:
         QVERIFY(bytes.contains("Forstbetrieb M\xfcller \x96 S\xe4ge \x84Nord\x93 \x80\r\n"));
         QVERIFY(!bytes.startsWith("\xEF\xBB\xBF"));
         QCOMPARE(EinstellungenLaden(path).text[1], s.text[1]);
-    }
-
-    void corrections_data()
-    {
-        QTest::addColumn<QString>("rule");
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("separator empty") << "separator" << "" << " | ";
-        QTest::newRow("separator blank kept") << "separator" << " " << " ";
-        QTest::newRow("days below 3") << "days" << "2" << "3";
-        QTest::newRow("days junk") << "days" << "x" << "3";
-        QTest::newRow("days 3") << "days" << "3" << "3";
-        QTest::newRow("lines 29") << "lines" << "29" << "30";
-        QTest::newRow("lines 60") << "lines" << "60" << "60";
-        QTest::newRow("margin 81") << "margin" << "81" << "80";
-        QTest::newRow("margin 80") << "margin" << "80" << "80";
-        QTest::newRow("factor high") << "factor" << "0,95" << "0,900";
-        QTest::newRow("factor low") << "factor" << "0,4" << "0,500";
-        QTest::newRow("factor inside") << "factor" << "0,675" << "0,675";
-    }
-    void corrections()
-    {
-        QFETCH(QString, rule);
-        QFETCH(QString, input);
-        QFETCH(QString, expected);
-        const QMap<QString, QString (*)(const QString&)> rules{
-            {QStringLiteral("separator"), settingsrules::separator}, {QStringLiteral("days"), settingsrules::backupDays},
-            {QStringLiteral("lines"), settingsrules::linesPerPage},  {QStringLiteral("margin"), settingsrules::topMargin},
-            {QStringLiteral("factor"), settingsrules::firstFactor}};
-        QCOMPARE(rules.value(rule)(input), expected);
     }
 };
 

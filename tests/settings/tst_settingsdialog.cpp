@@ -39,31 +39,6 @@ class TestSettingsDialog : public QObject {
     }
 
 private slots:
-    void showsTheSlots()
-    {
-        Einstellungen s = EinstellungenLaden(path());
-        s.zahl[46] = 2;
-        s.zahl[4] = 4;
-        s.zahl[57] = 1;
-        s.text[1] = QStringLiteral("Forstbetrieb");
-        test::ScriptedPrompter prompter;
-        SettingsDialog d(s, path(), prompter);
-        QCOMPARE(d.objectName(), QStringLiteral("OF_Einstellungen"));
-        QCOMPARE(d.windowTitle(), QStringLiteral("Globale Einstellungen"));
-        QVERIFY(child<QRadioButton>(d, "opticom(2)")->isChecked());
-        QCOMPARE(child<QRadioButton>(d, "opticom(1)")->text(), QStringLiteral("COM2"));
-        QVERIFY(child<QRadioButton>(d, "optiberi(4)")->isChecked());
-        QVERIFY(child<QCheckBox>(d, "konlnrlos")->isChecked());
-        QVERIFY(!child<QCheckBox>(d, "konbeep")->isChecked());
-        QCOMPARE(child<QLineEdit>(d, "t(4)")->text(), QStringLiteral("0,700"));
-        QCOMPARE(child<QLineEdit>(d, "t(5)")->text(), QStringLiteral("0,650"));
-        QCOMPARE(child<QLineEdit>(d, "t(2)")->text(), QStringLiteral("14"));
-        QCOMPARE(child<QLineEdit>(d, "t(3)")->text(), QStringLiteral(" | "));
-        QCOMPARE(child<QLineEdit>(d, "t(0)")->text(), QStringLiteral("Forstbetrieb"));
-        QCOMPARE(child<QComboBox>(d, "kom")->count(), 9);
-        QCOMPARE(child<QLabel>(d, "bezversion")->text(), QStringLiteral("Version: 3.0.28"));
-    }
-
     void couplings()
     {
         Einstellungen s = EinstellungenLaden(path());
@@ -116,14 +91,17 @@ private slots:
         }
     }
 
+    // The corrections of each field's rule as the user leaves the field.
     void correctionsOnLeavingAField()
     {
         Einstellungen s = EinstellungenLaden(path());
         test::ScriptedPrompter prompter;
         SettingsDialog d(s, path(), prompter);
         const std::tuple<const char*, QString, QString> cases[] = {
-            {"t(3)", "", " | "}, {"t(2)", "1", "3"}, {"t(1)", "10", "30"}, {"t(8)", "95", "80"},
-            {"t(4)", "0,95", "0,900"}, {"t(4)", "0,1", "0,500"}, {"t(5)", "0,95", "0,95"}, {"t(6)", "1,2", "1,2"}};
+            {"t(3)", "", " | "},   {"t(3)", " ", " "},          {"t(2)", "1", "3"},          {"t(2)", "x", "3"},
+            {"t(2)", "3", "3"},    {"t(1)", "10", "30"},        {"t(1)", "60", "60"},        {"t(8)", "95", "80"},
+            {"t(8)", "80", "80"},  {"t(4)", "0,95", "0,900"},   {"t(4)", "0,1", "0,500"},    {"t(4)", "0,675", "0,675"},
+            {"t(5)", "0,95", "0,95"}, {"t(6)", "1,2", "1,2"}};
         for (const auto& [name, typed, expected] : cases) {
             typeInto(child<QLineEdit>(d, name), typed);
             QCOMPARE(child<QLineEdit>(d, name)->text(), expected);
@@ -148,13 +126,31 @@ private slots:
         QCOMPARE(EinstellungenLaden(path()).zahl[21], qint16(0));
     }
 
-    void beendenStoresEverything()
+    // The dialog shows the slots of the settings, and Beenden stores what was changed.
+    void showsAndStoresTheSlots()
     {
         QFile::remove(path());
         Einstellungen s = EinstellungenLaden(path());
+        s.zahl[46] = 2;
+        s.zahl[4] = 4;
+        s.zahl[57] = 1;
         s.zahl[99] = 7; // a slot the dialog does not show is written back unchanged
+        s.text[1] = QStringLiteral("Forstbetrieb");
         test::ScriptedPrompter prompter;
         SettingsDialog d(s, path(), prompter);
+        QCOMPARE(d.windowTitle(), QStringLiteral("Globale Einstellungen"));
+        QVERIFY(child<QRadioButton>(d, "opticom(2)")->isChecked());
+        QCOMPARE(child<QRadioButton>(d, "opticom(1)")->text(), QStringLiteral("COM2"));
+        QVERIFY(child<QRadioButton>(d, "optiberi(4)")->isChecked());
+        QVERIFY(child<QCheckBox>(d, "konlnrlos")->isChecked());
+        QVERIFY(!child<QCheckBox>(d, "konbeep")->isChecked());
+        const std::pair<const char*, const char*> shown[] = {{"t(4)", "0,700"}, {"t(5)", "0,650"}, {"t(2)", "14"}, {"t(3)", " | "},
+                                                             {"t(0)", "Forstbetrieb"}};
+        for (const auto& [name, text] : shown)
+            QCOMPARE(child<QLineEdit>(d, name)->text(), QString::fromUtf8(text));
+        QCOMPARE(child<QComboBox>(d, "kom")->count(), 9);
+        QCOMPARE(child<QLabel>(d, "bezversion")->text(), QStringLiteral("Version: 3.0.28"));
+
         child<QCheckBox>(d, "konbeep")->click();
         child<QCheckBox>(d, "kon(3)")->click();
         child<QRadioButton>(d, "opticom(8)")->click();
