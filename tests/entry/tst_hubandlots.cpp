@@ -29,7 +29,6 @@
 
 using namespace tarvik;
 using test::child;
-using test::typeInto;
 
 class TestHubAndLots : public QObject, protected test::EntryFixture {
     Q_OBJECT
