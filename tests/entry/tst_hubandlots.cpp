@@ -1,7 +1,9 @@
-// The entry hub and the lot window: listing, copying, deleting, paying, lots and their bulk changes.
+// The harvest window, the entry hub and the lot window: numbers, refusals, listing, copying,
+// deleting, paying, stepping through the opener's list, lots and their bulk changes.
 #include "common/ui/gridformat.h"
 #include "entry/hub.h"
 #include "entry/lotentry.h"
+#include "entry/ui/harvestdialog.h"
 #include "entry/ui/hubdialog.h"
 #include "entry/ui/lotdialog.h"
 #include "store/records.h"
@@ -27,15 +29,114 @@
 
 using namespace tarvik;
 using test::child;
-using test::typeInto;
 
 class TestHubAndLots : public QObject, protected test::EntryFixture {
     Q_OBJECT
 
+    static void type(QDialog& d, const char* name, const QString& text) { child<QLineEdit>(d, name)->setText(text); }
+    static void choose(QDialog& d, const char* name, const QString& text) { child<QComboBox>(d, name)->setEditText(text); }
+    static void press(QDialog& d, const char* name) { child<QPushButton>(d, name)->click(); }
+    int count(const QString& sql) const { return scalar(db(), sql).toInt(); }
+    std::unique_ptr<QDialog> newEntry(const QString& window)
+    {
+        if (window == u"Hieb")
+            return std::make_unique<HarvestDialog>(context(), std::nullopt);
+        return std::make_unique<LotDialog>(context(), m_harvest, std::nullopt);
+    }
+
 private slots:
+    // The harvest window's tests start without any harvest, the others in harvest 41.
     void init()
     {
-        resetDatabase(41, {QLatin1String(LotPriceDefaultsFile)});
+        const bool harvestWindow = QByteArray(QTest::currentTestFunction()).startsWith("harvest");
+        resetDatabase(harvestWindow ? std::nullopt : std::optional<qint32>(41),
+                      {QLatin1String(HarvestDefaultsFile), QLatin1String(LotPriceDefaultsFile)});
+    }
+
+    // Text fields show a usual value whole, number fields keep to their digits however wide the
+    // window is, and the window fits a 1366×768 screen.
+    void fieldWidths_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<int>("page");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("number");
+        const QString h = QStringLiteral("Hieb"), l = QStringLiteral("Los");
+        QTest::newRow("Hieb-Nr") << h << 0 << "tz(0)" << "999999" << true;
+        QTest::newRow("Jahr") << h << 0 << "tz(1)" << "2026" << true;
+        QTest::newRow("Waldname") << h << 0 << "komwaldname" << "Großer Eichwald am Hang" << false;
+        QTest::newRow("Waldort") << h << 0 << "t(0)" << "Oberhausen-Rheinhausen" << false;
+        QTest::newRow("Hiebfläche") << h << 0 << "tz(2)" << "1234,5678" << true;
+        QTest::newRow("Hiebgrund") << h << 0 << "komhiebgrund" << "Käferbefall" << false;
+        QTest::newRow("Hiebdatum von") << h << 0 << "tdat(0)" << "31.12.2026" << true;
+        QTest::newRow("Bemerkung") << h << 0 << "t(1)" << "Sturmholz nach Orkan" << false;
+        QTest::newRow("Waldbesitzer") << h << 0 << "komwaldbesitzer" << "Gemeinde Musterstadt" << false;
+        QTest::newRow("Stämme Efm") << h << 0 << "tsumme(2)" << "12.345,678" << true;
+        QTest::newRow("Los-Nr") << l << 0 << "kom(0)" << "123456789" << true;
+        QTest::newRow("Sortierung") << l << 0 << "kom(1)" << "Schichtholz" << false;
+        QTest::newRow("Los-Bezeichnung") << l << 0 << "t(0)" << "Abteilung 12a/b" << false;
+        QTest::newRow("Lagerort") << l << 0 << "kom(2)" << "Waldweg an der Hütte 12" << false;
+        QTest::newRow("Anfahrt") << l << 0 << "t(1)" << "Über die Brücke, dann links" << false;
+        QTest::newRow("GPS Breite") << l << 0 << "t(2)" << "48,1234567" << true;
+        QTest::newRow("Abnehmer") << l << 0 << "kom(3)" << "Sägewerk Müller GmbH & Co. KG" << false;
+        QTest::newRow("Vermessungsart") << l << 0 << "kom(5)" << "Mittenstärke o.R." << false;
+        QTest::newRow("Fixlänge") << l << 0 << "t(4)" << "12,50" << true;
+        QTest::newRow("Preis erhalten") << l << 0 << "t(6)" << "123.456,78" << true;
+        QTest::newRow("Pauschalpreis") << l << 0 << "tp(1)" << "12.345,00" << true;
+        QTest::newRow("Efm o.R.") << l << 0 << "tsumme(1)" << "12.345,678" << true;
+        QTest::newRow("Stamm-Nr von") << l << 1 << "tr(1)" << "123456" << true;
+        QTest::newRow("Neue Los-Nr") << l << 1 << "tr(3)" << "123456789" << true;
+        QTest::newRow("auf Baumart") << l << 1 << "kom(10)" << "DGL (Douglasie)" << false;
+    }
+    void fieldWidths()
+    {
+        QFETCH(QString, window);
+        QFETCH(int, page);
+        QFETCH(QString, name);
+        QFETCH(QString, text);
+        QFETCH(bool, number);
+        const std::unique_ptr<QDialog> d = newEntry(window);
+        QVERIFY(d->sizeHint().width() <= 1366 && d->sizeHint().height() <= 700);
+        d->resize(1366, d->sizeHint().height());
+        d->show();
+        if (auto* pages = d->findChild<QTabWidget*>())
+            pages->setCurrentIndex(page);
+        QVERIFY(QTest::qWaitForWindowExposed(d.get()));
+        test::checkFieldWidth(d->findChild<QWidget*>(name), text, number);
+        if (name.startsWith(QLatin1String("tsumme")))
+            QVERIFY(looksReadOnly(d->findChild<QWidget*>(name)));
+    }
+
+    // The access key of [OK+Nächster] acts at once: digits typed right after it belong to the
+    // next harvest or lot, not to the one being stored.
+    void accessKeyActsAtOnce_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<QString>("stored");
+        QTest::newRow("Hieb") << "Hieb" << "tz(0)" << "SELECT group_concat(Hieb_Nr) FROM Hiebe WHERE Waldname = 'Hochwald'";
+        QTest::newRow("Los") << "Los" << "kom(0)" << "SELECT group_concat(Los_Nr) FROM Lose";
+    }
+    void accessKeyActsAtOnce()
+    {
+        QFETCH(QString, window);
+        QFETCH(QString, number);
+        QFETCH(QString, stored);
+        const std::unique_ptr<QDialog> d = newEntry(window);
+        if (auto* woodland = d->findChild<QComboBox*>(QStringLiteral("komwaldname")))
+            woodland->setEditText(QStringLiteral("Hochwald"));
+        d->show();
+        QVERIFY(QTest::qWaitForWindowActive(d.get()));
+        QWidget* field = d->findChild<QWidget*>(number);
+        field->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_N, Qt::AltModifier);
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("77"));
+        QTest::qWait(150); // longer than a button's click animation
+        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+        QCOMPARE(scalar(db(), stored).toString(), window == u"Hieb" ? QStringLiteral("42") : QStringLiteral("1"));
+        auto* box = qobject_cast<QComboBox*>(field);
+        QCOMPARE(box ? box->currentText() : qobject_cast<QLineEdit*>(field)->text(), QStringLiteral("77"));
     }
 
     void hubListsTheHarvestsRecords()
@@ -63,20 +164,27 @@ private slots:
         QCOMPARE(hub.harvestId(), other);
     }
 
-    // "Ändern" from the hub: OK stores the row shown and goes on down the hub's list, after the
-    // last back to the first; Abbrechen closes.
+    // "Ändern" from the hub: OK (for lots OK+Nächster as well) stores the row shown and goes on
+    // down the hub's list, after the last back to the first; Abbrechen closes, and the hub's
+    // list then stands on the row shown last.
     void changeStepsThroughTheList_data()
     {
         QTest::addColumn<int>("list");
-        QTest::addColumn<QString>("remarkList");
-        QTest::newRow("logs") << int(HubList::Staemme) << "kom(5)";
-        QTest::newRow("poles") << int(HubList::Pfaehle) << "kom(3)";
-        QTest::newRow("sections") << int(HubList::Schichtholz) << "kom(3)";
+        QTest::addColumn<QString>("remark"); // the control typed into on each row
+        QTest::addColumn<QString>("column"); // and where it is stored
+        QTest::addColumn<QString>("button");
+        QTest::newRow("logs") << int(HubList::Staemme) << "kom(5)" << "Bemerkung" << "ok";
+        QTest::newRow("poles") << int(HubList::Pfaehle) << "kom(3)" << "Bemerkung" << "ok";
+        QTest::newRow("sections") << int(HubList::Schichtholz) << "kom(3)" << "Bemerkung" << "ok";
+        QTest::newRow("lots, OK") << int(HubList::Lose) << "t(0)" << "Los_Bezeichnung" << "ok";
+        QTest::newRow("lots, OK+Nächster") << int(HubList::Lose) << "t(0)" << "Los_Bezeichnung" << "okn_chster";
     }
     void changeStepsThroughTheList()
     {
         QFETCH(int, list);
-        QFETCH(QString, remarkList);
+        QFETCH(QString, remark);
+        QFETCH(QString, column);
+        QFETCH(QString, button);
         createLot(db(), m_harvest, 1, QStringLiteral("Stämme"));
         createLot(db(), m_harvest, 2, QStringLiteral("Pfähle"));
         createLot(db(), m_harvest, 3, QStringLiteral("Schichtholz"));
@@ -102,10 +210,12 @@ private slots:
                 return;
             for (int step = 0; step < 4; ++step) {
                 titles << window->windowTitle();
-                auto* remark = child<QComboBox>(*window, qPrintable(remarkList));
-                shownRemarks << remark->currentText();
-                remark->setEditText(QStringLiteral("geprüft %1").arg(step));
-                child<QPushButton>(*window, "ok")->click();
+                QWidget* field = window->findChild<QWidget*>(remark);
+                auto* box = qobject_cast<QComboBox*>(field);
+                shownRemarks << (box ? box->currentText() : qobject_cast<QLineEdit*>(field)->text());
+                const QString typed = QStringLiteral("geprüft %1").arg(step);
+                box ? box->setEditText(typed) : qobject_cast<QLineEdit*>(field)->setText(typed);
+                child<QPushButton>(*window, qPrintable(button))->click();
             }
             titles << window->windowTitle();
             child<QPushButton>(*window, "cmdabbrechen")->click();
@@ -123,11 +233,10 @@ private slots:
         QStringList remarks;
         for (int row = 0; row < 3; ++row) {
             const qint32 id = grid->model()->index(row, grid->model()->columnCount() - 1).data().toInt();
-            remarks << scalar(db(), QStringLiteral("SELECT Bemerkung FROM \"%1\" WHERE ID = ?").arg(table), {id}).toString();
+            remarks << scalar(db(), QStringLiteral("SELECT \"%1\" FROM \"%2\" WHERE ID = ?").arg(column, table), {id}).toString();
         }
         QCOMPARE(remarks, (QStringList{QStringLiteral("geprüft 2"), QStringLiteral("geprüft 3"), QStringLiteral("geprüft 1")}));
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM \"%1\" WHERE Kennung = ?").arg(table)), QStringLiteral("3"));
-        // The window was closed on the third row: the hub stands there.
         QCOMPARE(grid->currentIndex().row(), 2);
         QVERIFY(grid->selectionModel()->isRowSelected(2, QModelIndex()));
     }
@@ -271,50 +380,6 @@ private slots:
                                       "FROM Lose WHERE Kennung = ? AND Los_Nr = 5")),
                  QStringLiteral("Stämme|Säge O'Neill|2|45.5|48.1|N"));
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Liste_Abnehmer WHERE ? > 0")), QStringLiteral("1"));
-
-        LotDialog again(context(), m_harvest, std::nullopt);
-        child<QComboBox>(again, "kom(0)")->setEditText(QStringLiteral("5"));
-        child<QPushButton>(again, "ok")->click();
-        QCOMPARE(m_prompter.messages().last(), QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n\n...die Los-Nummer 5 bereits existiert."));
-    }
-
-    // "Ändern" stores the shown lot and shows the next one of the hub's list, after the last the
-    // first; Abbrechen closes on the lot shown last and the hub's list stands on it.
-    void changeStepsThroughTheHubsLots_data()
-    {
-        QTest::addColumn<QString>("button");
-        QTest::newRow("OK") << "ok";
-        QTest::newRow("OK+Nächster") << "okn_chster";
-    }
-    void changeStepsThroughTheHubsLots()
-    {
-        QFETCH(QString, button);
-        for (int lot : {1, 2, 3})
-            createLot(db(), m_harvest, lot, QStringLiteral("Stämme"));
-        HubDialog hub(context(), m_harvest, HubList::Lose);
-        auto* grid = child<QTableView>(hub, "gridli");
-        grid->selectRow(1);
-        QStringList shown;
-        QTimer::singleShot(0, this, [&] {
-            auto* d = qobject_cast<LotDialog*>(QApplication::activeModalWidget());
-            QVERIFY(d);
-            shown << d->windowTitle();
-            for (const char* name : {"Erste Runde", "Zweite Runde"}) {
-                child<QLineEdit>(*d, "t(0)")->setText(QString::fromUtf8(name));
-                child<QPushButton>(*d, qPrintable(button))->click();
-                shown << child<QComboBox>(*d, "kom(0)")->currentText() + u'/' + d->windowTitle();
-            }
-            child<QPushButton>(*d, "cmdabbrechen")->click();
-        });
-        child<QPushButton>(hub, "ändern")->click();
-        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
-        QCOMPARE(shown, (QStringList{"Eingabe Lose - Ändern (2 von 3)", "3/Eingabe Lose - Ändern (3 von 3)",
-                                     "1/Eingabe Lose - Ändern (1 von 3)"}));
-        QCOMPARE(value(QStringLiteral("SELECT group_concat(Los_Nr || ':' || coalesce(Los_Bezeichnung, '')) FROM "
-                                      "(SELECT * FROM Lose WHERE Kennung = ? ORDER BY Los_Nr)")),
-                 QStringLiteral("1:,2:Erste Runde,3:Zweite Runde"));
-        QCOMPARE(grid->currentIndex().row(), 0);
-        QVERIFY(grid->selectionModel()->isRowSelected(0, QModelIndex()));
     }
 
     // New lots from the hub: the list then stands on the lot stored last.
@@ -381,63 +446,6 @@ private slots:
             if (b->isDefault())
                 defaults << b->objectName();
         QCOMPARE(defaults, QStringList{defaultButton});
-    }
-
-    // The access key acts at once: digits typed right after Alt+N belong to the next lot.
-    void accessKeyActsAtOnce()
-    {
-        LotDialog d(context(), m_harvest, std::nullopt);
-        d.show();
-        QVERIFY(QTest::qWaitForWindowActive(&d));
-        auto* number = child<QComboBox>(d, "kom(0)");
-        QCOMPARE(number->currentText(), QStringLiteral("1"));
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_N, Qt::AltModifier);
-        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("12"));
-        QTest::qWait(150); // longer than a button's click animation
-        QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
-        QCOMPARE(value(QStringLiteral("SELECT group_concat(Los_Nr) FROM Lose WHERE Kennung = ?")), QStringLiteral("1"));
-        QCOMPARE(number->currentText(), QStringLiteral("12"));
-    }
-
-    // Text fields show a usual value whole, number fields keep to their digits however wide the
-    // window is, and the window fits a 1366×768 screen.
-    void fieldWidths_data()
-    {
-        QTest::addColumn<int>("page");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("number");
-        QTest::newRow("Los-Nr") << 0 << "kom(0)" << "123456789" << true;
-        QTest::newRow("Sortierung") << 0 << "kom(1)" << "Schichtholz" << false;
-        QTest::newRow("Los-Bezeichnung") << 0 << "t(0)" << "Abteilung 12a/b" << false;
-        QTest::newRow("Lagerort") << 0 << "kom(2)" << "Waldweg an der Hütte 12" << false;
-        QTest::newRow("Anfahrt") << 0 << "t(1)" << "Über die Brücke, dann links" << false;
-        QTest::newRow("GPS Breite") << 0 << "t(2)" << "48,1234567" << true;
-        QTest::newRow("Abnehmer") << 0 << "kom(3)" << "Sägewerk Müller GmbH & Co. KG" << false;
-        QTest::newRow("Vermessungsart") << 0 << "kom(5)" << "Mittenstärke o.R." << false;
-        QTest::newRow("Fixlänge") << 0 << "t(4)" << "12,50" << true;
-        QTest::newRow("Preis erhalten") << 0 << "t(6)" << "123.456,78" << true;
-        QTest::newRow("Pauschalpreis") << 0 << "tp(1)" << "12.345,00" << true;
-        QTest::newRow("Efm o.R.") << 0 << "tsumme(1)" << "12.345,678" << true;
-        QTest::newRow("Stamm-Nr von") << 1 << "tr(1)" << "123456" << true;
-        QTest::newRow("Neue Los-Nr") << 1 << "tr(3)" << "123456789" << true;
-        QTest::newRow("auf Baumart") << 1 << "kom(10)" << "DGL (Douglasie)" << false;
-    }
-    void fieldWidths()
-    {
-        QFETCH(int, page);
-        QFETCH(QString, name);
-        QFETCH(QString, text);
-        QFETCH(bool, number);
-        LotDialog d(context(), m_harvest, std::nullopt);
-        QVERIFY(d.sizeHint().width() <= 1366 && d.sizeHint().height() <= 700);
-        d.resize(1366, d.sizeHint().height());
-        d.show();
-        d.findChild<QTabWidget*>()->setCurrentIndex(page);
-        QVERIFY(QTest::qWaitForWindowExposed(&d));
-        test::checkFieldWidth(d.findChild<QWidget*>(name), text, number);
-        if (name.startsWith(QLatin1String("tsumme")))
-            QVERIFY(looksReadOnly(d.findChild<QWidget*>(name)));
     }
 
     void mapLinkOfTheLotChecksItsCoordinates()
@@ -548,6 +556,257 @@ private slots:
         m_prompter.answerYes();
         QVERIFY(changeSpeciesOfLot(context(), m_harvest, QStringLiteral("1"), QStringLiteral("FI (Fichte)"), QStringLiteral("TA (Tanne)")));
         QCOMPARE(value(QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ? AND Baumart = 'TA (Tanne)'")), QStringLiteral("3"));
+    }
+    void harvestNumberProposal_data()
+    {
+        QTest::addColumn<int>("highest");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("empty") << 0 << "1";
+        QTest::newRow("41") << 41 << "42";
+        QTest::newRow("wraps after 999999") << 999999 << "1";
+    }
+    void harvestNumberProposal()
+    {
+        QFETCH(int, highest);
+        if (highest > 0)
+            test::addHarvest(db(), highest);
+        HarvestDialog d(context(), std::nullopt);
+        QTEST(child<QLineEdit>(d, "tz(0)")->text(), "expected");
+        QCOMPARE(child<QLineEdit>(d, "tz(1)")->text(), QStringLiteral("2026"));
+        QCOMPARE(child<QLineEdit>(d, "tz(2)")->text(), QStringLiteral("0,0000"));
+        QCOMPARE(child<QLineEdit>(d, "tsumme(7)")->text(), QStringLiteral("N"));
+    }
+
+    void harvestRefusals_data()
+    {
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<QString>("woodland");
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("number 0") << "0" << "Eichwald" << "" << "" << "...die Hiebnummer zwischen 1 und 999999 eingestellt sein muß.";
+        QTest::newRow("number taken") << "5" << "Eichwald" << "" << "" << "...die Hiebnummer bereits existiert.";
+        QTest::newRow("no woodland") << "6" << " " << "" << "" << "...der Waldname angegeben werden muß.";
+        QTest::newRow("dates reversed") << "6" << "Eichwald" << "02.03.2026" << "01.03.2026"
+                                        << "...das Hiebdatum von nicht später als das Hiebdatum bis sein darf.";
+        QTest::newRow("reasons gathered") << "5" << "" << "" << ""
+                                          << "...die Hiebnummer bereits existiert.\n...der Waldname angegeben werden muß.";
+    }
+    void harvestRefusals()
+    {
+        QFETCH(QString, number);
+        QFETCH(QString, woodland);
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QFETCH(QString, reason);
+        test::addHarvest(db(), 5);
+        HarvestDialog d(context(), std::nullopt);
+        type(d, "tz(0)", number);
+        choose(d, "komwaldname", woodland);
+        type(d, "tdat(0)", from);
+        type(d, "tdat(1)", to);
+        press(d, "ok");
+        QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n") + reason});
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Hiebe")), 1);
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), number); // what was typed stays
+        QVERIFY(d.result() != QDialog::Accepted);
+    }
+
+    void harvestStoresEveryColumnAndGrowsTheLists()
+    {
+        for (int round = 0; round < 2; ++round) {
+            HarvestDialog d(context(), std::nullopt);
+            choose(d, "komwaldname", QStringLiteral("O'Briens \"Hang\" 100%"));
+            type(d, "t(0)", QStringLiteral("Überlingen"));
+            type(d, "tz(2)", QStringLiteral("1,25"));
+            choose(d, "komhiebgrund", round == 0 ? QStringLiteral("Sturm") : QStringLiteral("STURM"));
+            choose(d, "komhiebart", QStringLiteral("Durchforstung"));
+            type(d, "tdat(0)", QStringLiteral("01.03.2026"));
+            type(d, "tdat(1)", QStringLiteral("01.03.2026")); // equal dates are fine
+            choose(d, "komwaldbesitzer", QStringLiteral("Anna Müller"));
+            type(d, "t(2)", QStringLiteral("Am Bach 3"));
+            press(d, "ok");
+            QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+            QCOMPARE(d.result(), int(QDialog::Accepted));
+        }
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT group_concat(Hieb_Nr) FROM Hiebe")).toString(), QStringLiteral("1,2"));
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Waldname || '|' || Waldort || '|' || Hiebfläche || '|' || Hiebdatum_von || '|' || "
+                                             "Hiebdatum_bis || '|' || Waldbesitzer_Straße || '|' || Selektiert || '|' || Verkauft || '|' || "
+                                             "coalesce(Bemerkung, 'null') FROM Hiebe WHERE Hieb_Nr = 1")).toString(),
+                 QStringLiteral("O'Briens \"Hang\" 100%|Überlingen|1.25|2026-03-01|2026-03-01|Am Bach 3||N|"));
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Liste_Waldnamen")), 1);
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Waldbesitzer")), 1);
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Liste_Hiebgrund")), 1);
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Liste_Hiebart")), 1);
+    }
+
+    void harvestEmptyDateStoresNull()
+    {
+        HarvestDialog d(context(), std::nullopt);
+        choose(d, "komwaldname", QStringLiteral("Eichwald"));
+        press(d, "ok");
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Hiebe WHERE Hiebdatum_von IS NULL AND Hiebdatum_bis IS NULL")), 1);
+    }
+
+    void harvestChangingKeepsItsOwnNumber()
+    {
+        const qint32 id = test::addHarvest(db(), 12);
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Stämme_Anzahl = 40, Stämme_Efm = 12.5, Teilverkauft = 'J', Verkauft = 'N' WHERE ID = ?"), {id});
+        HarvestDialog d(context(), id);
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("12"));
+        QCOMPARE(child<QComboBox>(d, "komwaldname")->currentText(), QStringLiteral("Eichwald"));
+        QCOMPARE(child<QLineEdit>(d, "tsumme(2)")->text(), QStringLiteral("12,500"));
+        type(d, "t(1)", QStringLiteral("geändert"));
+        press(d, "ok");
+        QVERIFY(m_prompter.messages().isEmpty());
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT Hieb_Nr || Bemerkung || Stämme_Anzahl || Teilverkauft FROM Hiebe WHERE ID = ?"), {id}).toString(),
+                 QStringLiteral("12geändert40J"));
+    }
+
+    void harvestOkNextBeginsTheNextHarvest()
+    {
+        HarvestDialog d(context(), std::nullopt);
+        choose(d, "komwaldname", QStringLiteral("Eichwald"));
+        press(d, "okn_chster");
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("2"));
+        QVERIFY(d.isVisible() || d.result() != QDialog::Accepted);
+        QCOMPARE(child<QComboBox>(d, "komwaldname")->findText(QStringLiteral("Eichwald")), 0);
+    }
+
+    void harvestDefaultsAreRememberedForTheNextNewHarvest()
+    {
+        {
+            HarvestDialog d(context(), std::nullopt);
+            choose(d, "komwaldname", QStringLiteral("Hochwald"));
+            type(d, "t(0)", QStringLiteral("  Bergdorf "));
+            choose(d, "komhiebart", QStringLiteral("Kahlschlag"));
+            choose(d, "komwaldbesitzer", QStringLiteral("Gemeinde"));
+            type(d, "t(5)", QStringLiteral("Forst-Nr. 7"));
+            press(d, "standard");
+            QVERIFY(m_prompter.messages().first().startsWith(QStringLiteral("Die Standardwerte (Waldname, Hiebgrund, Hiebart und Waldbesitzer)")));
+        }
+        QFile file(m_folder.filePath(QLatin1String(HarvestDefaultsFile)));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("Hochwald\r\n  Bergdorf \r\n\r\nKahlschlag\r\nGemeinde\r\n\r\n\r\n\r\nForst-Nr. 7\r\n"));
+
+        HarvestDialog next(context(), std::nullopt);
+        QCOMPARE(child<QComboBox>(next, "komwaldname")->currentText(), QStringLiteral("Hochwald"));
+        QCOMPARE(child<QLineEdit>(next, "t(0)")->text(), QStringLiteral("  Bergdorf "));
+        QCOMPARE(child<QLineEdit>(next, "t(5)")->text(), QStringLiteral("Forst-Nr. 7"));
+    }
+
+    // "Ändern" stores the shown harvest and moves on in the opener's list, after the last to the
+    // first; a refusal stays on the row; Abbrechen closes on the harvest shown last.
+    void harvestChangeStepsThroughTheOpenersList_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::newRow("OK") << "ok";
+        QTest::newRow("OK+Nächster") << "okn_chster";
+    }
+    void harvestChangeStepsThroughTheOpenersList()
+    {
+        QFETCH(QString, button);
+        const QList<qint32> ids{test::addHarvest(db(), 30), test::addHarvest(db(), 10), test::addHarvest(db(), 20)};
+        HarvestDialog d(context(), ids[1], ids);
+        QCOMPARE(d.windowTitle(), QStringLiteral("Hiebeingabe - Ändern (2 von 3)"));
+        QStringList shown;
+        for (int round = 0; round < 3; ++round) {
+            type(d, "t(1)", QStringLiteral("Runde %1").arg(round));
+            press(d, qPrintable(button));
+            QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'|')));
+            shown << child<QLineEdit>(d, "tz(0)")->text() + u'/' + child<QLineEdit>(d, "t(1)")->text();
+        }
+        QCOMPARE(shown, (QStringList{"20/", "30/", "10/Runde 0"}));
+        QCOMPARE(d.windowTitle(), QStringLiteral("Hiebeingabe - Ändern (2 von 3)"));
+        QCOMPARE(scalar(db(), QStringLiteral("SELECT group_concat(Hieb_Nr || ':' || Bemerkung) FROM (SELECT * FROM Hiebe ORDER BY ID)")).toString(),
+                 QStringLiteral("30:Runde 2,10:Runde 0,20:Runde 1"));
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Hiebe")), 3);
+
+        type(d, "tz(0)", QStringLiteral("20")); // taken by another harvest of the list
+        press(d, qPrintable(button));
+        QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n...die Hiebnummer bereits existiert.")});
+        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("20"));
+        QCOMPARE(d.shownId(), ids[1]);
+
+        press(d, "cmdabbrechen");
+        QCOMPARE(d.result(), int(QDialog::Rejected));
+        QCOMPARE(d.shownId(), ids[1]);
+        QCOMPARE(d.storedId(), ids[0]);
+        QCOMPARE(count(QStringLiteral("SELECT count(*) FROM Hiebe WHERE Hieb_Nr = 10")), 1);
+    }
+
+    // Opened without a list, OK closes and [OK+Nächster] begins a new harvest.
+    void harvestChangeWithoutAList_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<int>("result");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("number");
+        QTest::newRow("OK") << "ok" << int(QDialog::Accepted) << "Hiebeingabe - Ändern" << "7";
+        QTest::newRow("OK+Nächster") << "okn_chster" << int(QDialog::Rejected) << "Hiebeingabe - Neu" << "8";
+    }
+    void harvestChangeWithoutAList()
+    {
+        QFETCH(QString, button);
+        const qint32 id = test::addHarvest(db(), 7);
+        HarvestDialog d(context(), id);
+        press(d, qPrintable(button));
+        QTEST(d.result(), "result");
+        QTEST(d.windowTitle(), "title");
+        QTEST(child<QLineEdit>(d, "tz(0)")->text(), "number");
+        QCOMPARE(d.storedId(), id);
+    }
+
+    // The woodland's place and area come from the list whether the name is picked from the
+    // drop-down or typed (completed or in full) and left with Tab; a name that is not listed and
+    // an unchanged name leave the fields as they are.
+    void harvestWoodlandFillsPlaceAndArea_data()
+    {
+        QTest::addColumn<bool>("changing");
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<bool>("fromDropDown");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("place");
+        QTest::addColumn<QString>("area");
+        QTest::newRow("drop-down") << false << "" << true << "Eichwald" << "Talheim" << "2,5000";
+        QTest::newRow("completed, Tab") << false << "Eic" << false << "Eichwald" << "Talheim" << "2,5000";
+        QTest::newRow("other case, Tab") << false << "buchen" << false << "Buchenhang" << "Au" << "0,7500";
+        QTest::newRow("typed in full, Tab") << false << "Eichwald" << false << "Eichwald" << "Talheim" << "2,5000";
+        QTest::newRow("not listed") << false << "Fichtenweg" << false << "Fichtenweg" << "Alt" << "9";
+        QTest::newRow("unchanged when changing") << true << "" << false << "Eichwald" << "Oben" << "1,0000";
+        QTest::newRow("changed when changing") << true << "Buc" << false << "Buchenhang" << "Au" << "0,7500";
+    }
+    void harvestWoodlandFillsPlaceAndArea()
+    {
+        QFETCH(bool, changing);
+        QFETCH(QString, keys);
+        QFETCH(bool, fromDropDown);
+        execSql(db(), QStringLiteral("INSERT INTO Liste_Waldnamen(Waldname, Waldort, Fläche) VALUES ('Eichwald', 'Talheim', 2.5), ('Buchenhang', 'Au', 0.75)"));
+        const qint32 id = test::addHarvest(db(), 3);
+        execSql(db(), QStringLiteral("UPDATE Hiebe SET Waldname = 'Eichwald', Waldort = 'Oben', Hiebfläche = 1 WHERE ID = ?"), {id});
+        HarvestDialog d(context(), changing ? std::optional<qint32>(id) : std::nullopt);
+        if (!changing) {
+            type(d, "t(0)", QStringLiteral("Alt"));
+            type(d, "tz(2)", QStringLiteral("9"));
+        }
+        d.show();
+        QVERIFY(QTest::qWaitForWindowActive(&d));
+        auto* box = child<QComboBox>(d, "komwaldname");
+        box->setFocus();
+        if (fromDropDown) {
+            box->setCurrentIndex(box->findText(QStringLiteral("Eichwald")));
+            emit box->textActivated(QStringLiteral("Eichwald"));
+        } else {
+            if (!keys.isEmpty()) {
+                box->lineEdit()->selectAll();
+                QTest::keyClicks(box, keys);
+            }
+            QTest::keyClick(box, Qt::Key_Tab);
+            QVERIFY(!box->hasFocus());
+        }
+        QTEST(box->currentText(), "name");
+        QTEST(child<QLineEdit>(d, "t(0)")->text(), "place");
+        QTEST(child<QLineEdit>(d, "tz(2)")->text(), "area");
     }
 };
 
