@@ -1,13 +1,22 @@
-// The shared grid look: what a cell shows and how it is aligned, the proxy a grid gets, the
-// first-start widths, the read-only look and the label that never widens its window.
+// The shared window plumbing: the desktop's questions (Enter answers No), Qt's own dialogs in
+// German, the grid look (what a cell shows and how it is aligned, the proxy a grid gets, the
+// first-start widths), the read-only look and the label that never widens its window.
+#include "common/germanlocale.h"
 #include "common/ui/elidedlabel.h"
 #include "common/ui/gridformat.h"
+#include "common/ui/messageboxprompter.h"
+#include "support/tempdatafolder.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QStandardItemModel>
+#include <QTimer>
 #include <QTableView>
 #include <QTableWidget>
 #include <QTest>
@@ -23,10 +32,46 @@ constexpr Qt::Alignment Left = Qt::AlignLeft | Qt::AlignVCenter;
 const QVariant Null = QVariant(QMetaType(QMetaType::Double));
 } // namespace
 
-class TestGridFormat : public QObject {
+class TestCommonUi : public QObject {
     Q_OBJECT
 
 private slots:
+    // Runs before Qt's catalogue is loaded: the prompter's buttons are German by themselves.
+    void enterAnswersNo()
+    {
+        MessageBoxPrompter prompter;
+        QStringList buttons;
+        QTimer::singleShot(0, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box);
+            for (QAbstractButton* b : box->buttons())
+                buttons << b->text();
+            QCOMPARE(box->defaultButton(), box->button(QMessageBox::No));
+            QTest::keyClick(box, Qt::Key_Return);
+        });
+        QVERIFY(!prompter.askYesNo(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")));
+        buttons.sort();
+        QCOMPARE(buttons, (QStringList{QStringLiteral("&Ja"), QStringLiteral("&Nein")}));
+    }
+
+    void qtDialogsSpeakGerman()
+    {
+        QVERIFY(installGermanQtTranslations());
+        QMessageBox box;
+        box.setStandardButtons(QMessageBox::Cancel | QMessageBox::Yes | QMessageBox::No | QMessageBox::Save);
+        QCOMPARE(box.button(QMessageBox::Cancel)->text(), QStringLiteral("Abbrechen"));
+        QCOMPARE(box.button(QMessageBox::Yes)->text(), QStringLiteral("&Ja"));
+        QCOMPARE(box.button(QMessageBox::No)->text(), QStringLiteral("&Nein"));
+        QCOMPARE(box.button(QMessageBox::Save)->text(), QStringLiteral("Speichern"));
+        QFileDialog dialog;
+        dialog.setOption(QFileDialog::DontUseNativeDialog);
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        dialog.show();
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Speichern unter"));
+        QCOMPARE(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Cancel)->text(), QStringLiteral("Abbrechen"));
+        QCOMPARE(dialog.labelText(QFileDialog::Accept), QStringLiteral("S&peichern"));
+    }
+
     void cells_data()
     {
         QTest::addColumn<QString>("column");
@@ -232,5 +277,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestGridFormat)
-#include "tst_gridformat.moc"
+TARVIK_TEST_MAIN(TestCommonUi)
+#include "tst_commonui.moc"
