@@ -103,6 +103,7 @@ private slots:
         QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("20260001"));
         QCOMPARE(child<QLineEdit>(d, "tz(2)")->text(), QStringLiteral("10,7"));
         QCOMPARE(child<QLineEdit>(d, "t(4)")->text(), QStringLiteral("Forstbetrieb Müller"));
+        QCOMPARE(child<QLineEdit>(d, "tdat(0)")->text(), QStringLiteral("15.11.2026"));
         auto* li = child<QTableWidget>(d, "li");
         QCOMPARE(li->rowCount(), 4);
         QVERIFY(looksReadOnly(child<QPlainTextEdit>(d, "t(3)")));
