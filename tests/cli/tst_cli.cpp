@@ -1,8 +1,10 @@
-// tarvik-cli: usage, exit codes and "init", run in-process.
+// tarvik-cli run in-process: usage and exit codes, "init", recomputing typed logs (also while
+// the desktop program holds the file), device imports, the harvest list and the evaluation lists.
 #include "cli/cli.h"
-#include "support/clirun.h"
+#include "harvests/filter.h"
 #include "store/database.h"
 #include "store/sql.h"
+#include "support/clirun.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
 
@@ -10,17 +12,16 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QSemaphore>
 #include <QSqlQuery>
 #include <QThread>
-#include <cstdio>
 
 using namespace tarvik;
+using test::CliOutput;
+using test::runCli;
 
 namespace {
-
-using Output = test::CliOutput;
-using test::runCli;
 
 // The desktop program in the middle of a store: holds the write lock for a while.
 class DesktopWriter : public QThread {
@@ -54,11 +55,54 @@ private:
     int m_holdMs;
 };
 
+// Harvest 41 with lot 1 and the typed logs given (diameter, length, bark mode, deduction).
+void harvest41(const test::TempDataFolder& root, const QList<std::tuple<int, double, const char*, int>>& logs = {})
+{
+    auto db = Database::openOrCreate(root.databasePath());
+    const qint32 id = test::addHarvest(db->shared(), 41);
+    test::addLot(db->shared(), id, 1);
+    int nr = 0;
+    for (const auto& [diameter, length, bark, deduction] : logs)
+        test::addTypedLog(db->shared(), id, 1, ++nr, QStringLiteral("FI (Fichte)"), diameter, length, QString::fromLatin1(bark), deduction);
+}
+
+QString sql(const test::TempDataFolder& root, const QString& statement)
+{
+    return scalar(Database::openOrCreate(root.databasePath())->shared(), statement).toString();
+}
+
+void writeFile(const QString& path, const QByteArray& bytes)
+{
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(bytes);
+}
+
 } // namespace
 
 class TestCli : public QObject {
     Q_OBJECT
+    test::TempDataFolder m_lists; // harvests 7 and 8 for the evaluation lists
+
+    CliOutput liste(const QStringList& args) { return runCli(QStringList{"--daten", m_lists.path(), "liste"} + args); }
+
 private slots:
+    void initTestCase()
+    {
+        QCOMPARE(runCli({"--daten", m_lists.path(), "init"}).code, 0);
+        auto db = Database::openOrCreate(m_lists.databasePath());
+        const qint32 a = test::addHarvest(db->shared(), 7);
+        const qint32 b = test::addHarvest(db->shared(), 8);
+        execSql(db->shared(), QStringLiteral("UPDATE Hiebe SET Jahr = '2026', Teilverkauft = 'N', Verkauft = 'N'"));
+        test::addLot(db->shared(), a, 1);
+        test::addLot(db->shared(), b, 1);
+        execSql(db->shared(), QStringLiteral("UPDATE Lose SET Lagerort = ?"), {QStringLiteral("O'Brien's Weg")});
+        for (const auto& [id, nr, species, efm] : {std::tuple{a, 1, "FI (Fichte)", 0.5}, std::tuple{a, 2, "FI (Fichte)", 0.25},
+                                                   std::tuple{a, 3, "BU (Rotbuche)", 1.0}, std::tuple{b, 1, "FI (Fichte)", 2.0}})
+            execSql(db->shared(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Efm_oR, Kennung) VALUES (1, ?, ?, ?, ?)"),
+                    {nr, QString::fromUtf8(species), efm, id});
+    }
+
     void usage_data()
     {
         QTest::addColumn<QStringList>("args");
@@ -76,7 +120,9 @@ private slots:
         QTest::newRow("unknown command option") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "holzliste", "5", "--schnell"} << 2;
         QTest::newRow("option without value") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "holzliste", "5", "--datei"} << 2;
         QTest::newRow("timber list without number") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "holzliste"} << 2;
+        QTest::newRow("recompute without lot") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "neuberechnen", "41"} << 2;
         QTest::newRow("recompute with bad bark") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "neuberechnen", "1", "1", "--rinde", "X"} << 2;
+        QTest::newRow("import from an unknown device") << QStringList{"--daten", "/tmp/tarvik-cli-usage", "geraeteimport", "usb", "x", "1", "1"} << 2;
         QTest::newRow("print without pdf") << QStringList{"drucken", "Daten.txt"} << 2;
     }
     void usage()
@@ -84,132 +130,79 @@ private slots:
         QFETCH(QStringList, args);
         QFETCH(int, code);
         QDir(QStringLiteral("/tmp/tarvik-cli-usage")).removeRecursively();
-        const Output o = runCli(args);
+        const CliOutput o = runCli(args);
         QCOMPARE(o.code, code);
         if (code == 2) {
             QVERIFY(o.err.contains(QStringLiteral("Aufruf: tarvik-cli")));
             QVERIFY2(!o.err.contains(QStringLiteral("Unknown")) && !o.err.contains(QStringLiteral("Missing")), qPrintable(o.err));
             // Usage errors stop before any data folder is touched.
             QVERIFY(!QFileInfo::exists(QStringLiteral("/tmp/tarvik-cli-usage")));
-        }
-        else
+        } else {
             QVERIFY(o.out.contains(QStringLiteral("init")));
+        }
     }
 
     void initCreatesThenChangesNothing()
     {
         test::TempDataFolder root;
         const QString data = root.filePath(QStringLiteral("daten"));
-        const Output first = runCli({QStringLiteral("--daten"), data, QStringLiteral("init")});
+        const CliOutput first = runCli({"--daten", data, "init"});
         QCOMPARE(first.code, 0);
         QVERIFY(first.out.startsWith(QStringLiteral("Datenbank angelegt: ")));
         QVERIFY(first.out.contains(QStringLiteral("51 Rindenabzüge für 18 Baumarten ergänzt")));
         QVERIFY(first.err.contains(QStringLiteral("In der Datenbasis wurden verschiedene Stammdaten")));
         QVERIFY(QFile::exists(data + QStringLiteral("/TARVIK3.db")));
-        QVERIFY(QFile::exists(data + QStringLiteral("/Einstellungen.tk3")));
+        QFile settings(data + QStringLiteral("/Einstellungen.tk3"));
+        QVERIFY(settings.open(QIODevice::ReadOnly));
+        const QByteArray settingsBefore = settings.readAll();
 
-        const QByteArray settingsBefore = [&] {
-            QFile f(data + QStringLiteral("/Einstellungen.tk3"));
-            return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-        }();
-        const Output second = runCli({QStringLiteral("--daten=") + data, QStringLiteral("init")});
+        const CliOutput second = runCli({"--daten=" + data, "init"});
         QCOMPARE(second.code, 0);
         QVERIFY(second.out.startsWith(QStringLiteral("Datenbank geöffnet: ")));
         QVERIFY(second.out.contains(QStringLiteral("nichts geändert")));
         QVERIFY(second.err.isEmpty());
-        QFile f(data + QStringLiteral("/Einstellungen.tk3"));
-        QVERIFY(f.open(QIODevice::ReadOnly));
-        QCOMPARE(f.readAll(), settingsBefore);
+        settings.seek(0);
+        QCOMPARE(settings.readAll(), settingsBefore);
     }
 
     // The command stores what the log window stores for typed-in logs, then the totals.
     void recomputeALotOfTypedLogs()
     {
         test::TempDataFolder root;
-        QCOMPARE(runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("init")}).code, 0);
-        {
-            auto db = Database::openOrCreate(root.databasePath());
-            const qint32 id = test::addHarvest(db->shared(), 41);
-            test::addLot(db->shared(), id, 1);
-            test::addTypedLog(db->shared(), id, 1, 1, QStringLiteral("FI (Fichte)"), 55, 10, QStringLiteral("T"));
-            test::addTypedLog(db->shared(), id, 1, 2, QStringLiteral("FI (Fichte)"), 35, 4.5, QStringLiteral("F"), 2);
-        }
-        const QStringList args{QStringLiteral("--daten"), root.path(), QStringLiteral("neuberechnen"), QStringLiteral("41"), QStringLiteral("1")};
+        QCOMPARE(runCli({"--daten", root.path(), "init"}).code, 0);
+        harvest41(root, {{55, 10, "T", 0}, {35, 4.5, "F", 2}});
+        const QStringList args{"--daten", root.path(), "neuberechnen", "41", "1"};
 
-        const Output refused = runCli(args); // questions are answered No
+        const CliOutput refused = runCli(args); // questions are answered No
         QCOMPARE(refused.code, 1);
         QVERIFY(refused.err.contains(QStringLiteral("nochmals neu berechnen? -> Nein")));
 
-        const Output done = runCli(QStringList{QStringLiteral("--ja")} + args);
+        const CliOutput done = runCli(QStringList{"--ja"} + args);
         QCOMPARE(done.code, 0);
         QCOMPARE(done.out, QStringLiteral("2 von 2 Stämmen geändert.\n"));
         QVERIFY(done.err.contains(QStringLiteral("Es wurden 2 Stämme geändert.")));
-
-        auto db = Database::openOrCreate(root.databasePath());
-        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT group_concat(Rindenabzug || '/' || Stärke_oR || '/' || Efm_oR || '/' || Stärkeklasse, ' ') "
-                                                     "FROM (SELECT * FROM Stämme ORDER BY Laufende_Nr)")).toString(),
+        QCOMPARE(sql(root, QStringLiteral("SELECT group_concat(Rindenabzug || '/' || Stärke_oR || '/' || Efm_oR || '/' || Stärkeklasse, ' ') "
+                                          "FROM (SELECT * FROM Stämme ORDER BY Laufende_Nr)")),
                  QStringLiteral("3/52/2.124/L5 2/33/0.385/L3a"));
-        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT Anzahl_Stämme || '/' || Efm_oR FROM Lose")).toString(), QStringLiteral("2/2.509"));
-        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT Stämme_Anzahl || '/' || Stämme_Efm || '/' || Verkauft FROM Hiebe")).toString(),
-                 QStringLiteral("2/2.509/N"));
-        db.reset();
-
-        const Output again = runCli(QStringList{QStringLiteral("--ja")} + args + QStringList{QStringLiteral("--rinde"), QStringLiteral("O")});
-        QCOMPARE(again.code, 0);
-        QCOMPARE(again.out, QStringLiteral("2 von 2 Stämmen geändert.\n"));
+        QCOMPARE(sql(root, QStringLiteral("SELECT Anzahl_Stämme || '/' || Efm_oR FROM Lose")), QStringLiteral("2/2.509"));
+        QCOMPARE(sql(root, QStringLiteral("SELECT Stämme_Anzahl || '/' || Stämme_Efm || '/' || Verkauft FROM Hiebe")), QStringLiteral("2/2.509/N"));
+        QCOMPARE(runCli(QStringList{"--ja"} + args + QStringList{"--rinde", "O"}).out, QStringLiteral("2 von 2 Stämmen geändert.\n"));
     }
 
-    // Captured device transfers and export files replay through the import the window uses.
-    void deviceImportReplaysCapturedFiles()
+    void recomputeRefusals_data()
     {
+        QTest::addColumn<QString>("harvest");
+        QTest::addColumn<QString>("lot");
+        QTest::newRow("unknown harvest") << "99" << "1";
+        QTest::newRow("unknown lot") << "41" << "9";
+    }
+    void recomputeRefusals()
+    {
+        QFETCH(QString, harvest);
+        QFETCH(QString, lot);
         test::TempDataFolder root;
-        QCOMPARE(runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("init")}).code, 0);
-        {
-            auto db = Database::openOrCreate(root.databasePath());
-            const qint32 id = test::addHarvest(db->shared(), 41);
-            test::addLot(db->shared(), id, 1);
-        }
-        const QString capture = root.filePath(QStringLiteral("fmr1.bin"));
-        QFile f(capture);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        // Header, then Fi B 124 / 35 cm / 4 m in lot 3, Bu C 128 / 40 cm / 4 m, a species code 0000.
-        f.write(QByteArray("4") + QByteArray(28, 'K') + QByteArray::fromHex("7A001F2303" "9B00202800" "0200011E00"));
-        f.close();
-        const QStringList args{QStringLiteral("--daten"), root.path(), QStringLiteral("geraeteimport"), QStringLiteral("fmr1"), capture,
-                               QStringLiteral("41"), QStringLiteral("1")};
-        const Output declined = runCli(args);
-        QCOMPARE(declined.code, 1);
-        const Output done = runCli(QStringList{QStringLiteral("--ja")} + args);
-        QCOMPARE(done.code, 0);
-        QCOMPARE(done.out, QStringLiteral("2 von 3 Stämmen eingelesen, 1 übersprungen.\n"));
-        QVERIFY(done.err.contains(QStringLiteral("Das Los 3 wird deshalb jetzt angelegt.")));
-        const Output again = runCli(QStringList{QStringLiteral("--ja")} + args);
-        QCOMPARE(again.out, QStringLiteral("0 von 3 Stämmen eingelesen, 3 übersprungen.\n"));
-
-        const QString exportFile = root.filePath(QStringLiteral("Export_wb7_TARVIK.DAT"));
-        QFile e(exportFile);
-        QVERIFY(e.open(QIODevice::WriteOnly));
-        e.write("Los;Nr;Baumart;Guete;Laenge;Staerke;Zopf;Kaefer;Bemerkung\r\n1;500;Kie;B;4,5;30;;N;\r\n");
-        e.close();
-        const Output online = runCli({QStringLiteral("--ja"), QStringLiteral("--daten"), root.path(), QStringLiteral("geraeteimport"),
-                                      QStringLiteral("online"), exportFile, QStringLiteral("41"), QStringLiteral("1"), QStringLiteral("--rinde"),
-                                      QStringLiteral("O")});
-        QCOMPARE(online.code, 0);
-        auto db = Database::openOrCreate(root.databasePath());
-        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT Baumart || '/' || Stärke_oR FROM Stämme WHERE Laufende_Nr = 500")).toString(),
-                 QStringLiteral("KI (Kiefer)/30"));
-        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT Stämme_Anzahl FROM Hiebe")).toInt(), 3);
-        db.reset();
-
-        e.open(QIODevice::WriteOnly);
-        e.write("<html><body>Fehler 500</body></html>");
-        e.close();
-        const Output page = runCli({QStringLiteral("--ja"), QStringLiteral("--daten"), root.path(), QStringLiteral("geraeteimport"),
-                                    QStringLiteral("online"), exportFile, QStringLiteral("41"), QStringLiteral("1")});
-        QCOMPARE(page.code, 1);
-        QVERIFY(page.err.contains(QStringLiteral("Internetseite")));
-        QCOMPARE(runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("geraeteimport"), QStringLiteral("usb"), exportFile,
-                         QStringLiteral("41"), QStringLiteral("1")}).code, 2);
+        harvest41(root);
+        QCOMPARE(runCli({"--ja", "--daten", root.path(), "neuberechnen", harvest, lot}).code, 1);
     }
 
     // A command-line run beside the desktop program, which holds the file for 1.5 s: the
@@ -217,25 +210,49 @@ private slots:
     void recomputeWaitsForTheDesktopProgram()
     {
         test::TempDataFolder root;
-        {
-            auto db = Database::openOrCreate(root.databasePath());
-            const qint32 id = test::addHarvest(db->shared(), 41);
-            test::addLot(db->shared(), id, 1);
-            test::addTypedLog(db->shared(), id, 1, 1, QStringLiteral("FI (Fichte)"), 55, 10, QStringLiteral("T"));
-        }
+        harvest41(root, {{55, 10, "T", 0}});
         DesktopWriter desktop(root.databasePath(), 1500);
         desktop.start();
         QVERIFY(desktop.locked.tryAcquire(1, 5000));
         QElapsedTimer timer;
         timer.start();
-        const Output o = runCli({QStringLiteral("--ja"), QStringLiteral("--daten"), root.path(), QStringLiteral("neuberechnen"),
-                                 QStringLiteral("41"), QStringLiteral("1")});
+        const CliOutput o = runCli({"--ja", "--daten", root.path(), "neuberechnen", "41", "1"});
         const qint64 waited = timer.elapsed();
         QVERIFY(desktop.wait(5000));
         QCOMPARE(o.err.contains(QStringLiteral("gesperrt")), false);
         QCOMPARE(o.code, 0);
         QVERIFY2(waited >= 1000, qPrintable(QString::number(waited)));
         QCOMPARE(o.out, QStringLiteral("1 von 1 Stämmen geändert.\n"));
+    }
+
+    // Captured device transfers and export files replay through the import the window uses.
+    void deviceImportReplaysCapturedFiles()
+    {
+        test::TempDataFolder root;
+        QCOMPARE(runCli({"--daten", root.path(), "init"}).code, 0);
+        harvest41(root);
+        const QString capture = root.filePath(QStringLiteral("fmr1.bin"));
+        // Header, then Fi B 124 / 35 cm / 4 m in lot 3, Bu C 128 / 40 cm / 4 m, a species code 0000.
+        writeFile(capture, QByteArray("4") + QByteArray(28, 'K') + QByteArray::fromHex("7A001F2303" "9B00202800" "0200011E00"));
+        const QStringList args{"--daten", root.path(), "geraeteimport", "fmr1", capture, "41", "1"};
+        QCOMPARE(runCli(args).code, 1);
+        const CliOutput done = runCli(QStringList{"--ja"} + args);
+        QCOMPARE(done.code, 0);
+        QCOMPARE(done.out, QStringLiteral("2 von 3 Stämmen eingelesen, 1 übersprungen.\n"));
+        QVERIFY(done.err.contains(QStringLiteral("Das Los 3 wird deshalb jetzt angelegt.")));
+        QCOMPARE(runCli(QStringList{"--ja"} + args).out, QStringLiteral("0 von 3 Stämmen eingelesen, 3 übersprungen.\n"));
+
+        const QString exportFile = root.filePath(QStringLiteral("Export_wb7_TARVIK.DAT"));
+        writeFile(exportFile, "Los;Nr;Baumart;Guete;Laenge;Staerke;Zopf;Kaefer;Bemerkung\r\n1;500;Kie;B;4,5;30;;N;\r\n");
+        const QStringList online{"--ja", "--daten", root.path(), "geraeteimport", "online", exportFile, "41", "1"};
+        QCOMPARE(runCli(online + QStringList{"--rinde", "O"}).code, 0);
+        QCOMPARE(sql(root, QStringLiteral("SELECT Baumart || '/' || Stärke_oR FROM Stämme WHERE Laufende_Nr = 500")), QStringLiteral("KI (Kiefer)/30"));
+        QCOMPARE(sql(root, QStringLiteral("SELECT Stämme_Anzahl FROM Hiebe")), QStringLiteral("3"));
+
+        writeFile(exportFile, "<html><body>Fehler 500</body></html>");
+        const CliOutput page = runCli(online);
+        QCOMPARE(page.code, 1);
+        QVERIFY(page.err.contains(QStringLiteral("Internetseite")));
     }
 
     void harvestListAsTheListShowsIt()
@@ -249,7 +266,7 @@ private slots:
                                                  "Harvester = 'vor' || char(0) || 'nach' || char(13, 10) || 'Ende' WHERE ID = ?"),
                     {QStringLiteral("O'Briens Wald"), id});
         }
-        const Output o = runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("hiebe")});
+        const CliOutput o = runCli({"--daten", root.path(), "hiebe"});
         QCOMPARE(o.code, 0);
         const QStringList lines = o.out.split(u'\n', Qt::SkipEmptyParts);
         QCOMPARE(lines.size(), 2);
@@ -263,42 +280,91 @@ private slots:
         QCOMPARE(cells[11], QStringLiteral("12,346"));
         QCOMPARE(cells[24], QStringLiteral("zwei Teile"));
         QCOMPARE(cells[25], QStringLiteral("vor nach Ende")); // a NUL does not cut the row short
-        QCOMPARE(cells[26], QString::number(scalar(Database::openOrCreate(root.databasePath())->shared(),
-                                                   QStringLiteral("SELECT ID FROM Hiebe")).toInt()));
-    }
-
-    void recomputeRefusals_data()
-    {
-        QTest::addColumn<QStringList>("args");
-        QTest::addColumn<int>("code");
-        QTest::newRow("unknown harvest") << QStringList{"neuberechnen", "99", "1"} << 1;
-        QTest::newRow("unknown lot") << QStringList{"neuberechnen", "41", "9"} << 1;
-        QTest::newRow("missing lot") << QStringList{"neuberechnen", "41"} << 2;
-        QTest::newRow("bad bark mode") << QStringList{"neuberechnen", "41", "1", "--rinde", "X"} << 2;
-    }
-    void recomputeRefusals()
-    {
-        QFETCH(QStringList, args);
-        QFETCH(int, code);
-        test::TempDataFolder root;
-        {
-            auto db = Database::openOrCreate(root.databasePath());
-            const qint32 id = test::addHarvest(db->shared(), 41);
-            test::addLot(db->shared(), id, 1);
-        }
-        QCOMPARE(runCli(QStringList{QStringLiteral("--ja"), QStringLiteral("--daten"), root.path()} + args).code, code);
+        QCOMPARE(cells[26], sql(root, QStringLiteral("SELECT ID FROM Hiebe")));
     }
 
     void foreignFileIsARefusal()
     {
         test::TempDataFolder root;
-        QFile f(root.databasePath());
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write("Standard Jet DB");
-        f.close();
-        const Output o = runCli({QStringLiteral("--daten"), root.path(), QStringLiteral("init")});
+        writeFile(root.databasePath(), "Standard Jet DB");
+        const CliOutput o = runCli({"--daten", root.path(), "init"});
         QCOMPARE(o.code, 1);
         QVERIFY(o.err.contains(root.databasePath()));
+    }
+
+    void listsGroupedOnStdout()
+    {
+        const CliOutput o = liste({"staemme", "--hiebe", "aktuell:7", "--gruppe", "10"});
+        QCOMPARE(o.code, 0);
+        const QStringList lines = o.out.split(u'\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines.first(), QStringLiteral("Stämme auswerten – Nach der Baumart"));
+        // The species column is as wide as its longest value.
+        QVERIFY(lines[3].startsWith(QStringLiteral("BU (Rotbuche) |             1 |       1,000")));
+        QVERIFY(lines[4].startsWith(QStringLiteral("FI (Fichte)   |             2 |       0,750")));
+        QCOMPARE(lines.size(), 5);
+    }
+
+    void listsSortedFilteredIntoFiles()
+    {
+        const CliOutput text = liste({"lose", "--filter", "Lagerort=O'Brien's Weg", "--sortierung", "Hieb_Nr", "--absteigend"});
+        QCOMPARE(text.code, 0);
+        const QStringList lines = text.out.split(u'\n', Qt::SkipEmptyParts);
+        QVERIFY(lines[3].startsWith(QStringLiteral("       8 |")));
+        QVERIFY(lines[4].startsWith(QStringLiteral("       7 |")));
+
+        const QString sheet = m_lists.filePath(QStringLiteral("lose.xlsx"));
+        const CliOutput x = liste({"lose", "--format", "xlsx", "--datei", sheet});
+        QCOMPARE(x.code, 0);
+        QCOMPARE(x.out.trimmed(), QStringLiteral("2 Datensätze in ") + sheet);
+        QProcess unzip;
+        unzip.start(QStringLiteral("unzip"), {QStringLiteral("-t"), sheet});
+        QVERIFY(unzip.waitForFinished());
+        QCOMPARE(unzip.exitCode(), 0);
+        QCOMPARE(liste({"hiebe", "--format", "html"}).code, 0);
+        QVERIFY(QFile::exists(m_lists.filePath(QStringLiteral("report-1.htm"))));
+    }
+
+    void listRefusals_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("unknown list") << QStringList{"baeume"} << 2 << "liste erwartet";
+        QTest::newRow("unknown scope") << QStringList{"lose", "--hiebe", "aktuell"} << 2 << "--hiebe erwartet";
+        QTest::newRow("grouping out of range") << QStringList{"schichtholz", "--gruppe", "6"} << 2 << "--gruppe erwartet eine Zahl von 1 bis 5.";
+        QTest::newRow("unknown sort") << QStringList{"lose", "--sortierung", "Kennung"} << 2 << "--sortierung erwartet";
+        QTest::newRow("unknown filter") << QStringList{"hiebe", "--filter", "Jahr=2026"} << 2 << "--filter erwartet SPALTE=WERT mit einer dieser Spalten: (keine)";
+        QTest::newRow("no such harvest") << QStringList{"lose", "--hiebe", "aktuell:99"} << 1 << "";
+        QTest::newRow("nothing sold") << QStringList{"staemme", "--hiebe", "verkauft"} << 1
+                                      << "Es wurden lt. den aktuellen Einstellungen keine Stämme gefunden!";
+        QTest::newRow("no invoices yet") << QStringList{"rechnungen", "--format", "html"} << 1
+                                         << "Es wurden lt. den aktuellen Einstellungen keine Rechnungen gefunden!";
+    }
+    void listRefusals()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(int, code);
+        QFETCH(QString, message);
+        const CliOutput o = liste(args);
+        QCOMPARE(o.code, code);
+        QVERIFY2(o.err.contains(message), qPrintable(o.err));
+        QVERIFY(o.out.isEmpty());
+    }
+
+    // The settings' range of years: refused when not four digits, empty when nothing falls in it.
+    void listsInTheSettingsRange()
+    {
+        const QString file = m_lists.filePath(QString::fromLatin1(SettingsFileName));
+        Einstellungen s = EinstellungenLaden(file);
+        s.zahl[RangeModeSlot] = 1;
+        s.text[YearFromSlot] = QStringLiteral("05");
+        s.text[YearToSlot] = QStringLiteral("2026");
+        QVERIFY(EinstellungenSpeichern(s, file));
+        QCOMPARE(liste({"lose"}).err.trimmed(), QStringLiteral("Die Liste kann nicht erstellt werden, weil die Jahre von... bis... 4-stellig sein müssen."));
+        s.text[YearFromSlot] = QStringLiteral("2027");
+        s.text[YearToSlot] = QStringLiteral("2028");
+        QVERIFY(EinstellungenSpeichern(s, file));
+        QCOMPARE(liste({"lose"}).err.trimmed(), QStringLiteral("Es wurden lt. den aktuellen Einstellungen keine Lose gefunden!"));
     }
 };
 

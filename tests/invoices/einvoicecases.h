@@ -1,5 +1,5 @@
 #pragma once
-// E-invoices built by hand from worked examples, shared by the writer's and the reader's tests.
+// E-invoices built by hand from worked examples, for the writer's and the reader's tests.
 #include "invoices/einvoice/einvoice.h"
 
 #include <QString>
@@ -112,21 +112,6 @@ inline einvoice::Invoice halfCent()
     einvoice::Invoice inv = baseInvoice();
     inv.lines << line("1", QStringLiteral("Stammholz LA (Lärche) B L3a"), {1, 0}, "C62", "102.50", 10250);
     return inv;
-}
-
-inline einvoice::Invoice invoiceCase(const QString& name)
-{
-    if (name == u"logsAt19")
-        return logsAt19();
-    if (name == u"flatRate24")
-        return flatRate24();
-    if (name == u"smallBusiness19")
-        return smallBusiness19();
-    if (name == u"mixedLots")
-        return mixedLots();
-    if (name == u"levyAndDiscount")
-        return levyAndDiscount();
-    return halfCent();
 }
 
 } // namespace tarvik::test

@@ -1,13 +1,22 @@
-// The shared grid look: what a cell shows and how it is aligned, the proxy a grid gets, the
-// first-start widths, the read-only look and the label that never widens its window.
+// The shared window plumbing: the desktop's questions (Enter answers No), Qt's own dialogs in
+// German, the grid look (what a cell shows and how it is aligned, the proxy a grid gets, the
+// first-start widths), the read-only look and the label that never widens its window.
+#include "common/germanlocale.h"
 #include "common/ui/elidedlabel.h"
 #include "common/ui/gridformat.h"
+#include "common/ui/messageboxprompter.h"
+#include "support/tempdatafolder.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QStandardItemModel>
+#include <QTimer>
 #include <QTableView>
 #include <QTableWidget>
 #include <QTest>
@@ -23,10 +32,46 @@ constexpr Qt::Alignment Left = Qt::AlignLeft | Qt::AlignVCenter;
 const QVariant Null = QVariant(QMetaType(QMetaType::Double));
 } // namespace
 
-class TestGridFormat : public QObject {
+class TestCommonUi : public QObject {
     Q_OBJECT
 
 private slots:
+    // Runs before Qt's catalogue is loaded: the prompter's buttons are German by themselves.
+    void enterAnswersNo()
+    {
+        MessageBoxPrompter prompter;
+        QStringList buttons;
+        QTimer::singleShot(0, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box);
+            for (QAbstractButton* b : box->buttons())
+                buttons << b->text();
+            QCOMPARE(box->defaultButton(), box->button(QMessageBox::No));
+            QTest::keyClick(box, Qt::Key_Return);
+        });
+        QVERIFY(!prompter.askYesNo(QStringLiteral("Soll der markierte Datensatz wirklich gelöscht werden?")));
+        buttons.sort();
+        QCOMPARE(buttons, (QStringList{QStringLiteral("&Ja"), QStringLiteral("&Nein")}));
+    }
+
+    void qtDialogsSpeakGerman()
+    {
+        QVERIFY(installGermanQtTranslations());
+        QMessageBox box;
+        box.setStandardButtons(QMessageBox::Cancel | QMessageBox::Yes | QMessageBox::No | QMessageBox::Save);
+        QCOMPARE(box.button(QMessageBox::Cancel)->text(), QStringLiteral("Abbrechen"));
+        QCOMPARE(box.button(QMessageBox::Yes)->text(), QStringLiteral("&Ja"));
+        QCOMPARE(box.button(QMessageBox::No)->text(), QStringLiteral("&Nein"));
+        QCOMPARE(box.button(QMessageBox::Save)->text(), QStringLiteral("Speichern"));
+        QFileDialog dialog;
+        dialog.setOption(QFileDialog::DontUseNativeDialog);
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        dialog.show();
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Speichern unter"));
+        QCOMPARE(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Cancel)->text(), QStringLiteral("Abbrechen"));
+        QCOMPARE(dialog.labelText(QFileDialog::Accept), QStringLiteral("S&peichern"));
+    }
+
     void cells_data()
     {
         QTest::addColumn<QString>("column");
@@ -157,43 +202,28 @@ private slots:
         QCOMPARE(table.model()->index(0, 0).data(Qt::TextAlignmentRole).toInt(), int(Left));
     }
 
+    // A short column stays short, a long remark is capped, and a name is not cut even far down a
+    // grid not yet shown (the hub's Lagerort): widths come from the rows, not from the view.
     void firstStartWidthsFitContent()
     {
-        QStandardItemModel source(1, 3);
-        source.setHorizontalHeaderLabels({QStringLiteral("Nr"), QStringLiteral("Waldbesitzer_Name"), QStringLiteral("Bemerkung")});
-        source.setItem(0, 0, new QStandardItem(QStringLiteral("7")));
-        source.setItem(0, 1, new QStandardItem(QStringLiteral("Xaver Oberhuber-Kleinschmidt und Söhne")));
-        source.setItem(0, 2, new QStandardItem(QString(400, u'x')));
-        QTableView grid;
-        grid.setModel(&source);
-        grid.resize(900, 300);
-        fitColumnsToContent(&grid);
-        const QFontMetrics fm = grid.fontMetrics();
-        QVERIFY(grid.columnWidth(0) < 80);                                   // a short column stays short
-        QVERIFY(grid.columnWidth(1) >= fm.horizontalAdvance(source.item(0, 1)->text())); // a name is not cut
-        QVERIFY(grid.columnWidth(2) <= 320);                                 // a long remark is capped
-        QVERIFY(grid.columnWidth(2) > grid.columnWidth(0));
-    }
-
-    // A value far down a grid not yet shown (the hub's Lagerort, the main list's Waldname) is
-    // not cut either: widths come from the rows, not from what the view happens to show.
-    void firstStartWidthsFitRowsNotShown()
-    {
-        QStandardItemModel source(60, 2);
-        source.setHorizontalHeaderLabels({QStringLiteral("Los_Nr"), QStringLiteral("Lagerort")});
+        QStandardItemModel source(60, 3);
+        source.setHorizontalHeaderLabels({QStringLiteral("Nr"), QStringLiteral("Lagerort"), QStringLiteral("Bemerkung")});
         for (int r = 0; r < 60; ++r) {
             source.setItem(r, 0, new QStandardItem(QString::number(r + 1)));
             source.setItem(r, 1, new QStandardItem(QStringLiteral("Weg")));
         }
         const QString longPlace = QStringLiteral("Polter am Forstweg Eichelberg, Abzweig Hohe Buche");
         source.setItem(45, 1, new QStandardItem(longPlace));
+        source.setItem(0, 2, new QStandardItem(QString(400, u'x')));
         QTableView grid;
         grid.setModel(&source);
         formatGrid(&grid);
         grid.resize(400, 120);
         fitColumnsToContent(&grid);
-        QVERIFY2(grid.columnWidth(1) > grid.fontMetrics().horizontalAdvance(longPlace),
-                 qPrintable(QString::number(grid.columnWidth(1))));
+        QVERIFY(grid.columnWidth(0) < 80);
+        QVERIFY2(grid.columnWidth(1) > grid.fontMetrics().horizontalAdvance(longPlace), qPrintable(QString::number(grid.columnWidth(1))));
+        QVERIFY(grid.columnWidth(2) <= 320);
+        QVERIFY(grid.columnWidth(2) > grid.columnWidth(0));
     }
 
     void readOnlyLook()
@@ -232,5 +262,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestGridFormat)
-#include "tst_gridformat.moc"
+TARVIK_TEST_MAIN(TestCommonUi)
+#include "tst_commonui.moc"
