@@ -3,10 +3,10 @@
 #include "common/textfile.h"
 #include "store/sql.h"
 #include "store/startup.h"
+#include "support/storefixture.h"
 #include "support/tempdatafolder.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
 using namespace tarvik;
@@ -24,16 +24,33 @@ class TestStartup : public QObject {
     }
 
 private slots:
-    void nonGermanLocaleEndsWithItsMessage()
+    // A locale other than German and a database that is not ours each end the start with
+    // their message; the first creates no database.
+    void refusalsEndTheStart_data()
     {
+        QTest::addColumn<QLocale>("locale");
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QString>("told"); // <datei>: the database's path
+        QTest::newRow("English locale") << QLocale(QLocale::English, QLocale::UnitedStates) << QByteArray() << "WICHTIG!!!";
+        QTest::newRow("foreign database") << QLocale(QLocale::German, QLocale::Germany) << QByteArray("not a database")
+                                          << "Die Datei \"<datei>\" ist keine Datenbank von TARVIK 3.0";
+    }
+    void refusalsEndTheStart()
+    {
+        QFETCH(QLocale, locale);
+        QFETCH(QByteArray, file);
+        QFETCH(QString, told);
         test::TempDataFolder folder;
+        if (!file.isEmpty())
+            test::writeBytes(folder.databasePath(), file);
         StartupOptions options = optionsFor(folder);
-        options.locale = QLocale(QLocale::English, QLocale::UnitedStates);
+        options.locale = locale;
         test::ScriptedPrompter prompter;
         QVERIFY(!startSession(options, prompter));
         QCOMPARE(prompter.messages().size(), 1);
-        QVERIFY(prompter.messages().first().startsWith(QStringLiteral("WICHTIG!!!")));
-        QVERIFY(!QFile::exists(folder.databasePath()));
+        QVERIFY2(prompter.messages().first().startsWith(told.replace(QStringLiteral("<datei>"), folder.databasePath())),
+                 qPrintable(prompter.messages().first()));
+        QCOMPARE(test::readBytes(folder.databasePath()), file);
     }
 
     void secondInstanceOnTheSameFolderEnds()
@@ -57,7 +74,8 @@ private slots:
         test::ScriptedPrompter prompter;
         auto session = startSession(optionsFor(folder), prompter);
         QVERIFY(session);
-        QCOMPARE(prompter.messages().size(), 1); // master-data note
+        QCOMPARE(prompter.messages().size(), 1);
+        QVERIFY(prompter.messages().first().startsWith(QStringLiteral("Hinweis:\nIn der Datenbasis"))); // the master-data note
         QVERIFY(QFile::exists(session->settingsPath()));
         QCOMPARE(session->settings.zahl[17], qint16(14));
 
@@ -81,16 +99,11 @@ private slots:
     {
         test::TempDataFolder folder;
         createDatabaseFile(folder.databasePath());
-        {
-            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("old"));
-            db.setDatabaseName(folder.databasePath());
-            QVERIFY(db.open());
+        test::withPlainConnection(folder.databasePath(), [](const QSqlDatabase& db) {
             execSql(db, QStringLiteral("DROP INDEX tarvik_stämme_los_summen")); // older files had neither
             execSql(db, QStringLiteral("ALTER TABLE Stämme DROP COLUMN Holzpreis"));
             execSql(db, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (1)"));
-            db.close();
-        }
-        QSqlDatabase::removeDatabase(QStringLiteral("old"));
+        });
         test::ScriptedPrompter prompter;
         auto session = startSession(optionsFor(folder), prompter);
         QVERIFY(session);
@@ -109,19 +122,6 @@ private slots:
         QVERIFY(log.contains(QStringLiteral("Kopie des vorherigen Stands: ")));
         QVERIFY(QFile::exists(report.backupPath));
         QVERIFY(QFileInfo(report.backupPath).fileName().startsWith(QStringLiteral("TARVIK3.vor-Aktualisierung-")));
-    }
-
-    void foreignDatabaseEndsTheStart()
-    {
-        test::TempDataFolder folder;
-        QFile f(folder.databasePath());
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write("not a database");
-        f.close();
-        test::ScriptedPrompter prompter;
-        QVERIFY(!startSession(optionsFor(folder), prompter));
-        QCOMPARE(prompter.messages().size(), 1);
-        QVERIFY(prompter.messages().first().contains(folder.databasePath()));
     }
 };
 
