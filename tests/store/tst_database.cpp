@@ -27,6 +27,14 @@ void verifyTold(const StoreError& e, StoreProblem problem, const QString& words,
         QVERIFY2(!e.message().contains(QString::fromUtf8(engine), Qt::CaseInsensitive), qPrintable(e.message()));
 }
 
+// n logs with a remark each, in one statement.
+void addLogs(const QSqlDatabase& db, int n)
+{
+    execSql(db, QStringLiteral("WITH RECURSIVE k(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM k WHERE i < ?) "
+                               "INSERT INTO Stämme(Los_Nr, Laufende_Nr, Bemerkung) SELECT 1, i, ? FROM k"),
+            {n, QString(30, u'x')});
+}
+
 // Another program holding the write lock for a while, on its own connection and thread.
 class OtherWriter : public QThread {
 public:
@@ -267,11 +275,7 @@ private slots:
         int pageSize = 0;
         {
             auto db = Database::openOrCreate(folder.databasePath());
-            TransactionGuard guard(db->shared());
-            for (int i = 1; i <= 400; ++i)
-                execSql(db->shared(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Bemerkung) VALUES (1, ?, ?)"),
-                        {i, QString(30, u'x')});
-            guard.commit();
+            addLogs(db->shared(), 400);
             rootPage = scalar(db->shared(), QStringLiteral("SELECT rootpage FROM sqlite_master WHERE name = 'Stämme'")).toInt();
             pageSize = scalar(db->shared(), QStringLiteral("PRAGMA page_size")).toInt();
         }
@@ -315,14 +319,7 @@ private slots:
     void aRunningCheckStopsWithTheProgram()
     {
         test::TempDataFolder folder;
-        {
-            auto db = Database::openOrCreate(folder.databasePath());
-            TransactionGuard guard(db->shared());
-            for (int i = 1; i <= 20000; ++i)
-                execSql(db->shared(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Bemerkung) VALUES (1, ?, ?)"),
-                        {i, QString(30, u'x')});
-            guard.commit();
-        }
+        addLogs(Database::openOrCreate(folder.databasePath())->shared(), 20000);
         bool reported = false;
         QElapsedTimer timer;
         timer.start();
