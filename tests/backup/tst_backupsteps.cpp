@@ -119,36 +119,18 @@ private slots:
         QCOMPARE(f.prompter.questions().size(), 2);
     }
 
-    void driveOfTheDataWarnsAndKeepsTheArchiveOnTheDisk()
-    {
-        Fixture f;
-        BackupSteps steps(f.context(), f.drives, f.runner);
-        f.prompter.answerYes();
-        QVERIFY(steps.begin(false));
-        const Drive disk = *f.drives.driveOf(f.folder.path());
-        f.prompter.answerNo();
-        QVERIFY(!steps.chooseDrive(disk));
-        QVERIFY(f.prompter.questions().last().startsWith(QStringLiteral("Sie haben das selbe Laufwerk ausgewählt")));
-        QVERIFY(f.prompter.questions().last().endsWith(QStringLiteral("Möchten Sie trotzdem fortfahren?")));
-        f.prompter.answerYes();
-        QVERIFY(steps.chooseDrive(disk));
-        steps.createArchive();
-        steps.copyToDrive();
-        QVERIFY(f.prompter.messages().last().startsWith(QStringLiteral("Die Datensicherung wurde nicht auf einen externen Datenträger kopiert, weil kein externer Datenträger ausgewählt wurde.")));
-        QVERIFY(steps.summary().contains(QStringLiteral("Für das Backup wurde NICHT ein externer Datenträger / USB-Stick ausgewählt.")));
-    }
-
-    // A whole backup onto a stick and into a cloud folder, and what goes wrong on the way:
-    // the messages, the summary, the copies, the stick's date (only when the due stick got its
-    // copy) and what the archive knows of itself once restored: the date of its backup, the
-    // stick's date and the cloud folder; the copies kept before an upgrade stay out of it.
-    // "Nein" to today's archive keeps it, and it still goes to the stick and the cloud.
+    // A whole backup onto a stick (or the data's own drive) and into a cloud folder, and what
+    // goes wrong on the way: the messages, the summary, the copies, the stick's date (only when
+    // the due stick got its copy) and what the archive knows of itself once restored: the date
+    // of its backup, the stick's date and the cloud folder; the copies kept before an upgrade
+    // stay out of it. "Nein" to today's archive keeps it, and it still goes to the stick and
+    // the cloud.
     void backup_data()
     {
         QTest::addColumn<bool>("rotation");
         QTest::addColumn<int>("monthlyDaysAgo");
         QTest::addColumn<int>("yearlyDaysAgo");
-        QTest::addColumn<QString>("volume");
+        QTest::addColumn<QString>("volume"); // none: the drive of the data
         QTest::addColumn<QString>("trouble");
         QTest::addColumn<QStringList>("messages"); // <lokal>: the archive, <stick>: its copy, <name>
         QTest::addColumn<QStringList>("summary");
@@ -183,6 +165,13 @@ private slots:
             << QStringList{created, copied,
                            QStringLiteral("Die Datei konnte nicht in die Cloud gespeichert werden, weil der Ordner /gibt/es/nicht nicht existiert.")}
             << plain + QStringList{made, onStick, QStringLiteral("Die Backupdatei wurde NICHT in den Cloudordner übertragen.")} << "";
+        QTest::newRow("the drive of the data")
+            << false << 61 << 100 << "" << ""
+            << QStringList{created, QStringLiteral("Die Datensicherung wurde nicht auf einen externen Datenträger kopiert, weil kein externer "
+                                                   "Datenträger ausgewählt wurde. Die Datensicherung befindet sich auf Ihrer Festplatte unter <lokal>")}
+            << QStringList{plain[0], QStringLiteral("Für das Backup wurde NICHT ein externer Datenträger / USB-Stick ausgewählt."), plain[2],
+                           made, notOnStick, inCloud}
+            << "";
         QTest::newRow("today's archive kept")
             << false << 61 << 100 << "STICK" << "kept"
             << QStringList{QStringLiteral("Es wurde keine neue Datensicherung erstellt, weil bereits eine existiert hatte."), copied}
@@ -203,7 +192,7 @@ private slots:
         Fixture f(monthlyDaysAgo, yearlyDaysAgo);
         f.session->settings.text[12] = QStringLiteral("01.10.2026");
         test::writeBytes(f.folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-2026-11-01.db")), "alter Stand");
-        const Drive stick = f.drives.addStick(volume);
+        const Drive stick = volume.isEmpty() ? *f.drives.driveOf(f.folder.path()) : f.drives.addStick(volume);
         QTemporaryDir cloudFolder;
         const QString cloud = trouble == u"no cloud" ? QStringLiteral("/gibt/es/nicht") : cloudFolder.path();
         const QString name = archiveName(Today);
@@ -224,6 +213,13 @@ private slots:
         if (trouble == u"kept" || trouble == u"on stick")
             f.prompter.answerNo();
         QVERIFY(steps.begin(rotation));
+        if (volume.isEmpty()) { // warned, and "Nein" keeps the page
+            f.prompter.answerNo();
+            QVERIFY(!steps.chooseDrive(stick));
+            QVERIFY(f.prompter.questions().last().startsWith(QStringLiteral("Sie haben das selbe Laufwerk ausgewählt")));
+            QVERIFY(f.prompter.questions().last().endsWith(QStringLiteral("Möchten Sie trotzdem fortfahren?")));
+            f.prompter.answerYes();
+        }
         QVERIFY(steps.chooseDrive(stick));
         steps.chooseCloudFolder(cloud);
         steps.createArchive();

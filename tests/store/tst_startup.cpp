@@ -171,32 +171,46 @@ private slots:
     }
 
     // A file of the current version that lacks a column and a table (an old program's bug, a
-    // tool's edit): the upgrade finds them, adds them, says so, and keeps the file as it was.
-    void missingPiecesAreAddedNamedAndTheOldFileKept()
+    // tool's edit), opened by the desktop program: the upgrade adds them and keeps the file as
+    // it was. The user is told in German where the old file and the log are; the column and
+    // index names go to the log.
+    void missingPiecesAreAddedToldAndTheOldFileKept()
     {
         test::TempDataFolder folder;
         makeOldFile(folder.databasePath(), NoLogPrice + QStringList{"DROP TABLE Stärkeklassen_Stämme", "DROP TABLE Liste_Hiebart",
-                                                                     "INSERT INTO Stämme(Los_Nr, Laufende_Nr, Preis_berechnet, Kennung) VALUES (1, 1, 45.25, 1)"});
-        const QDate today(2026, 11, 23);
-        QFile taken(folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-2026-11-23.db")));
-        QVERIFY(taken.open(QIODevice::WriteOnly)); // an earlier copy of the same day stays as it is
-        taken.close();
+                                                                     "INSERT INTO Stämme(Los_Nr, Laufende_Nr, Preis_berechnet, Kennung) VALUES (1, 1, 45.25, 1)",
+                                                                     "INSERT INTO Hiebe(Hieb_Nr) VALUES (1)"});
+        const QString day = QDate::currentDate().toString(QStringLiteral("yyyy-MM-dd"));
+        const QString taken = folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-%1.db").arg(day));
+        test::writeBytes(taken, QByteArray()); // an earlier copy of the same day stays as it is
 
-        auto db = Database::openOrCreate(folder.databasePath());
         test::ScriptedPrompter prompter;
-        const UpgradeReport report = upgradeDatabase(db->shared(), prompter, today);
-        QVERIFY(prompter.messages().isEmpty());
+        auto session = startSession(optionsFor(folder), prompter);
+        QVERIFY(session);
+        const UpgradeReport report = firstActivation(*session, prompter);
         QVERIFY(report.failures.isEmpty());
-        const QString copy = folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-2026-11-23-2.db"));
+        const QString copy = folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-%1-2.db").arg(day));
         QCOMPARE(report.backupPath, copy);
-        QVERIFY2(report.changes.contains(QStringLiteral("Spalte Stämme.Holzpreis ergänzt")), qPrintable(report.changes.join(u'|')));
-        QVERIFY(report.changes.contains(QStringLiteral("Tabelle Stärkeklassen_Stämme mit den Standardwerten angelegt")));
-        QVERIFY(report.changes.contains(QStringLiteral("Tabelle Liste_Hiebart angelegt")));
-        QVERIFY(report.changes.contains(QStringLiteral("Kopie des vorherigen Stands: %1").arg(QDir::toNativeSeparators(copy))));
-        QCOMPARE(sortedColumns(db->shared()), m_newColumns);
-        QVERIFY(layoutIsCurrent(db->shared()));
-        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT Holzpreis FROM Stämme")).toDouble(), 45.25);
-        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT group_concat(Klasse) FROM Stärkeklassen_Stämme")).toString(),
+        QCOMPARE(prompter.messages().size(), 1);
+        const QString shown = prompter.messages().first();
+        QVERIFY2(shown.startsWith(QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht.\n")), qPrintable(shown));
+        QVERIFY(shown.contains(QDir::toNativeSeparators(copy)));
+        for (const char* technical : {"Holzpreis", "Spalte", "tarvik_", "Indizes"})
+            QVERIFY2(!shown.contains(QString::fromUtf8(technical)), qPrintable(shown));
+        QCOMPARE(report.logPath, folder.filePath(QStringLiteral("Aktualisierung.log")));
+        QVERIFY(shown.contains(QDir::toNativeSeparators(report.logPath)));
+        const QStringList log = readTextFile(report.logPath).lines;
+        for (const QString& change : {QStringLiteral("Spalte Stämme.Holzpreis ergänzt"), QStringLiteral("Tabelle Stärkeklassen_Stämme mit den Standardwerten angelegt"),
+                                      QStringLiteral("Tabelle Liste_Hiebart angelegt"),
+                                      QStringLiteral("Kopie des vorherigen Stands: %1").arg(QDir::toNativeSeparators(copy))}) {
+            QVERIFY2(report.changes.contains(change), qPrintable(report.changes.join(u'|')));
+            QVERIFY2(log.join(u'\n').contains(change), qPrintable(log.join(u'\n')));
+        }
+        const QSqlDatabase db = session->database->shared();
+        QCOMPARE(sortedColumns(db), m_newColumns);
+        QVERIFY(layoutIsCurrent(db));
+        QCOMPARE(scalar(db, QStringLiteral("SELECT Holzpreis FROM Stämme")).toDouble(), 45.25);
+        QCOMPARE(scalar(db, QStringLiteral("SELECT group_concat(Klasse) FROM Stärkeklassen_Stämme")).toString(),
                  QStringLiteral("L0,L1a,L1b,L2a,L2b,L3a,L3b,L4,L5,L6"));
         QCOMPARE(QFileInfo(taken).size(), 0);
 
@@ -208,10 +222,10 @@ private slots:
         });
 
         // Nothing left to do: no change, no further copy.
-        const UpgradeReport again = upgradeDatabase(db->shared(), prompter, today);
+        const UpgradeReport again = upgradeDatabase(db, prompter);
         QVERIFY(again.changes.isEmpty());
         QVERIFY(again.backupPath.isEmpty());
-        QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-2026-11-23-3.db"))));
+        QVERIFY(!QFile::exists(folder.filePath(QStringLiteral("TARVIK3.vor-Aktualisierung-%1-3.db").arg(day))));
     }
 
     // A step the engine refuses is told in German with what it was about; the others still run.
@@ -318,36 +332,6 @@ private slots:
         QVERIFY(later.messages().isEmpty());
         QVERIFY(firstActivation(*again, later).changes.isEmpty());
         QVERIFY(later.messages().isEmpty());
-    }
-
-    // The desktop user is told what the upgrade added and where the old file is kept.
-    void upgradeSaysWhatItAdded()
-    {
-        test::TempDataFolder folder;
-        createDatabaseFile(folder.databasePath());
-        test::withPlainConnection(folder.databasePath(), [](const QSqlDatabase& db) {
-            execSql(db, QStringLiteral("DROP INDEX tarvik_stämme_los_summen")); // older files had neither
-            execSql(db, QStringLiteral("ALTER TABLE Stämme DROP COLUMN Holzpreis"));
-            execSql(db, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr) VALUES (1)"));
-        });
-        test::ScriptedPrompter prompter;
-        auto session = startSession(optionsFor(folder), prompter);
-        QVERIFY(session);
-        const UpgradeReport report = firstActivation(*session, prompter);
-        QCOMPARE(prompter.messages().size(), 1);
-        const QString shown = prompter.messages().first();
-        QVERIFY2(shown.startsWith(QStringLiteral("Die Datenbank wurde auf den aktuellen Stand gebracht.\n")), qPrintable(shown));
-        QVERIFY(shown.contains(QDir::toNativeSeparators(report.backupPath)));
-        // Column and index names go to the log, which the message names.
-        for (const char* technical : {"Holzpreis", "Spalte", "tarvik_", "Indizes"})
-            QVERIFY2(!shown.contains(QString::fromUtf8(technical)), qPrintable(shown));
-        QCOMPARE(report.logPath, folder.filePath(QStringLiteral("Aktualisierung.log")));
-        QVERIFY(shown.contains(QDir::toNativeSeparators(report.logPath)));
-        const QString log = readTextFile(report.logPath).lines.join(u'\n');
-        QVERIFY2(log.contains(QStringLiteral("Spalte Stämme.Holzpreis ergänzt")), qPrintable(log));
-        QVERIFY(log.contains(QStringLiteral("Kopie des vorherigen Stands: ")));
-        QVERIFY(QFile::exists(report.backupPath));
-        QVERIFY(QFileInfo(report.backupPath).fileName().startsWith(QStringLiteral("TARVIK3.vor-Aktualisierung-")));
     }
 };
 
