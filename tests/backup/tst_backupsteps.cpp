@@ -1,6 +1,5 @@
 // The wizard's steps without the window: which stick is due, the drive questions, creating
 // and copying the archive with what it remembers, the summary, keeping three, and restoring.
-#include "backup/stagedrestore.h"
 #include "backup/wizardsteps.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
