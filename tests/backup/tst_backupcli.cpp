@@ -2,13 +2,12 @@
 #include "backup/archive.h"
 #include "backup/restoreatstart.h"
 #include "backup/stagedrestore.h"
-#include "cli/cli.h"
 #include "store/startup.h"
 #include "support/clirun.h"
+#include "support/records.h"
 #include "support/tempdatafolder.h"
 #include "backupfixtures.h"
 
-#include <cstdio>
 
 using namespace tarvik;
 
@@ -25,29 +24,49 @@ Output runCli(const QStringList& args)
     return o;
 }
 
+// A harvest added in a session of its own, with the date of a last backup saved beside it.
+void addHarvest(const test::TempDataFolder& data, qint32 number, const QString& lastBackup = {})
+{
+    test::ScriptedPrompter quiet;
+    auto session = data.start(quiet);
+    test::addHarvest(session->database->shared(), number);
+    if (!lastBackup.isEmpty()) {
+        session->settings.text[12] = lastBackup;
+        QVERIFY(session->saveSettings(quiet));
+    }
+}
+
 } // namespace
 
 class TestBackupCli : public QObject {
     Q_OBJECT
 private slots:
-    void backupIntoAFolderThenRestore()
+    // A backup into a folder, refused a second time that day without --ja; a change; the
+    // restore, refused without --ja; then any command: the backup's data, and settings that
+    // hold the date of that backup. With the data open in another program the restore waits,
+    // each command says so and works on the current data, until the data are free.
+    void backupThenRestore_data()
     {
+        QTest::addColumn<bool>("openElsewhere");
+        QTest::newRow("no other program") << false;
+        QTest::newRow("data open in another program") << true;
+    }
+    void backupThenRestore()
+    {
+        QFETCH(bool, openElsewhere);
         test::TempDataFolder data;
-        {
-            test::ScriptedPrompter quiet;
-            auto session = data.start(quiet);
-            test::addHarvest(session->database->shared(), 4711);
-        }
+        const QStringList at = {QStringLiteral("--daten"), data.path()};
+        const QString settings = data.filePath(QLatin1String(SettingsFileName));
+        const QString backupDate = QDate::currentDate().toString(QStringLiteral("dd.MM.yyyy"));
+        addHarvest(data, 4711);
         QTemporaryDir target;
-        const QStringList backup = {QStringLiteral("--daten"), data.path(), QStringLiteral("sicherung"), QStringLiteral("--ziel"), target.path()};
+        const QStringList backup = at + QStringList{QStringLiteral("sicherung"), QStringLiteral("--ziel"), target.path()};
         const Output first = runCli(backup);
         QVERIFY2(first.code == 0, qPrintable(first.err));
         const QString name = archiveName(QDate::currentDate());
         QCOMPARE(first.out, QDir::toNativeSeparators(QDir(target.path()).filePath(name)));
-        QCOMPARE(test::run(QStringLiteral("unzip"), {QStringLiteral("-tq"), first.out}).first, 0);
-        QCOMPARE(EinstellungenLaden(data.filePath(QLatin1String(SettingsFileName))).text[12], QDate::currentDate().toString(QStringLiteral("dd.MM.yyyy")));
-
-        // Today's archive exists: without --ja nothing is replaced.
+        QVERIFY(test::unzipAccepts(first.out));
+        QCOMPARE(EinstellungenLaden(settings).text[12], backupDate);
         const QByteArray before = test::sha256(localArchiveFolder(data.path()) + name);
         const Output again = runCli(backup);
         QCOMPARE(again.code, 1);
@@ -55,45 +74,7 @@ private slots:
         QCOMPARE(test::sha256(localArchiveFolder(data.path()) + name), before);
         QCOMPARE(runCli(QStringList{QStringLiteral("--ja")} + backup).code, 0);
 
-        const QStringList restore = {QStringLiteral("--daten"), data.path(), QStringLiteral("wiederherstellen"), first.out};
-        const Output unconfirmed = runCli(restore);
-        QCOMPARE(unconfirmed.code, 1);
-        QVERIFY(!hasStagedRestore(data.path()));
-        const Output confirmed = runCli(QStringList{QStringLiteral("--ja")} + restore);
-        QVERIFY2(confirmed.code == 0, qPrintable(confirmed.err));
-        QCOMPARE(confirmed.out, QStringLiteral("Die Datensicherung ist übernommen."));
-        QVERIFY(!hasStagedRestore(data.path()));
-    }
-
-    // Backup, a change, restore with --ja, then any command: the backup's data, and settings
-    // that hold the date of that backup. With the data open in another program the restore
-    // waits, each command says so and works on the current data, until the data are free.
-    void restoreThenNextCommand_data()
-    {
-        QTest::addColumn<bool>("openElsewhere");
-        QTest::newRow("no other program") << false;
-        QTest::newRow("data open in another program") << true;
-    }
-    void restoreThenNextCommand()
-    {
-        QFETCH(bool, openElsewhere);
-        test::TempDataFolder data;
-        const QStringList at = {QStringLiteral("--daten"), data.path()};
-        {
-            test::ScriptedPrompter quiet;
-            auto session = data.start(quiet);
-            test::addHarvest(session->database->shared(), 4711);
-        }
-        const Output backup = runCli(at + QStringList{QStringLiteral("sicherung")});
-        QVERIFY2(backup.code == 0, qPrintable(backup.err));
-        const QString backupDate = QDate::currentDate().toString(QStringLiteral("dd.MM.yyyy"));
-        {
-            test::ScriptedPrompter quiet;
-            auto session = data.start(quiet);
-            test::addHarvest(session->database->shared(), 4712);
-            session->settings.text[12] = QStringLiteral("01.01.2030"); // a later backup
-            QVERIFY(session->saveSettings(quiet));
-        }
+        addHarvest(data, 4712, QStringLiteral("01.01.2030")); // and a later backup
         auto harvests = [&] {
             const Output listed = runCli(at + QStringList{QStringLiteral("hiebe")});
             QStringList numbers;
@@ -103,12 +84,13 @@ private slots:
                         numbers << cell;
             return std::pair{numbers, listed.err};
         };
-        const QString settings = data.filePath(QLatin1String(SettingsFileName));
-
+        const QStringList restore = at + QStringList{QStringLiteral("wiederherstellen"), first.out};
+        QCOMPARE(runCli(restore).code, 1);
+        QVERIFY(!hasStagedRestore(data.path()));
         std::unique_ptr<Database> elsewhere;
         if (openElsewhere)
             elsewhere = Database::openOrCreate(data.databasePath());
-        const Output restored = runCli(QStringList{QStringLiteral("--ja")} + at + QStringList{QStringLiteral("wiederherstellen"), backup.out});
+        const Output restored = runCli(QStringList{QStringLiteral("--ja")} + restore);
         QVERIFY2(restored.code == 0, qPrintable(restored.err));
         if (openElsewhere) {
             QVERIFY(restored.out.startsWith(QStringLiteral("Die Datensicherung ist geprüft und bereitgelegt.")));
@@ -158,15 +140,7 @@ private slots:
         const Output ran = runCli(QStringList{QStringLiteral("--daten"), script.path()} + command);
         QVERIFY2(ran.code == 0, qPrintable(ran.err));
         // Read as it lies, with nothing run at opening.
-        QSqlDatabase raw = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("roh"));
-        raw.setDatabaseName(script.databasePath());
-        QVERIFY(raw.open());
-        const QStringList scriptRows = test::dumpRows(raw);
-        raw.close();
-        raw = QSqlDatabase();
-        QSqlDatabase::removeDatabase(QStringLiteral("roh"));
-        QCOMPARE(scriptRows.size(), desktopRows.size());
-        QCOMPARE(scriptRows, desktopRows);
+        QCOMPARE(test::dumpRows(script.databasePath()), desktopRows);
     }
 
     void refusals_data()
