@@ -97,7 +97,9 @@ std::optional<QString> rangeNote(const Einstellungen& settings)
         return std::nullopt;
     const int from = mode == 1 ? YearFromSlot : DateFromSlot;
     const int to = mode == 1 ? YearToSlot : DateToSlot;
-    return QStringLiteral("Nur Hiebe %1–%2").arg(settings.text[from].trimmed(), settings.text[to].trimmed());
+    const QString first = settings.text[from].trimmed();
+    const QString last = settings.text[to].trimmed();
+    return first == last ? QStringLiteral("Nur Hiebe %1").arg(first) : QStringLiteral("Nur Hiebe %1–%2").arg(first, last);
 }
 
 void clearRange(Einstellungen& settings) { settings.zahl[RangeModeSlot] = 0; }

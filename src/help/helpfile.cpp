@@ -29,6 +29,8 @@ HelpTopic readHelpTopic(const QString& helpFolder, const QString& key)
         return topic;
     }
     topic.fileFound = true;
+    if (key.trimmed().isEmpty())
+        return topic; // a blank line of the file is no topic's key
     bool inTopic = false, titleRead = false;
     for (const QString& line : file.lines) {
         if (!inTopic) {

@@ -137,7 +137,7 @@ private slots:
         unused.zahl[RangeModeSlot] = 0;
         QTest::newRow("no range") << unused << QString() << QString();
         QTest::newRow("years fine") << years("2005", "2007") << QString() << QStringLiteral("Nur Hiebe 2005–2007");
-        QTest::newRow("same year") << years("2007", "2007") << QString() << QStringLiteral("Nur Hiebe 2007–2007");
+        QTest::newRow("same year") << years("2007", "2007") << QString() << QStringLiteral("Nur Hiebe 2007");
         QTest::newRow("two-digit from") << years("05", "2007") << fourDigits << QString();
         QTest::newRow("empty to") << years("2005", "") << fourDigits << QString();
         QTest::newRow("years reversed") << years("2008", "2007")

@@ -21,6 +21,7 @@ private slots:
         QTest::newRow("title only") << QStringLiteral("FH_Hilfe") << QStringLiteral("Nur Titel") << QString();
         QTest::newRow("unknown key shows an empty window") << QStringLiteral("Hilfe_Gibtsnicht") << QString() << QString();
         QTest::newRow("key must match the whole line") << QStringLiteral("Hilfe") << QString() << QString();
+        QTest::newRow("an empty key is no blank line's topic") << QString() << QString() << QString();
         QTest::newRow("without #ende# to the end of the file") << QStringLiteral("Hilfe_Letzte") << QStringLiteral("Letzte")
                                                               << QStringLiteral("bis zum Schluss\nÄußerst wichtig\n");
     }
@@ -29,7 +30,7 @@ private slots:
         QFETCH(QString, key);
         QVERIFY(writeTextFile(m_dir.filePath(QLatin1String(HelpFileName)),
                               {QStringLiteral("vorher"), QStringLiteral("Hilfe_Hiebe"), QStringLiteral("Hiebe"), QStringLiteral("Zeile 1"),
-                               QStringLiteral("Zeile 2"), QStringLiteral("#ende#"), QStringLiteral("FH_Hilfe"), QStringLiteral("Nur Titel"),
+                               QStringLiteral("Zeile 2"), QStringLiteral("#ende#"), QString(), QStringLiteral("FH_Hilfe"), QStringLiteral("Nur Titel"),
                                QStringLiteral("#ende#"), QStringLiteral("Hilfe_Letzte"), QStringLiteral("Letzte"),
                                QStringLiteral("bis zum Schluss"), QStringLiteral("Äußerst wichtig")})
                     .ok);
