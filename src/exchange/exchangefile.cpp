@@ -355,13 +355,13 @@ ParseResult parseHarvestBytes(const QString& fileName, const QByteArray& given)
     for (int i = 0; i < lines.size(); ++i) {
         const int lineNo = i + 1;
         QByteArrayView raw = lines[i];
+        if (raw.endsWith('\r'))
+            raw.chop(1); // the line's end, not part of its length
         if (raw.size() > MaxLineLength)
             return {std::nullopt, fault(lineNo, QStringLiteral("Die Zeile ist %1 Zeichen lang; ein Datensatz hat höchstens %2.")
                                                     .arg(raw.size()).arg(MaxLineLength))};
         if (cutOff && i == lines.size() - 1)
             return {std::nullopt, fault(lineNo, QStringLiteral("Die Zeile endet ohne Zeilenende: die Datei ist unvollständig (abgeschnitten)."))};
-        if (raw.endsWith('\r'))
-            raw.chop(1);
         const QString line = utf8 ? QString::fromUtf8(raw) : decodeCp1252(raw.toByteArray());
         texts << line;
         if (line.isEmpty()) {
