@@ -1,6 +1,6 @@
 // The shared helpers without windows: numbers and dates as typed and shown, Windows-1252 text
 // files, the data folder, stepping through an opener's rows, the regional settings, and what
-// the system and the libraries report in English reaching the user as a German sentence.
+// the system reports in English reaching the user as a German sentence.
 #include "common/folders.h"
 #include "common/germanlocale.h"
 #include "common/numbers.h"
@@ -9,19 +9,13 @@
 #include "common/systemerror.h"
 #include "common/text.h"
 #include "common/textfile.h"
-#include "reports/lists/writers.h"
 #include "support/tempdatafolder.h"
 
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
-#include <QSqlDatabase>
-#include <QSqlQuery>
-#include <QTemporaryFile>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <unistd.h>
 
 using namespace tarvik;
 
@@ -42,23 +36,6 @@ bool soundsEnglish(const QString& text)
     return english.match(text).hasMatch();
 }
 
-// What the code writes to the standard error stream while it runs.
-QByteArray standardErrorOf(const std::function<void()>& code)
-{
-    QTemporaryFile sink;
-    if (!sink.open())
-        return "kein Auffangfile";
-    std::fflush(stderr);
-    const int saved = ::dup(STDERR_FILENO);
-    ::dup2(sink.handle(), STDERR_FILENO);
-    code();
-    std::fflush(stderr);
-    ::dup2(saved, STDERR_FILENO);
-    ::close(saved);
-    sink.seek(0);
-    return sink.readAll();
-}
-
 } // namespace
 
 class TestCommon : public QObject {
@@ -75,13 +52,10 @@ private slots:
         QTest::newRow("comma") << "4,5" << 4.5;
         QTest::newRow("point") << "4.5" << 4.5;
         QTest::newRow("thousands and comma") << "1.234,5" << 1234.5;
-        QTest::newRow("trailing point") << "12." << 12.0;
         QTest::newRow("blanks and unit") << " 35 cm" << 35.0;
         QTest::newRow("negative") << "-2,25" << -2.25;
         QTest::newRow("second comma stops") << "1,2,3" << 1.2;
         QTest::newRow("exponent") << "1E3" << 1000.0;
-        QTest::newRow("lone minus") << "-" << 0.0;
-        QTest::newRow("leading point") << ",5" << 0.5;
         QTest::newRow("huge exponent") << "1E999" << 0.0;
     }
     void readNumber()
@@ -103,13 +77,10 @@ private slots:
         QTest::newRow("negative half") << -2.5 << false << 0 << "-3";
         QTest::newRow("decimal half") << 1.005 << false << 2 << "1,01";
         QTest::newRow("carry") << 9.9996 << false << 3 << "10,000";
-        QTest::newRow("zero") << 0.0 << false << 4 << "0,0000";
         QTest::newRow("tiny negative is zero") << -0.0001 << false << 2 << "0,00";
-        QTest::newRow("small") << 0.00049 << false << 3 << "0,000";
         QTest::newRow("large") << 1234567.891 << false << 2 << "1234567,89";
         QTest::newRow("0.675f") << 0.675 << true << 2 << "0,68";
         QTest::newRow("2.675f") << 2.675 << true << 2 << "2,68";
-        QTest::newRow("0.7f") << 0.7 << true << 3 << "0,700";
         QTest::newRow("float sum") << 12345.678 << true << 3 << "12345,678";
     }
     void formatDecimal()
@@ -139,30 +110,48 @@ private slots:
 
     void cellTextsAndDates()
     {
-        QCOMPARE(tarvik::readNumber(QVariant()), 0.0);
         QCOMPARE(formatDecimalText(QStringLiteral("x"), 4), QStringLiteral("0,0000"));
         QCOMPARE(signedText(14) + u'|' + signedText(0) + u'|' + signedText(-3), QStringLiteral(" 14| 0|-3"));
-        QCOMPARE(readText(QVariant()), QString());
         QCOMPARE(readText(QVariant(QStringLiteral("  FI (Fichte) "))), QStringLiteral("FI (Fichte)"));
-        QCOMPARE(readText(QVariant(12)), QStringLiteral("12"));
         QCOMPARE(sqlDateLiteral(QStringLiteral("21.11.2026")), QStringLiteral("'2026-11-21'"));
         QCOMPARE(sqlDateLiteral(QStringLiteral("31.02.2026")), QStringLiteral("NULL"));
-        QCOMPARE(sqlDateLiteral(QString()), QStringLiteral("NULL"));
         QVERIFY(sqlDateValue(QString()).isNull());
         QCOMPARE(sqlDateValue(QStringLiteral("1.2.2026")).toString(), QStringLiteral("2026-02-01"));
         QCOMPARE(germanDateFromSql(QStringLiteral("2026-02-01")), QStringLiteral("01.02.2026"));
-        QCOMPARE(germanDateFromSql(QVariant()), QString());
     }
 
-    // Windows-1252 with CR LF, read back as written, blanks and empty lines kept; LF-only files read too.
+    // Windows-1252 with CR LF, read back as written; texts whose bytes look like UTF-8 get the
+    // mark so that they too read back unchanged. Files another installation reads stay Windows-1252.
+    void textFileRoundTrip_data()
+    {
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<QByteArray>("begins");
+        QTest::newRow("blanks and empty lines kept")
+            << QStringList{QStringLiteral("Stämme Größe €"), QStringLiteral("  Nußbaum  "), QString(), QStringLiteral("‚quoted‘ – ok")}
+            << QByteArray("St\xe4mme Gr\xf6\xdf" "e \x80\r\n  Nu\xdf" "baum  \r\n\r\n");
+        QTest::newRow("mojibake umlaut") << QStringList{QStringLiteral("MÃ¼ller")} << QByteArray("\xef\xbb\xbf" "M\xc3\x83\xc2\xbc");
+        QTest::newRow("a mark's own letters") << QStringList{QStringLiteral("ï»¿Wald")} << QByteArray("\xef\xbb\xbf\xc3\xaf");
+    }
     void textFileRoundTrip()
+    {
+        QFETCH(QStringList, lines);
+        QFETCH(QByteArray, begins);
+        test::TempDataFolder dir;
+        const QString path = dir.filePath(QStringLiteral("c.txt"));
+        QVERIFY(writeTextFile(path, lines).ok);
+        QVERIFY(fileBytes(path).startsWith(begins));
+        QCOMPARE(readTextFile(path).lines, lines);
+        bool written = true;
+        QVERIFY(writeTextFileIfChanged(path, lines, &written).ok);
+        QVERIFY(!written);
+        QVERIFY(writeTextFile(path, lines, TextEncoding::Cp1252Only).ok);
+        QCOMPARE(fileBytes(path), encodeCp1252(lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n")));
+    }
+
+    void lfOnlyFilesAndMissingFiles()
     {
         test::TempDataFolder dir;
         const QString path = dir.filePath(QStringLiteral("a.txt"));
-        const QStringList lines{QStringLiteral("Stämme Größe €"), QStringLiteral("  Nußbaum  "), QString(), QStringLiteral("‚quoted‘ – ok")};
-        QVERIFY(writeTextFile(path, lines).ok);
-        QVERIFY(fileBytes(path).startsWith(QByteArray("St\xe4mme Gr\xf6\xdf" "e \x80\r\n  Nu\xdf" "baum  \r\n\r\n")));
-        QCOMPARE(readTextFile(path).lines, lines);
         QFile f(path);
         QVERIFY(f.open(QIODevice::WriteOnly));
         f.write("eins\nzwei\n");
@@ -171,32 +160,6 @@ private slots:
         const TextFileResult missing = readTextFile(QStringLiteral("/nonexistent/x.tk3"));
         QVERIFY(!missing.ok);
         QVERIFY(missing.error.contains(QStringLiteral("/nonexistent/x.tk3")));
-    }
-
-    // Texts whose Windows-1252 bytes look like UTF-8 still read back as they were written.
-    void textsThatLookLikeUtf8ReadBackUnchanged_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QByteArray>("begins");
-        QTest::newRow("mojibake umlaut") << QStringLiteral("MÃ¼ller") << QByteArray("\xef\xbb\xbf" "M\xc3\x83\xc2\xbc");
-        QTest::newRow("a mark's own letters") << QStringLiteral("ï»¿Wald") << QByteArray("\xef\xbb\xbf\xc3\xaf");
-        QTest::newRow("plain umlauts stay windows-1252") << QStringLiteral("Müller") << QByteArray("M\xfc");
-    }
-    void textsThatLookLikeUtf8ReadBackUnchanged()
-    {
-        QFETCH(QString, text);
-        QFETCH(QByteArray, begins);
-        test::TempDataFolder dir;
-        const QString path = dir.filePath(QStringLiteral("c.txt"));
-        QVERIFY(writeTextFile(path, {text}).ok);
-        QVERIFY(fileBytes(path).startsWith(begins));
-        QCOMPARE(readTextFile(path).lines, QStringList{text});
-        bool written = true;
-        QVERIFY(writeTextFileIfChanged(path, {text}, &written).ok);
-        QVERIFY(!written);
-        // files another installation reads byte for byte stay Windows-1252
-        QVERIFY(writeTextFile(path, {text}, TextEncoding::Cp1252Only).ok);
-        QCOMPARE(fileBytes(path), encodeCp1252(text + QStringLiteral("\r\n")));
     }
 
     // Every byte survives decoding and encoding, the five unassigned ones as the control character
@@ -219,7 +182,6 @@ private slots:
         QTest::newRow("utf-8") << QByteArray("Gr\xc3\xb6\xc3\x9f" "e \xe2\x82\xac") << QStringLiteral("Größe €");
         QTest::newRow("utf-8 with mark") << QByteArray("\xef\xbb\xbf" "abc") << QStringLiteral("abc");
         QTest::newRow("windows-1252") << QByteArray("Gr\xf6\xdf" "e \x80") << QStringLiteral("Größe €");
-        QTest::newRow("ascii") << QByteArray("abc") << QStringLiteral("abc");
         QTest::newRow("broken utf-8 is windows-1252") << QByteArray("\xc3\xb6\xc3") << QStringLiteral("Ã¶Ã");
     }
     void recognisesUtf8()
@@ -229,47 +191,33 @@ private slots:
         QCOMPARE(decodeTextFile(bytes), text);
     }
 
-    void defaultFolder_data()
+    // The option wins over the environment, which wins over the default beside the program.
+    void dataFolder_data()
     {
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("environment");
         QTest::addColumn<QString>("program");
         QTest::addColumn<bool>("windows");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("drive E") << "E:\\Programme\\Tarvik\\" << true << "E:/Daten/Forstsoftware_TARVIK3/";
-        QTest::newRow("no final separator") << "e:\\Programme\\Tarvik" << true << "E:/Daten/Forstsoftware_TARVIK3/";
-        QTest::newRow("elsewhere below home") << "/opt/tarvik/bin/" << false << "/home/anna/Daten/Forstsoftware_TARVIK3/";
+        QTest::newRow("option") << "/a" << "/b" << "/p/" << false << "/a/";
+        QTest::newRow("environment") << "" << "/b" << "/p/" << false << "/b/";
+        QTest::newRow("drive E") << "" << "" << "E:\\Programme\\Tarvik\\" << true << "E:/Daten/Forstsoftware_TARVIK3/";
+        QTest::newRow("drive without final separator") << "" << "" << "e:\\Programme\\Tarvik" << true << "E:/Daten/Forstsoftware_TARVIK3/";
+        QTest::newRow("below home") << "" << "" << "/opt/tarvik/bin/" << false << "/home/anna/Daten/Forstsoftware_TARVIK3/";
     }
-    void defaultFolder()
+    void dataFolder()
     {
+        QFETCH(QString, option);
+        QFETCH(QString, environment);
         QFETCH(QString, program);
         QFETCH(bool, windows);
-        QFETCH(QString, expected);
-        QCOMPARE(defaultDataFolder(program, QStringLiteral("/home/anna"), windows), expected);
+        QTEST(resolveDataFolder(option, environment, program, QStringLiteral("/home/anna"), windows), "expected");
     }
 
-    void shareFolderBesideProgram_data()
-    {
-        QTest::addColumn<QString>("program");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("installed package") << "/usr/bin/" << "/usr/share/tarvik/";
-        QTest::newRow("no final separator") << "/usr/bin" << "/usr/share/tarvik/";
-        QTest::newRow("relocated copy") << "/home/anna/holz/bin/" << "/home/anna/holz/share/tarvik/";
-        QTest::newRow("build tree") << "/work/tarvik/build/bin/" << "/work/tarvik/build/share/tarvik/";
-    }
     void shareFolderBesideProgram()
     {
-        QFETCH(QString, program);
-        QFETCH(QString, expected);
-        QCOMPARE(shareFolderFor(program), expected);
-    }
-
-    void optionWinsOverEnvironment()
-    {
-        QCOMPARE(resolveDataFolder(QStringLiteral("/a"), QStringLiteral("/b"), QStringLiteral("/p/"), QStringLiteral("/h"), false),
-                 QStringLiteral("/a/"));
-        QCOMPARE(resolveDataFolder(QString(), QStringLiteral("/b"), QStringLiteral("/p/"), QStringLiteral("/h"), false),
-                 QStringLiteral("/b/"));
-        QCOMPARE(resolveDataFolder(QString(), QString(), QStringLiteral("/p/"), QStringLiteral("/h"), false),
-                 QStringLiteral("/h/Daten/Forstsoftware_TARVIK3/"));
+        QCOMPARE(shareFolderFor(QStringLiteral("/usr/bin")), QStringLiteral("/usr/share/tarvik/"));
+        QCOMPARE(shareFolderFor(QStringLiteral("/home/anna/holz/bin/")), QStringLiteral("/home/anna/holz/share/tarvik/"));
     }
 
     void firstStartSeedsAndMakesWritable()
@@ -309,11 +257,9 @@ private slots:
         QTest::addColumn<QString>("steps");
         QTest::addColumn<QList<qint32>>("visited");
         QTest::newRow("middle to end, then first") << QList<qint32>{7, 3, 9} << 3 << "++++" << QList<qint32>{9, 7, 3, 9};
-        QTest::newRow("last goes to first") << QList<qint32>{7, 3, 9} << 9 << "++" << QList<qint32>{7, 3};
         QTest::newRow("one row stays") << QList<qint32>{5} << 5 << "+-" << QList<qint32>{5, 5};
         QTest::newRow("unlisted start begins at first") << QList<qint32>{4, 6} << 99 << "+++" << QList<qint32>{4, 6, 4};
         QTest::newRow("back wraps to the last") << QList<qint32>{7, 3, 9} << 3 << "--+" << QList<qint32>{7, 9, 7};
-        QTest::newRow("unlisted start goes back to the last") << QList<qint32>{4, 6} << 99 << "-" << QList<qint32>{6};
         QTest::newRow("empty list") << QList<qint32>{} << 0 << "+-" << QList<qint32>{-1, -1};
     }
     void openerRowsStepAndWrap()
@@ -331,27 +277,14 @@ private slots:
         }
     }
 
-    void regionalSettings_data()
-    {
-        QTest::addColumn<QLocale>("locale");
-        QTest::addColumn<bool>("problem");
-        QTest::newRow("German") << QLocale(QLocale::German, QLocale::Germany) << false;
-        QTest::newRow("Austrian") << QLocale(QLocale::German, QLocale::Austria) << false;
-        QTest::newRow("English") << QLocale(QLocale::English, QLocale::UnitedStates) << true;
-    }
+    // Outside the German regions the program stops with the long warning; inside it says nothing.
     void regionalSettings()
     {
-        QFETCH(QLocale, locale);
-        QFETCH(bool, problem);
-        const auto text = regionalSettingsProblem(locale);
-        QCOMPARE(bool(text), problem);
-        if (text) {
-            QVERIFY(text->startsWith(QStringLiteral("WICHTIG!!! Die Datumsberechnung")));
-            QVERIFY(text->endsWith(QStringLiteral("wird ZEP jetzt beendet!")));
-            QCOMPARE(text->count(u'\n'), 14);
-        } else {
-            QVERIFY(!currencyProblem(locale));
-        }
+        QVERIFY(!regionalSettingsProblem(QLocale(QLocale::German, QLocale::Germany)));
+        QVERIFY(!currencyProblem(QLocale(QLocale::German, QLocale::Austria)));
+        const auto text = regionalSettingsProblem(QLocale(QLocale::English, QLocale::UnitedStates));
+        QVERIFY(text && text->startsWith(QStringLiteral("WICHTIG!!! Die Datumsberechnung")));
+        QVERIFY(text->endsWith(QStringLiteral("wird ZEP jetzt beendet!")));
     }
 
     // Real files that cannot be opened or written, each with the sentence the user reads.
@@ -389,10 +322,8 @@ private slots:
         QTest::addColumn<QString>("sentence");
         QTest::newRow("no permission") << QString::fromLocal8Bit(std::strerror(EACCES))
                                        << QStringLiteral("Sie haben keine Berechtigung für diese Datei oder diesen Ordner.");
-        QTest::newRow("read-only disk") << QString::fromLocal8Bit(std::strerror(EROFS)) << QStringLiteral("Der Datenträger ist schreibgeschützt.");
         QTest::newRow("SQLite: locked") << QStringLiteral("database is locked Unable to fetch row")
                                         << QStringLiteral("Die Datenbank wird gerade von einem anderen Programm benutzt.");
-        QTest::newRow("SQLite: full") << QStringLiteral("database or disk is full") << QStringLiteral("Der Datenträger ist voll.");
         QTest::newRow("spreadsheet: cannot create") << QStringLiteral("Error creating output xlsx file. Usually a permissions error.")
                                                     << QStringLiteral("Die Tabellendatei kann nicht angelegt werden; meist fehlt die Schreibberechtigung.");
         QTest::newRow("network: host") << QStringLiteral("Host online.example not found")
@@ -406,36 +337,6 @@ private slots:
         QFETCH(QString, text);
         QFETCH(QString, sentence);
         QCOMPARE(germanErrorText(text), sentence);
-    }
-
-    // A spreadsheet that cannot be written: a German reason, and the terminal stays quiet.
-    void spreadsheetFailureIsGermanAndSilent()
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("tabelle"));
-        db.setDatabaseName(QStringLiteral(":memory:"));
-        QVERIFY(db.open());
-        {
-            QSqlQuery rows(db);
-            QVERIFY(rows.exec(QStringLiteral("SELECT 'Fichte' AS Baumart, 12 AS Anzahl")));
-            lists::ColumnFormat species, count;
-            species.name = QStringLiteral("Baumart");
-            count.name = QStringLiteral("Anzahl");
-            count.kind = lists::ColumnFormat::Kind::Integer;
-            lists::WriteResult result;
-            const QByteArray printed = standardErrorOf([&] {
-                result = lists::writeSpreadsheet(m_dir.filePath(QStringLiteral("fehlt/Daten.xlsx")), rows, {species, count},
-                                                 QStringLiteral("Stämme"), 1);
-            });
-            QVERIFY(!result.ok);
-            QVERIFY2(printed.isEmpty(), printed.constData());
-            QVERIFY2(result.error.startsWith(QStringLiteral("Die Datei ")), qPrintable(result.error));
-            QVERIFY2(!soundsEnglish(result.error.section(u':', 1)), qPrintable(result.error));
-        }
-        db.close();
-        db = QSqlDatabase();
-        QSqlDatabase::removeDatabase(QStringLiteral("tabelle"));
-        // The terminal works again afterwards.
-        QVERIFY(standardErrorOf([] { std::fputs("danach", stderr); }) == "danach");
     }
 };
 

