@@ -116,7 +116,6 @@ private slots:
         QTest::addColumn<QString>("length");
         QTest::addColumn<QString>("expected");
         QTest::newRow("log: lower bound") << 'L' << "20" << "" << "L2a";
-        QTest::newRow("log: upper bound") << 'L' << "24" << "" << "L2a";
         QTest::newRow("log: top class") << 'L' << "999" << "" << "L6";
         QTest::newRow("log: beyond every class") << 'L' << "1000" << "" << "";
         QTest::newRow("log: empty counts as 0") << 'L' << "" << "" << "L0";
@@ -127,7 +126,6 @@ private slots:
         QTest::newRow("heilbronn: top above every class") << 'H' << "31" << "10" << "";
         QTest::newRow("heilbronn: length above every class") << 'H' << "10" << "19" << "";
         QTest::newRow("heilbronn: no top diameter") << 'H' << "0" << "10" << "";
-        QTest::newRow("heilbronn: empty top diameter") << 'H' << "" << "10" << "";
         QTest::newRow("pole: finest of three overlapping") << 'P' << "8" << "8" << "P2.11";
         QTest::newRow("pole: long thin") << 'P' << "8" << "12" << "P2.12";
         QTest::newRow("pole: 12 cm, 14 m") << 'P' << "12" << "14" << "P2.32";
@@ -280,41 +278,38 @@ private slots:
         QTEST(formatDecimal(p.net, 2), "net");
     }
 
-    void lotBarkKeepsEachLogsModeWithoutAChoice()
+    // The whole lot again after a Yes: each log keeps its own bark mode unless one is chosen for
+    // all, and is priced again (index numbers: FI L5 = 26 per Efm, quality B 100 %); a second run
+    // changes nothing; a No and lot 2 leave every log as it was.
+    void lotBark_data()
     {
-        newHarvest();
-        m_prompter.answerYes();
-        const auto result = recomputeBark(std::nullopt);
-        QVERIFY(result);
-        QCOMPARE(result->logs, 2);
-        QCOMPARE(result->changed, 2);
-        QCOMPARE(m_prompter.questions(), QStringList{QStringLiteral("Möchten Sie wirklich alle Stämme vom Los 1 nochmals neu berechnen?")});
-        QCOMPARE(m_prompter.messages(), QStringList{QStringLiteral("Es wurden 2 Stämme geändert.")});
-        QCOMPARE(row(1, "Rindenabzugsart || Rindenabzug || '/' || Stärke_oR || '/' || Stärkeklasse || '/' || round(Efm_oR, 3)"),
-                 QStringLiteral("T3/52/L5/2.124"));
-        QCOMPARE(row(2, "Rindenabzugsart || Rindenabzug || '/' || Stärke_oR || '/' || Stärkeklasse || '/' || Klasse_Heilbronn || '/' || Efm_oR"),
-                 QStringLiteral("F2/33/L3a/H5/0.385"));
-        // Index-number prices: FI L5 = 26 × 2,124 Efm, quality B = 100 %.
-        QCOMPARE(row(1, "Holzpreis"), QStringLiteral("55.224"));
-        QCOMPARE(row(3, "coalesce(Stärke_oR, 'leer')"), QStringLiteral("leer")); // lot 2 untouched
-
-        m_prompter.answerYes();
-        QCOMPARE(recomputeBark(std::nullopt)->changed, 0); // a second run changes nothing
+        QTest::addColumn<int>("mode"); // -1: each log keeps its own
+        QTest::addColumn<bool>("yes");
+        QTest::addColumn<QString>("logs"); // mode, deduction, diameter, class, Efm of logs 1 and 2
+        QTest::addColumn<QString>("price"); // of log 1
+        QTest::newRow("each log's own mode: 26 x 2,124") << -1 << true << "T3/52/L5/2.124 F2/33/L3a/0.385" << "55.224";
+        QTest::newRow("without bark for all: 26 x 2,376") << int(BarkMode::Ohne) << true << "O0/55/L5/2.376 O0/35/L3b/0.433" << "61.776";
+        QTest::newRow("No") << int(BarkMode::Tabelle) << false << "T F" << "";
     }
-
-    void lotBarkChosenModeAppliesToEveryLog()
+    void lotBark()
     {
+        QFETCH(int, mode);
+        QFETCH(bool, yes);
         newHarvest();
-        m_prompter.answerYes();
-        recomputeBark(BarkMode::Ohne);
-        QCOMPARE(row(1, "Rindenabzugsart || Rindenabzug || '/' || Stärke_oR"), QStringLiteral("O0/55"));
-        QCOMPARE(row(2, "Rindenabzugsart || Rindenabzug || '/' || Stärke_oR"), QStringLiteral("O0/35"));
-
-        m_prompter.clear();
-        m_prompter.answerNo();
-        QVERIFY(!recomputeBark(BarkMode::Tabelle));
-        QVERIFY(m_prompter.messages().isEmpty());
-        QCOMPARE(row(1, "Rindenabzugsart || Stärke_oR"), QStringLiteral("O55"));
+        const std::optional<BarkMode> chosen = mode < 0 ? std::nullopt : std::optional(BarkMode(mode));
+        yes ? m_prompter.answerYes() : m_prompter.answerNo();
+        const auto result = recomputeBark(chosen);
+        QCOMPARE(m_prompter.questions(), QStringList{QStringLiteral("Möchten Sie wirklich alle Stämme vom Los 1 nochmals neu berechnen?")});
+        QCOMPARE(result.has_value(), yes);
+        QCOMPARE(m_prompter.messages(), yes ? QStringList{QStringLiteral("Es wurden 2 Stämme geändert.")} : QStringList());
+        const char* logs = "Rindenabzugsart || coalesce(Rindenabzug || '/' || Stärke_oR || '/' || Stärkeklasse || '/' || round(Efm_oR, 3), '')";
+        QTEST(row(1, logs) + u' ' + row(2, logs), "logs");
+        QTEST(row(1, "coalesce(Holzpreis, '')"), "price");
+        QCOMPARE(row(3, "coalesce(Stärke_oR, 'leer')"), QStringLiteral("leer"));
+        if (yes) {
+            m_prompter.answerYes();
+            QCOMPARE(recomputeBark(chosen)->changed, 0);
+        }
     }
 
     void lotRecomputeWithoutALot()
