@@ -26,8 +26,6 @@ using namespace tarvik::exchange;
 
 namespace {
 
-void exec(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {}) { execSql(db, sql, values); }
-
 qint32 insertHarvest(const QSqlDatabase& db, qint32 number, const QString& waldname, const QString& selected)
 {
     QSqlQuery q = execSql(db, QStringLiteral(
@@ -41,7 +39,7 @@ qint32 insertHarvest(const QSqlDatabase& db, qint32 number, const QString& waldn
 
 void insertLog(const QSqlDatabase& db, qint32 id, qint32 nr, int diameter, double efm, const QString& cls)
 {
-    exec(db, QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, Stärke_oR, "
+    execSql(db, QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, Stärke_oR, "
                             "Länge_m, Efm_oR, Stärkeklasse, Güteklasse, Zopfdurchm_cm, Klasse_Heilbronn, Käferholz, Holzpreis, "
                             "Preis_berechnet, Kennung) VALUES (1, ?, 'FI (Fichte)', ?, 'T', 2, ?, 12.5, ?, ?, 'B', 18, 'H3', 0, 0, 0, ?)"),
          {nr, diameter, diameter - 2, efm, cls, id});
@@ -50,10 +48,10 @@ void insertLog(const QSqlDatabase& db, qint32 id, qint32 nr, int diameter, doubl
 // Spruce L2a 60 and L3a 80 per Efm at quality index 110; poles P2 1,50 each; S2 20 per m³.
 void setPrices(const QSqlDatabase& db)
 {
-    exec(db, QStringLiteral("UPDATE Messbeträge SET SK_L2a = 60, SK_L3a = 80 WHERE Baumart = 'FI (Fichte)'"));
-    exec(db, QStringLiteral("UPDATE Messzahlen SET GK_B = 110 WHERE Baumart = 'FI (Fichte)'"));
-    exec(db, QStringLiteral("UPDATE Stärkeklassen_Pfähle SET Schätzpreis_je_St = 1.5 WHERE Klasse = 'P2'"));
-    exec(db, QStringLiteral("UPDATE Stärkeklassen_Schichtholz SET Schätzpreis_je_m3 = 20 WHERE Klasse = 'S2'"));
+    execSql(db, QStringLiteral("UPDATE Messbeträge SET SK_L2a = 60, SK_L3a = 80 WHERE Baumart = 'FI (Fichte)'"));
+    execSql(db, QStringLiteral("UPDATE Messzahlen SET GK_B = 110 WHERE Baumart = 'FI (Fichte)'"));
+    execSql(db, QStringLiteral("UPDATE Stärkeklassen_Pfähle SET Schätzpreis_je_St = 1.5 WHERE Klasse = 'P2'"));
+    execSql(db, QStringLiteral("UPDATE Stärkeklassen_Schichtholz SET Schätzpreis_je_m3 = 20 WHERE Klasse = 'S2'"));
 }
 
 // Two selected harvests (17, 4) of every assortment, one harvest (9) that is not selected.
@@ -64,13 +62,13 @@ void fillOrigin(const QSqlDatabase& db)
         const qint32 id = insertHarvest(db, number, name, QStringLiteral("X"));
         for (const auto& [lot, sorting] : {std::pair{1, "Stämme"}, std::pair{2, "Pfähle"}, std::pair{3, "Schichtholz"}}) {
             createLot(db, id, lot, QString::fromUtf8(sorting));
-            exec(db, QStringLiteral("UPDATE Lose SET Lagerort = 'Waldweg 4', Abnehmer = 'Säge Müller' WHERE Kennung = ? AND Los_Nr = ?"), {id, lot});
+            execSql(db, QStringLiteral("UPDATE Lose SET Lagerort = 'Waldweg 4', Abnehmer = 'Säge Müller' WHERE Kennung = ? AND Los_Nr = ?"), {id, lot});
         }
         insertLog(db, id, 1, 24, 0.385, QStringLiteral("L2a"));
         insertLog(db, id, 2, 33, 0.98125, QStringLiteral("L3a"));
-        exec(db, QStringLiteral("INSERT INTO Pfähle(Los_Nr, Baumart, Stärke_mR, Länge_m, Stärkeklasse, Anzahl, Preis_je_Stück, Preis_berechnet, Kennung) "
+        execSql(db, QStringLiteral("INSERT INTO Pfähle(Los_Nr, Baumart, Stärke_mR, Länge_m, Stärkeklasse, Anzahl, Preis_je_Stück, Preis_berechnet, Kennung) "
                                 "VALUES (2, 'KI (Kiefer)', 8, 2.5, 'P2', 40, 1.5, 60, ?)"), {id});
-        exec(db, QStringLiteral("INSERT INTO Schichtholz(Los_Nr, Baumart, Sektions_Nr, Stärke, Sektionslänge_m, Sektionstiefe_m, Sektionshöhe_m, "
+        execSql(db, QStringLiteral("INSERT INTO Schichtholz(Los_Nr, Baumart, Sektions_Nr, Stärke, Sektionslänge_m, Sektionstiefe_m, Sektionshöhe_m, "
                                 "Stärkeklasse, m3, Efm, Preis_je_Ster, Preis_berechnet, Kennung) "
                                 "VALUES (3, 'BU (Rotbuche)', 1, 9, 4, 1, 1.5, 'S2', 6, 4.2, 20, 120, ?)"), {id});
         recomputeTotals(db, id);
@@ -162,13 +160,13 @@ private slots:
         QCOMPARE(report.counts.sections, 2);
 
         const QSqlDatabase a = source->shared(), b = fresh->shared();
-        exec(a, QStringLiteral("DELETE FROM Hiebe WHERE Hieb_Nr = 9"));
+        execSql(a, QStringLiteral("DELETE FROM Hiebe WHERE Hieb_Nr = 9"));
         // Tabs and line breaks inside texts became blanks on the way.
-        exec(a, QStringLiteral("UPDATE Hiebe SET Waldort = 'Am Hang unten', Bemerkung = 'Zeile eins Zeile zwei'"));
+        execSql(a, QStringLiteral("UPDATE Hiebe SET Waldort = 'Am Hang unten', Bemerkung = 'Zeile eins Zeile zwei'"));
         // The import prices logs by index number: 60 × 0,385 × 110 ÷ 100 and 80 × 0,98125 × 110 ÷ 100.
-        exec(a, QStringLiteral("UPDATE Stämme SET Holzpreis = 25.41, Preis_berechnet = 25.41 WHERE Laufende_Nr = 1"));
-        exec(a, QStringLiteral("UPDATE Stämme SET Holzpreis = 86.35, Preis_berechnet = 86.35 WHERE Laufende_Nr = 2"));
-        exec(a, QStringLiteral("UPDATE Lose SET Holzpreis = 111.76, Preis_berechnet = 111.76 WHERE Sortierung = 'Stämme'"));
+        execSql(a, QStringLiteral("UPDATE Stämme SET Holzpreis = 25.41, Preis_berechnet = 25.41 WHERE Laufende_Nr = 1"));
+        execSql(a, QStringLiteral("UPDATE Stämme SET Holzpreis = 86.35, Preis_berechnet = 86.35 WHERE Laufende_Nr = 2"));
+        execSql(a, QStringLiteral("UPDATE Lose SET Holzpreis = 111.76, Preis_berechnet = 111.76 WHERE Sortierung = 'Stämme'"));
         struct Table {
             QString name;
             QStringList columns;
@@ -251,19 +249,14 @@ private slots:
         accepted.answerYes();
         QVERIFY(exportToInstallation(db->shared(), folder.path(), accepted, selectedHarvestIds(db->shared())).written);
         QVERIFY(!QFile::exists(folder.filePath("99_Tarvik_Export.f10")));
-    }
 
-    void twoSelectedHarvestsOfOneNumber()
-    {
-        TempDataFolder folder;
-        auto db = folder.openDatabase();
-        fillOrigin(db->shared());
+        // Two selected harvests of one number: the first one's file, and a word about the other.
         insertHarvest(db->shared(), 17, QStringLiteral("Zweiter"), QStringLiteral("X"));
-        ScriptedPrompter prompter;
-        prompter.answerYes();
-        const ExportOutcome out = writeExportFiles(db->shared(), folder.path(), prompter, selectedHarvestIds(db->shared()));
+        ScriptedPrompter twice;
+        twice.answerYes();
+        const ExportOutcome out = writeExportFiles(db->shared(), folder.path(), twice, selectedHarvestIds(db->shared()));
         QCOMPARE(out.files, (QStringList{"4_Tarvik_Export.f10", "17_Tarvik_Export.f10", "Stammdaten_Tarvik_Export.f10"}));
-        QCOMPARE(prompter.messages(),
+        QCOMPARE(twice.messages(),
                  QStringList{"Die Hieb_Nr 17 ist mehrfach selektiert. Es wurde nur der erste Hieb mit dieser Nummer exportiert."});
         QVERIFY(readTextFile(folder.filePath("17_Tarvik_Export.f10")).lines[1].contains("Eichwald"));
     }

@@ -9,7 +9,6 @@
 #include "support/reliabilityfiles.h"
 #include "support/tempdatafolder.h"
 
-#include <QCryptographicHash>
 #include <QProcess>
 #include <QSqlQuery>
 #include <QtTest>
@@ -18,8 +17,6 @@
 using namespace tarvik;
 
 namespace {
-
-QByteArray checksum(const QString& path) { return QCryptographicHash::hash(test::readBytes(path), QCryptographicHash::Sha256); }
 
 QString fixture(const QString& name) { return QStringLiteral(TARVIK_TEST_DATA "/jet/") + name; }
 
@@ -41,27 +38,17 @@ qint64 countedRows(const QString& mdb, const QString& table)
     return run(QStringLiteral("mdb-count"), {mdb, table}).trimmed().toLongLong();
 }
 
-struct Opened {
-    QString name;
-    QSqlDatabase db;
-    explicit Opened(const QString& path) : name(QStringLiteral("jettest")), db(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name))
-    {
-        db.setDatabaseName(path);
-        db.open();
-    }
-    ~Opened()
-    {
-        db.close();
-        db = QSqlDatabase();
-        QSqlDatabase::removeDatabase(name);
-    }
-    QVariant value(const QString& sql)
-    {
+// A value of the converted file, read as another program reads it.
+QVariant valueIn(const QString& path, const QString& sql)
+{
+    QVariant value(QStringLiteral("<keine Zeile>"));
+    test::withPlainConnection(path, [&](const QSqlDatabase& db) {
         QSqlQuery q(db);
-        q.exec(sql);
-        return q.next() ? q.value(0) : QVariant(QStringLiteral("<keine Zeile>"));
-    }
-};
+        if (q.exec(sql) && q.next())
+            value = q.value(0);
+    });
+    return value;
+}
 
 } // namespace
 
@@ -109,7 +96,7 @@ private slots:
             auto db = dir.openDatabase();
             test::addHarvest(db->shared(), 1);
         }
-        const QByteArray sum = checksum(dir.databasePath());
+        const QByteArray sum = test::sha256(dir.databasePath());
         // A separate program keeps the file open for the length of the attempt.
         QProcess other;
         other.start(QStringLiteral("sqlite3"), {dir.databasePath()});
@@ -123,7 +110,7 @@ private slots:
         QVERIFY(!result.ok);
         QCOMPARE(result.message, compactionFailedMessage());
         QVERIFY(!QFileInfo::exists(dir.filePath(QStringLiteral("TARVIK3.$$$"))));
-        QCOMPARE(checksum(dir.databasePath()), sum);
+        QCOMPARE(test::sha256(dir.databasePath()), sum);
     }
 
     // Every way the takeover stops leaves the database as it was and takes no file over.
@@ -155,7 +142,7 @@ private slots:
         QVERIFY(QFile::copy(fixture(QStringLiteral("nwind.mdb")), old.filePath(file)));
         test::writeBytes(old.filePath(QStringLiteral("Einstellungen.tk2")), "alt\r\n");
         { auto db = data.openDatabase(); }
-        const QByteArray sum = checksum(data.databasePath());
+        const QByteArray sum = test::sha256(data.databasePath());
 
         test::ScriptedPrompter prompter;
         for (const QVariant& a : answers) {
@@ -172,8 +159,8 @@ private slots:
         QVERIFY(result.copied.isEmpty());
         if (!message.isEmpty())
             QVERIFY2(prompter.messages().join(u'|').contains(message), qPrintable(prompter.messages().join(u'|')));
-        QCOMPARE(checksum(data.databasePath()), sum);
-        QVERIFY(checksum(data.filePath(QStringLiteral("Einstellungen.tk3"))) != checksum(old.filePath(QStringLiteral("Einstellungen.tk2"))));
+        QCOMPARE(test::sha256(data.databasePath()), sum);
+        QVERIFY(test::sha256(data.filePath(QStringLiteral("Einstellungen.tk3"))) != test::sha256(old.filePath(QStringLiteral("Einstellungen.tk2"))));
         QCOMPARE(QDir(data.path()).entryList({QStringLiteral("*.übernahme")}, QDir::Files), QStringList());
         QCOMPARE(version2Database(old.filePath(QStringLiteral("leer"))), QString());
     }
@@ -195,9 +182,8 @@ private slots:
         for (const JetTableReport& t : result.tables)
             converted << t.name;
         QCOMPARE(converted, expected);
-        Opened db(target);
         for (const JetTableReport& t : result.tables) {
-            QCOMPARE(db.value(QStringLiteral("SELECT count(*) FROM \"%1\"").arg(t.name)).toLongLong(), t.rows);
+            QCOMPARE(valueIn(target, QStringLiteral("SELECT count(*) FROM \"%1\"").arg(t.name)).toLongLong(), t.rows);
             QCOMPARE(t.rows, countedRows(fixture(file), t.name));
         }
         QVERIFY(!QFileInfo::exists(target + QStringLiteral(".entsteht")));
@@ -207,23 +193,22 @@ private slots:
     {
         const QString target = m_dir.filePath(QStringLiteral("nwind-werte.db"));
         QVERIFY(convertJetToSqlite(fixture(QStringLiteral("nwind.mdb")), target).ok);
-        Opened db(target);
         // The table with an umlaut in its name arrives under that name.
-        QVERIFY(db.value(QStringLiteral("SELECT count(*) FROM \"Umsätze\"")).toInt() > 0);
+        QVERIFY(valueIn(target, QStringLiteral("SELECT count(*) FROM \"Umsätze\"")).toInt() > 0);
         // Text, money and dates of one order, as mdb-export gives them.
         const QString csv = run(QStringLiteral("mdb-export"), {QStringLiteral("-D"), QStringLiteral("%Y-%m-%d"), QStringLiteral("-T"), QStringLiteral("%Y-%m-%d"), fixture(QStringLiteral("nwind.mdb")), QStringLiteral("Orders")});
         const QStringList header = csv.section(u'\n', 0, 0).split(u',');
         const QString first = csv.section(u'\n', 1, 1);
         const QString orderId = first.section(u',', 0, 0);
         const QString orderDate = first.section(u',', header.indexOf(QStringLiteral("OrderDate")), header.indexOf(QStringLiteral("OrderDate"))).remove(u'"');
-        QCOMPARE(db.value(QStringLiteral("SELECT OrderDate FROM Orders WHERE OrderID = %1").arg(orderId)).toString(), orderDate);
-        QCOMPARE(db.value(QStringLiteral("SELECT typeof(Freight) FROM Orders WHERE OrderID = %1").arg(orderId)).toString(), QStringLiteral("real"));
+        QCOMPARE(valueIn(target, QStringLiteral("SELECT OrderDate FROM Orders WHERE OrderID = %1").arg(orderId)).toString(), orderDate);
+        QCOMPARE(valueIn(target, QStringLiteral("SELECT typeof(Freight) FROM Orders WHERE OrderID = %1").arg(orderId)).toString(), QStringLiteral("real"));
         // Empty fields stay NULL, not empty text.
-        const int nullRegions = db.value(QStringLiteral("SELECT count(*) FROM Orders WHERE ShipRegion IS NULL")).toInt();
-        QCOMPARE(db.value(QStringLiteral("SELECT count(*) FROM Orders WHERE ShipRegion = ''")).toInt(), 0);
+        const int nullRegions = valueIn(target, QStringLiteral("SELECT count(*) FROM Orders WHERE ShipRegion IS NULL")).toInt();
+        QCOMPARE(valueIn(target, QStringLiteral("SELECT count(*) FROM Orders WHERE ShipRegion = ''")).toInt(), 0);
         QVERIFY(nullRegions > 0);
         // Non-ASCII text of the code page comes through as Unicode.
-        QVERIFY(db.value(QStringLiteral("SELECT count(*) FROM Customers WHERE CompanyName GLOB '*[äöüßéñ]*'")).toInt() > 0);
+        QVERIFY(valueIn(target, QStringLiteral("SELECT count(*) FROM Customers WHERE CompanyName GLOB '*[äöüßéñ]*'")).toInt() > 0);
     }
 
     void badFilesAreRefusedAndNothingIsWritten_data()
