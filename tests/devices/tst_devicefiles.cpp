@@ -10,7 +10,6 @@
 #include "support/tempdatafolder.h"
 
 #include <QDir>
-#include <QProcess>
 #include <sys/stat.h>
 #include <zip.h>
 
@@ -245,7 +244,6 @@ private slots:
         test::writeBytes(unpack() + QStringLiteral("/holzliste.csv"), "alt");
 
         writeZip(zipPath(), {{QStringLiteral("META-INF/MANIFEST.MF"), "Holzliste-Export: 1\r\n"}, {QStringLiteral("holzliste.csv"), Table}});
-        QCOMPARE(QProcess::execute(QStringLiteral("unzip"), {QStringLiteral("-tq"), zipPath()}), 0);
         const LogTable t = readAppArchive(zipPath(), data());
         QVERIFY2(t.error.isEmpty(), qPrintable(t.error));
         QCOMPARE(described(t.logs), (QStringList{"1;1;Fi;B;35;4,5;;N;", "1;2;Kie;A;30;5;20;J;Sturm"}));
