@@ -1,12 +1,15 @@
 // The archive and reading it back: its name, which files go in, the database captured while it
 // is open, the refusal of anything that is not a sound archive of ours, and the staged restore
 // the next start swaps in, keeping the replaced files; anything wrong leaves the current data
-// exactly as they were.
+// exactly as they were. And tarvik-cli sicherung and wiederherstellen, run in-process as a
+// scheduled task would: what the commands add (arguments, exit codes, output).
 #include "backup/archive.h"
 #include "backup/dbsnapshot.h"
 #include "backup/restore.h"
 #include "backup/restoreatstart.h"
 #include "backup/stagedrestore.h"
+#include "store/startup.h"
+#include "support/clirun.h"
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
@@ -54,6 +57,15 @@ QStringList rowsOf(const test::TempDataFolder& folder)
 {
     test::ScriptedPrompter quiet;
     return test::dumpRows(startDesktop(folder, quiet)->database->shared());
+}
+
+// The printed path without its line end.
+test::CliOutput runCli(const QStringList& args)
+{
+    test::CliOutput o = test::runCli(args);
+    o.out = o.out.trimmed();
+    o.err = o.err.trimmed();
+    return o;
 }
 
 // Every file below the folder with its checksum.
@@ -385,6 +397,85 @@ private slots:
         QCOMPARE(prompter.messages(), QStringList());
         QVERIFY(!QFileInfo::exists(partial));
         QCOMPARE(test::dumpRows(session->database->shared()), rows);
+    }
+
+    // A backup into a folder, stamped into the settings, refused a second time that day without
+    // --ja; the restore, refused without --ja, then taken over at once. (What a restore brings
+    // back, and its waiting for a busy folder, are proven above.)
+    void commandLineBackupThenRestore()
+    {
+        test::TempDataFolder data;
+        fill(data, 1, QStringLiteral("Eichwald"));
+        const QStringList at = {QStringLiteral("--daten"), data.path()};
+        QTemporaryDir target;
+        const QStringList backup = at + QStringList{QStringLiteral("sicherung"), QStringLiteral("--ziel"), target.path()};
+        const test::CliOutput first = runCli(backup);
+        QVERIFY2(first.code == 0, qPrintable(first.err));
+        const QString name = archiveName(QDate::currentDate());
+        QCOMPARE(first.out, QDir::toNativeSeparators(QDir(target.path()).filePath(name)));
+        QVERIFY(test::unzipAccepts(first.out));
+        QCOMPARE(EinstellungenLaden(data.filePath(QLatin1String(SettingsFileName))).text[12],
+                 QDate::currentDate().toString(QStringLiteral("dd.MM.yyyy")));
+        const QByteArray before = test::sha256(localArchiveFolder(data.path()) + name);
+        QCOMPARE(runCli(backup).code, 1);
+        QCOMPARE(test::sha256(localArchiveFolder(data.path()) + name), before);
+        QCOMPARE(runCli(QStringList{QStringLiteral("--ja")} + backup).code, 0);
+
+        const QStringList restore = at + QStringList{QStringLiteral("wiederherstellen"), first.out};
+        QCOMPARE(runCli(restore).code, 1);
+        QVERIFY(!hasStagedRestore(data.path()));
+        const test::CliOutput restored = runCli(QStringList{QStringLiteral("--ja")} + restore);
+        QVERIFY2(restored.code == 0, qPrintable(restored.err));
+        QCOMPARE(restored.out, QStringLiteral("Die Datensicherung ist übernommen."));
+        QVERIFY(!hasStagedRestore(data.path()));
+    }
+
+    // A data folder first opened by a command holds what the desktop program's first start
+    // leaves: the same start steps, the upgrade among them.
+    void everyCommandStartsLikeTheDesktop_data()
+    {
+        QTest::addColumn<QStringList>("command");
+        QTest::newRow("hiebe") << QStringList{"hiebe"};
+        QTest::newRow("sicherung") << QStringList{"sicherung"};
+        QTest::newRow("init") << QStringList{"init"};
+    }
+    void everyCommandStartsLikeTheDesktop()
+    {
+        QFETCH(QStringList, command);
+        test::TempDataFolder desktop;
+        QStringList desktopRows;
+        {
+            test::ScriptedPrompter prompter;
+            auto session = startDesktop(desktop, prompter);
+            QVERIFY(session);
+            firstActivation(*session, prompter);
+            desktopRows = test::dumpRows(session->database->shared());
+        }
+        test::TempDataFolder script;
+        const test::CliOutput ran = runCli(QStringList{QStringLiteral("--daten"), script.path()} + command);
+        QVERIFY2(ran.code == 0, qPrintable(ran.err));
+        // Read as it lies, with nothing run at opening.
+        QCOMPARE(test::dumpRows(script.databasePath()), desktopRows);
+    }
+
+    void commandLineRefusals_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<int>("code");
+        QTest::newRow("missing target folder") << QStringList{"sicherung", "--ziel", "/gibt/es/nicht"} << 1;
+        QTest::newRow("backup with argument") << QStringList{"sicherung", "x"} << 2;
+        QTest::newRow("restore without archive") << QStringList{"--ja", "wiederherstellen"} << 2;
+        QTest::newRow("restore of a missing archive") << QStringList{"--ja", "wiederherstellen", "/gibt/es/nicht.zip"} << 1;
+    }
+    void commandLineRefusals()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(int, code);
+        test::TempDataFolder data;
+        const test::CliOutput o = runCli(QStringList{QStringLiteral("--daten"), data.path()} + args);
+        QCOMPARE(o.code, code);
+        QVERIFY(!o.err.isEmpty());
+        QVERIFY(!hasStagedRestore(data.path()));
     }
 };
 

@@ -235,7 +235,6 @@ private slots:
         QCOMPARE(f.prompter.messages(), messages);
         QCOMPARE(steps.summary(), summary);
         if (summary.contains(QDir::toNativeSeparators(QStringLiteral("Die Backupdatei wurde kopiert nach ") + copy))) {
-            QVERIFY(test::unzipAccepts(copy));
             QCOMPARE(test::sha256(copy), test::sha256(local));
             QCOMPARE(QDir(stick.rootPath).entryList(QDir::Files | QDir::Hidden), QStringList{name}); // nothing half-copied beside it
         }

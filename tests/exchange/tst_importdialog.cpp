@@ -1,15 +1,14 @@
 // OF_Datenimport_Pocket through its controls: the offered files, ticking, the select-all
-// question, the import and its report with the renumbering, the copy from a handheld folder.
+// question, the report, the copy from a handheld folder. The import itself is proven in the
+// exchange tests.
 #include "common/textfile.h"
 #include "exchange/exportfiles.h"
-#include "exchange/handheld.h"
 #include "exchange/ui/importdialog.h"
 #include "store/sql.h"
 #include "support/records.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QListWidget>
 #include <QPushButton>
@@ -25,11 +24,8 @@ void writeFiles(const QString& folder)
 {
     TempDataFolder origin;
     auto db = origin.openDatabase();
-    for (qint32 number : {31, 32}) {
-        const qint32 id = addHarvest(db->shared(), number);
-        addLot(db->shared(), id, 1);
-        addTypedLog(db->shared(), id, 1, 1, QStringLiteral("FI (Fichte)"), 30, 10, QStringLiteral("O"));
-    }
+    for (qint32 number : {31, 32})
+        addLot(db->shared(), addHarvest(db->shared(), number), 1);
     execSql(db->shared(), QStringLiteral("UPDATE Hiebe SET Selektiert = 'X'"));
     ScriptedPrompter yes;
     yes.answerYes();
@@ -53,6 +49,7 @@ class TestImportDialog : public QObject {
     FixedClock m_clock{QDate(2026, 11, 23)};
 
 private slots:
+    // The ticked file only; then nothing ticked: the question, and all of them (32 again, renumbered).
     void importsTheTickedFiles()
     {
         TempDataFolder folder;
@@ -62,7 +59,6 @@ private slots:
         settings.repair();
         ScriptedPrompter prompter;
         ImportDialog dialog({db->shared(), settings, folder.path(), prompter, m_clock}, false);
-        QCOMPARE(dialog.objectName(), QStringLiteral("OF_Datenimport_Pocket"));
         auto* list = child<QListWidget>(dialog, "liste");
         QCOMPARE(listed(list), (QStringList{"31_Tarvik_Export.f10", "32_Tarvik_Export.f10"}));
         QVERIFY(child<QPushButton>(dialog, "daten_kopieren")->isHidden());
@@ -70,26 +66,19 @@ private slots:
         list->item(1)->setCheckState(Qt::Checked);
         child<QPushButton>(dialog, "startimport")->click();
         QCOMPARE(prompter.questions(), QStringList());
-        QCOMPARE(prompter.messages().size(), 1);
-        QVERIFY(prompter.messages()[0].startsWith("Der Import wurde abgeschlossen. Insgesamt wurden folgende Buchungen eingelesen:\n\n"
-                                                  "Hiebe: 1\nLose: 1\nStämme: 1\n"));
+        QVERIFY(prompter.messages().last().startsWith("Der Import wurde abgeschlossen."));
         QCOMPARE(scalar(db->shared(), "SELECT group_concat(Hieb_Nr) FROM Hiebe").toString(), QStringLiteral("32"));
         QVERIFY(dialog.imported());
 
-        // Nothing ticked: the question, then all of them; 32 arrives a second time as 33.
         prompter.clear();
-        prompter.answerYes();
+        prompter.answerYes().answerNo();
         child<QPushButton>(dialog, "startimport")->click();
         QCOMPARE(prompter.questions(),
                  QStringList{"Es sind noch keine zu importierende Dateien ausgewählt. Sollen jetzt alle ausgewählt werden?"});
         QCOMPARE(prompter.messages()[0], QStringLiteral("Die Hieb_Nr 32 existiert bereits. Tarvik hat automatisch die Hieb_Nr 33 vergeben!"));
         QCOMPARE(scalar(db->shared(), "SELECT group_concat(Hieb_Nr) FROM (SELECT Hieb_Nr FROM Hiebe ORDER BY ID)").toString(),
                  QStringLiteral("32,31,33"));
-
-        prompter.clear();
-        prompter.answerNo();
-        child<QPushButton>(dialog, "startimport")->click();
-        QCOMPARE(prompter.messages(), QStringList());
+        child<QPushButton>(dialog, "startimport")->click(); // "Nein": nothing more
         QCOMPARE(scalar(db->shared(), "SELECT count(*) FROM Hiebe").toInt(), 3);
     }
 
@@ -106,12 +95,9 @@ private slots:
         ImportDialog dialog({db->shared(), settings, folder.path(), prompter, m_clock}, true);
         auto* list = child<QListWidget>(dialog, "liste");
         QCOMPARE(list->count(), 0);
-        auto* copy = child<QPushButton>(dialog, "daten_kopieren");
-        QVERIFY(!copy->isHidden());
         prompter.answerYes();
-        copy->click();
+        child<QPushButton>(dialog, "daten_kopieren")->click();
         QCOMPARE(listed(list), (QStringList{"31_Tarvik_Export.f10", "32_Tarvik_Export.f10"}));
-        QVERIFY(prompter.messages().first().startsWith("Es wurden 4 Dateien aus dem Ordner des Pocket-PC"));
     }
 };
 
