@@ -276,6 +276,8 @@ private slots:
         QTest::newRow("text for a number") << "\t24\t" << "\tvierundzwanzig\t" << "" << 8
                                            << "Im Feld 3 (Stärke_gemessen) steht \"vierundzwanzig\" statt einer Zahl.";
         QTest::newRow("line of 1 MB") << firstLog + "\r\n" << QString(1024 * 1024, u'x') + "\n" << "" << 8 << "Die Zeile ist 1048576 Zeichen lang";
+        QTest::newRow("line a character too long, its CR not counted") << firstLog + "\r\n" << QString(32 * 1024 + 1, u'x') + "\r\n"
+                                                                         << "" << 8 << "Die Zeile ist 32769 Zeichen lang;";
         QTest::newRow("cut off") << "" << "" << "\t2\t33" << 9 << "die Datei ist unvollständig";
         QTest::newRow("cut after a line") << "" << "" << "\tH3\r\n" << 8 << "Die Kennzeichnung #PFÄHLE# fehlt";
         QTest::newRow("bad date") << "02.03.2026" << "31.02.2026" << "" << 2 << "steht \"31.02.2026\" statt eines Datums";
