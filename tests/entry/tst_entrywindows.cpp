@@ -31,7 +31,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
-#include <QSettings>
 #include <QStandardPaths>
 #include <QTabWidget>
 #include <QTableView>
@@ -118,6 +117,8 @@ class TestEntryWindows : public QObject, protected test::EntryFixture {
     }
 
 private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); } // grid widths go to a test settings store
+
     // The harvest window's tests start without any harvest, the others in harvest 41 with lot 1
     // of logs.
     void init()
@@ -604,27 +605,6 @@ private slots:
                  QStringLiteral("geprüft 2|geprüft 3|geprüft 1"));
         QCOMPARE(grid->currentIndex().row(), 2);
         QVERIFY(grid->selectionModel()->isRowSelected(2, QModelIndex()));
-    }
-
-    // Each list keeps its own widths: a width the user gave a column of the lots is not put on
-    // the column of the logs that happens to have the same place.
-    void hubListsKeepTheirOwnWidths()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        QSettings(QStringLiteral("TARVIK"), QStringLiteral("TARVIK")).remove(QStringLiteral("eingabe"));
-        addLogs(1, 1, 1);
-        HubDialog hub(context(), m_harvest, HubList::Lose);
-        auto* grid = child<QTableView>(hub, "gridli");
-        grid->setColumnWidth(2, 217);
-        child<QRadioButton>(hub, "opti(1)")->click();
-        QCOMPARE(grid->model()->headerData(2, Qt::Horizontal).toString(), QStringLiteral("Baumart"));
-        QVERIFY(grid->columnWidth(2) != 217);
-        grid->setColumnWidth(2, 150);
-        child<QRadioButton>(hub, "opti(0)")->click();
-        QCOMPARE(grid->columnWidth(2), 217);
-        hub.accept();
-        HubDialog again(context(), m_harvest, HubList::Staemme);
-        QCOMPARE(child<QTableView>(again, "gridli")->columnWidth(2), 150); // and they survive closing
     }
 
     void hubCopyTakesTheNextFreeNumber()
