@@ -146,14 +146,12 @@ private slots:
         QVERIFY(!m->index(2, 3).data(Qt::ForegroundRole).isValid());
     }
 
+    // What a harvest takes along when deleted is the store's; the window asks first and deletes
+    // the current one only.
     void deleteAsksAndRemovesTheCurrentHarvestOnly()
     {
         const qint32 doomed = addHarvest(1, 0, 0, 0);
         const qint32 kept = addHarvest(2, 0, 0, 0);
-        for (qint32 h : {doomed, kept}) {
-            test::addLot(db(), h, 1);
-            test::addTypedLog(db(), h, 1, 1, QStringLiteral("FI (Fichte)"), 30, 4, QStringLiteral("O"));
-        }
         MainWindow w(*m_session, m_prompter, m_clock);
         w.refill();
         QCOMPARE(w.currentHarvestId(), doomed);
@@ -165,8 +163,6 @@ private slots:
         m_prompter.answerYes();
         trigger(w, "H_Hieblöschen");
         QCOMPARE(scalar(db(), QStringLiteral("SELECT group_concat(ID) FROM Hiebe")).toInt(), kept);
-        QCOMPARE(scalar(db(), QStringLiteral("SELECT count(*) FROM Stämme WHERE Kennung = ?"), {doomed}).toInt(), 0);
-        QCOMPARE(scalar(db(), QStringLiteral("SELECT count(*) FROM Lose WHERE Kennung = ?"), {kept}).toInt(), 1);
         QCOMPARE(list(w)->model()->rowCount(), 1);
         QCOMPARE(w.currentHarvestId(), kept);
     }
