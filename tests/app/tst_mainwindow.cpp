@@ -51,13 +51,18 @@ class TestMainWindow : public QObject {
     static QTableView* list(const MainWindow& w) { return child<QTableView>(w, "datali"); }
     static QString statistics(const MainWindow& w) { return child<QLabel>(w, "bezstati")->text(); }
     static void trigger(const MainWindow& w, const char* action) { w.findChild<QAction*>(QString::fromUtf8(action))->trigger(); }
-    // Records the objectName of the modal window the next action opens, then closes it.
-    static void recordNextModal(QStringList& opened)
+    // Records the objectName of the modal window the next action opens (with the list checked in
+    // it: "name:n"), then closes it.
+    static void recordNextModal(QStringList& opened, bool withList = false)
     {
-        QTimer::singleShot(0, [&opened] {
+        QTimer::singleShot(0, [&opened, withList] {
             QWidget* modal = QApplication::activeModalWidget();
             QVERIFY(modal);
-            opened << modal->objectName();
+            QString seen = modal->objectName();
+            for (int i = 0; withList && i < 11; ++i)
+                if (auto* b = modal->findChild<QRadioButton*>(QStringLiteral("opti(%1)").arg(i)); b && b->isChecked())
+                    seen += u':' + QString::number(i);
+            opened << seen;
             modal->close();
         });
     }
@@ -79,21 +84,11 @@ private slots:
     {
         MainWindow w(*m_session, m_prompter, m_clock);
         QStringList opened;
-        auto recordList = [&opened] {
-            QTimer::singleShot(0, [&opened] {
-                QWidget* modal = QApplication::activeModalWidget();
-                QVERIFY(modal);
-                for (int i = 0; i < 11; ++i)
-                    if (auto* b = modal->findChild<QRadioButton*>(QStringLiteral("opti(%1)").arg(i)); b && b->isChecked())
-                        opened << QStringLiteral("%1:%2").arg(modal->objectName()).arg(i);
-                modal->close();
-            });
-        };
-        recordList();
+        recordNextModal(opened, true);
         trigger(w, "S_Stammdaten_Rindenabzug2");
-        recordList();
+        recordNextModal(opened, true);
         trigger(w, "S_Stammdatenstärkepfähle");
-        recordList();
+        recordNextModal(opened, true);
         child<QPushButton>(w, "bt_stammdaten")->click(); // the list chosen last
         recordNextModal(opened);
         trigger(w, "xeinstellstichworte");
