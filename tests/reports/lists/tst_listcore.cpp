@@ -23,25 +23,6 @@ namespace {
 
 void run(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {}) { execSql(db, sql, values); }
 
-qint32 harvest(const QSqlDatabase& db, int nr, const char* year, const char* forest, const char* partly, const char* sold)
-{
-    run(db, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Jahr, Selektiert, Waldname, Hiebart, Hiebgrund, Waldbesitzer_Name, Hiebfläche, "
-                           "Hiebdatum_von, Hiebdatum_bis, Teilverkauft, Verkauft, Anzahl_Lose, Stämme_Anzahl, Stämme_Efm) "
-                           "VALUES (?, ?, '', ?, 'Durchforstung', 'Sturm', 'Anna Müller', 1.5, ?, ?, ?, ?, 2, 3, 2.5)"),
-        {nr, QString::fromUtf8(year), QString::fromUtf8(forest), QStringLiteral("%1-03-01").arg(QString::fromUtf8(year)),
-         QStringLiteral("%1-03-20").arg(QString::fromUtf8(year)), QString::fromUtf8(partly), QString::fromUtf8(sold)});
-    return scalar(db, QStringLiteral("SELECT max(ID) FROM Hiebe")).toInt();
-}
-
-void log(const QSqlDatabase& db, qint32 id, int lot, int nr, const char* species, const char* quality, const char* cls, double efm,
-         double price)
-{
-    run(db, QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, Stärke_oR, "
-                           "Länge_m, Efm_oR, Stärkeklasse, Güteklasse, Klasse_Heilbronn, Holzpreis, Preis_berechnet, Kennung) "
-                           "VALUES (?, ?, ?, 35, 'T', 2, 33, 4.5, ?, ?, ?, 'H2', ?, ?, ?)"),
-        {lot, nr, QString::fromUtf8(species), efm, QString::fromUtf8(cls), QString::fromUtf8(quality), price / efm, price, id});
-}
-
 } // namespace
 
 class TestListCore : public QObject {
@@ -50,7 +31,7 @@ class TestListCore : public QObject {
     test::TempDataFolder m_folder;
     std::unique_ptr<Database> m_database;
     QSqlDatabase db() const { return m_database->shared(); }
-    qint32 m_h1 = 0, m_h2 = 0, m_h3 = 0;
+    qint32 m_h1 = 0, m_h3 = 0;
 
     // Runs a request through the checks; the rows as text cells, or the messages shown.
     QList<QStringList> rows(const ListRequest& request, const Einstellungen& settings = {}, QStringList* messages = nullptr)
@@ -77,36 +58,9 @@ private slots:
     void initTestCase()
     {
         m_database = m_folder.openDatabase();
-        m_h1 = harvest(db(), 1, "2025", "Eichwald", "N", "N");
-        m_h2 = harvest(db(), 2, "2026", "O'Briens Wald", "J", "N");
-        m_h3 = harvest(db(), 3, "2026", "Buchenhang", "J", "J");
-        run(db(), QStringLiteral("INSERT INTO Lose(Los_Nr, Sortierung, Anzahl_Stämme, Efm_oR, Lagerort, Abgerechnet, Abnehmer, "
-                                 "Preis_berechnet, Preis_erhalten, Bemerkung, Kennung) VALUES "
-                                 "(1, 'Stämme', 3, 2.5, 'O''Brien''s Weg', 'N', 'Säge Huber', 150, 0, 'nass', ?1), "
-                                 "(2, 'Stämme', 2, 1.25, 'Hof', 'J', 'Säge Huber', 80, 80, '', ?1), "
-                                 "(1, 'Pfähle', 0, 0, 'Hof', 'N', 'Zaunbau Koch', 40, 0, '', ?2), "
-                                 "(1, 'Schichtholz', 0, 0, 'Weg 7', 'J', '', 375, 375, '', ?3)")
-                      .replace(QStringLiteral("?1"), QString::number(m_h1))
-                      .replace(QStringLiteral("?2"), QString::number(m_h2))
-                      .replace(QStringLiteral("?3"), QString::number(m_h3)));
-        log(db(), m_h1, 1, 1, "FI (Fichte)", "B", "L2b", 0.5, 20);
-        log(db(), m_h1, 1, 2, "FI (Fichte)", "B", "L2b", 0.75, 30);
-        log(db(), m_h1, 1, 3, "FI (Fichte)", "C", "L3a", 1.25, 40);
-        log(db(), m_h1, 2, 4, "BU (Rotbuche)", "B", "L2b", 0.5, 25);
-        log(db(), m_h1, 2, 5, "BU (Rotbuche)", "A", "L4", 0.75, 55);
-        log(db(), m_h2, 1, 1, "FI (Fichte)", "B", "L2b", 1.0, 44);
-        run(db(), QStringLiteral("INSERT INTO Pfähle(Los_Nr, Baumart, Stärke_mR, Länge_m, Stärkeklasse, Anzahl, Preis_je_Stück, "
-                                 "Preis_berechnet, Kennung) VALUES (1, 'FI (Fichte)', 8, 8, 'P2.11', 10, 2.5, 25, ?), "
-                                 "(1, 'LA (Lärche)', 8, 8, 'P2.11', 4, 2.5, 10, ?), (1, 'FI (Fichte)', 12, 14, 'P2.32', 1, 5, 5, ?)"),
-            {m_h2, m_h2, m_h2});
-        run(db(), QStringLiteral("INSERT INTO Schichtholz(Los_Nr, Baumart, Sektions_Nr, Stärke, Sektionslänge_m, Sektionstiefe_m, "
-                                 "Sektionshöhe_m, Stärkeklasse, m3, Efm, Preis_je_Ster, Preis_berechnet, Kennung) VALUES "
-                                 "(1, 'BU (Rotbuche)', 1, 8, 10, 2, 1.5, 'S2.1', 30, 19.5, 12.5, 375, ?)"),
-            {m_h3});
-        run(db(), QStringLiteral("INSERT INTO Rechnungen(Abnehmer, Vor_Nachname, Datum, ReNr, MwSt_Proz, Betrag) VALUES "
-                                 "('Säge Huber', 'Josef Huber', '2025-12-30', 1, 5.5, 84.4), "
-                                 "('Säge Huber', 'Josef Huber', '2026-01-02', 2, 5.5, 158.25), "
-                                 "('O''Neill Holz', 'Pat O''Neill', '2026-02-10', 3, 19, 100)"));
+        const test::Forest forest = test::plantForest(db());
+        m_h1 = forest.unsold2025;
+        m_h3 = forest.sold2026;
     }
 
     // Every grouping of every member runs and yields its group columns first.
@@ -196,10 +150,7 @@ private slots:
         invoices.filters[QStringLiteral("Abnehmer")] = QStringLiteral("O'Neill Holz");
         QCOMPARE(rows(invoices), (QList<QStringList>{{"3", "Pat O'Neill", "10.02.2026"}}));
 
-        // The filter lists offer each value once, apostrophes as they stand.
-        const MemberDef& lots = member(Member::Lose);
-        QCOMPARE(distinctValues(db(), lots, lots.filters[2]),
-                 (QVariantList{QStringLiteral("Hof"), QStringLiteral("O'Brien's Weg"), QStringLiteral("Weg 7")}));
+        // The invoices' year filter offers each year once.
         const MemberDef& bills = member(Member::Rechnungen);
         QCOMPARE(distinctValues(db(), bills, bills.filters[1]), (QVariantList{QStringLiteral("2025"), QStringLiteral("2026")}));
     }
@@ -214,42 +165,28 @@ private slots:
         QVERIFY_THROWS_EXCEPTION(StoreError, buildListQuery(r, {}));
     }
 
-    void noRowsAndScope_data()
+    // A year range no harvest falls in lists nothing; "Aktuellen Hieb" without a current harvest
+    // and an unusable range are refused before any query. The invoices have no harvest to limit.
+    void scopeAndRangeOfEveryMember()
     {
-        QTest::addColumn<int>("memberIndex");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("harvests") << int(Member::Hiebe) << "Es wurden lt. den aktuellen Einstellungen keine Hiebe gefunden!";
-        QTest::newRow("lots") << int(Member::Lose) << "Es wurden lt. den aktuellen Einstellungen keine Lose gefunden!";
-        QTest::newRow("logs") << int(Member::Staemme) << "Es wurden lt. den aktuellen Einstellungen keine Stämme gefunden!";
-        QTest::newRow("poles") << int(Member::Pfaehle) << "Es wurden lt. den aktuellen Einstellungen keine Pfähle gefunden!";
-        QTest::newRow("stacked wood") << int(Member::Schichtholz)
-                                      << "Es wurden lt. den aktuellen Einstellungen keine Schichtholz gefunden!";
-        QTest::newRow("invoices") << int(Member::Rechnungen) << "Es wurden lt. den aktuellen Einstellungen keine Rechnungen gefunden!";
-    }
-
-    void noRowsAndScope()
-    {
-        QFETCH(int, memberIndex);
-        QFETCH(QString, message);
-        const MemberDef& def = member(Member(memberIndex));
-        QCOMPARE(def.noRowsMessage(), message);
-        // A year range no harvest falls in lists nothing; the invoices have no harvest to limit.
-        Einstellungen later;
-        later.zahl[2] = 1;
-        later.text[2] = QStringLiteral("2030");
-        later.text[3] = QStringLiteral("2031");
-        ListRequest r{def.member};
-        QCOMPARE(rows(r, later).isEmpty(), def.joinsHarvests);
-        // "Aktuellen Hieb" without a current harvest and an unusable range are refused before any query.
-        QStringList shown;
-        r.scope = 2;
-        QCOMPARE(rows(r, {}, &shown).isEmpty(), def.joinsHarvests);
-        QCOMPARE(shown, def.joinsHarvests ? QStringList{QString::fromUtf8(NoHarvestMarked)} : QStringList{});
-        later.text[2] = QStringLiteral("05");
-        r.scope = 0;
-        rows(r, later, &shown);
-        QCOMPARE(shown, def.joinsHarvests ? QStringList{"Die Liste kann nicht erstellt werden, weil die Jahre von... bis... 4-stellig sein müssen."}
-                                          : QStringList{});
+        for (const MemberDef& def : members()) {
+            Einstellungen later;
+            later.zahl[2] = 1;
+            later.text[2] = QStringLiteral("2030");
+            later.text[3] = QStringLiteral("2031");
+            ListRequest r{def.member};
+            QCOMPARE(rows(r, later).isEmpty(), def.joinsHarvests);
+            QStringList shown;
+            r.scope = 2;
+            QCOMPARE(rows(r, {}, &shown).isEmpty(), def.joinsHarvests);
+            QCOMPARE(shown, def.joinsHarvests ? QStringList{"Es ist kein (aktueller) Hieb markiert. Bitte wählen Sie einen Hieb aus oder listen Sie die "
+                                                                         "Daten von allen Hieben!"} : QStringList{});
+            later.text[2] = QStringLiteral("05");
+            r.scope = 0;
+            rows(r, later, &shown);
+            QCOMPARE(shown, def.joinsHarvests ? QStringList{"Die Liste kann nicht erstellt werden, weil die Jahre von... bis... 4-stellig sein müssen."}
+                                              : QStringList{});
+        }
     }
 
     void textGolden()
@@ -277,7 +214,7 @@ private slots:
         {
             TransactionGuard guard(db());
             for (int i = 0; i < 30; ++i)
-                log(db(), m_h3, 9, 100 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
+                test::addListLog(db(), m_h3, 9, 100 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
             guard.commit();
         }
         ListRequest many{Member::Staemme};
@@ -458,7 +395,7 @@ private slots:
     {
         TransactionGuard guard(db());
         for (int i = 0; i < 5000; ++i)
-            log(db(), m_h3, 8, 1000 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
+            test::addListLog(db(), m_h3, 8, 1000 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
         guard.commit();
         ListRequest r{Member::Staemme};
         const ListQuery q = buildListQuery(r, {});

@@ -1,5 +1,5 @@
-// The evaluation list dialogs through their controls, headless: scope, filters, grouping, the
-// grid's counts and sums, the hand-on to the text window and the chart of a grouped list.
+// The evaluation list dialogs through their controls, headless: the choices reach the list core
+// and are kept, the grid and the text window show its answer, the chart shows the grid.
 #include "common/numbers.h"
 #include "harvests/filter.h"
 #include "reports/lists/members.h"
@@ -7,13 +7,11 @@
 #include "reports/timberlist.h"
 #include "reports/ui/lists/listdialog.h"
 #include "reports/ui/lists/timberlistdialog.h"
-#include "reports/lists/listmodel.h"
 #include "store/sql.h"
 #include "support/reportsfixture.h"
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
 
-#include <QApplication>
 #include <QBarCategoryAxis>
 #include <QBarSeries>
 #include <QBarSet>
@@ -69,29 +67,14 @@ class TestListDialog : public QObject {
     QSqlDatabase db() const { return m_database->shared(); }
     AppContext context() { return {db(), m_settings, m_folder.path(), m_prompter, m_clock}; }
 
-    void log(qint32 id, int lot, int nr, const char* species, const char* quality, const char* cls, double efm, double price)
-    {
-        execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Länge_m, Efm_oR, Stärkeklasse, Güteklasse, "
-                                     "Preis_berechnet, Kennung) VALUES (?, ?, ?, 5, ?, ?, ?, ?, ?)"),
-                {lot, nr, QString::fromUtf8(species), efm, QString::fromUtf8(cls), QString::fromUtf8(quality), price, id});
-    }
-
 private slots:
     void initTestCase()
     {
         m_database = m_folder.openDatabase();
         m_settings.repair();
-        execSql(db(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Jahr, Teilverkauft, Verkauft) VALUES (1, '2025', 'N', 'N'), (2, '2026', 'N', 'N')"));
-        m_h1 = scalar(db(), QStringLiteral("SELECT ID FROM Hiebe WHERE Hieb_Nr = 1")).toInt();
-        m_h2 = scalar(db(), QStringLiteral("SELECT ID FROM Hiebe WHERE Hieb_Nr = 2")).toInt();
-        execSql(db(), QStringLiteral("INSERT INTO Lose(Los_Nr, Sortierung, Lagerort, Kennung) VALUES (1, 'Stämme', 'O''Brien''s Weg', ?), "
-                                     "(2, 'Stämme', 'Hof', ?), (1, 'Stämme', 'Hof', ?)"),
-                {m_h1, m_h1, m_h2});
-        log(m_h1, 1, 1, "FI (Fichte)", "B", "L2b", 0.5, 20);
-        log(m_h1, 1, 2, "FI (Fichte)", "B", "L2b", 0.75, 30);
-        log(m_h1, 1, 3, "FI (Fichte)", "C", "L3a", 1.25, 40);
-        log(m_h1, 2, 4, "BU (Rotbuche)", "B", "L2b", 0.5, 25);
-        log(m_h2, 1, 1, "FI (Fichte)", "B", "L2b", 9, 99); // another harvest: not in "Aktuellen Hieb"
+        const test::Forest forest = test::plantForest(db());
+        m_h1 = forest.unsold2025;
+        m_h2 = forest.partlySold2026;
     }
 
     void init()
@@ -118,131 +101,39 @@ private slots:
         QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
         QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'\n')));
 
+        // By species, quality and class; the other harvest's log not among them.
         const QAbstractItemModel& grid = *child<QTableView>(dialog, "gridli")->model();
-        QCOMPARE(grid.rowCount(), 3);
-        // Baumart, Güteklasse, Stärkeklasse, count, Efm, Efm per log, length, diameter, money
-        QCOMPARE(row(grid, 0), (QStringList{"BU (Rotbuche)", "B", "L2b", "1", "0,500", "0,500", "5,00", "0,00", "25,00"}));
-        QCOMPARE(row(grid, 1).mid(0, 5), (QStringList{"FI (Fichte)", "B", "L2b", "2", "1,250"})); // not the other harvest's
-        QCOMPARE(child<QLabel>(dialog, "bezanzahl")->text(), QStringLiteral("Anzahl Datensätze: 3"));
+        QCOMPARE(grid.rowCount(), 4);
+        QCOMPARE(row(grid, 2).mid(0, 5), (QStringList{"FI (Fichte)", "B", "L2b", "2", "1,250"}));
+        QCOMPARE(child<QLabel>(dialog, "bezanzahl")->text(), QStringLiteral("Anzahl Datensätze: 4"));
         QVERIFY(shownReport.contains(QStringLiteral("Anzahl_Stämme")) && shownReport.contains(QStringLiteral("FI (Fichte)")));
-
-        // The chart saved as PNG and PDF.
-        const QString png = m_folder.filePath(QStringLiteral("diagramm.png"));
-        const QString pdf = m_folder.filePath(QStringLiteral("diagramm.pdf"));
-        bool saved = false;
-        whenShown(QStringLiteral("BF_Diagramm"), [&](QWidget* w) {
-            saved = static_cast<ChartWindow*>(w)->savePng(png) && static_cast<ChartWindow*>(w)->savePdf(pdf);
-        });
-        QTest::mouseClick(child<QPushButton>(dialog, "comdiagramm"), Qt::LeftButton);
-        QVERIFY(saved && QImage(png).width() > 100);
-        QVERIFY(test::toolOutput(QStringLiteral("pdfinfo"), {pdf}).contains(QRegularExpression(QStringLiteral("Pages:\\s+1\\n"))));
-    }
-
-    // What the chart writes on its bars and axes, as a German reader expects it.
-    void chartSpeaksGerman_data()
-    {
-        QTest::addColumn<double>("value");
-        QTest::addColumn<int>("decimals");
-        QTest::addColumn<QString>("barLabel");
-        QTest::newRow("money") << 12345.678 << 2 << QStringLiteral("12.345,68");
-        QTest::newRow("volume, trailing zeros left off") << 1234.5 << 3 << QStringLiteral("1.234,5");
-        QTest::newRow("count") << 7.0 << 0 << QStringLiteral("7");
-    }
-
-    void chartSpeaksGerman()
-    {
-        QFETCH(double, value);
-        QFETCH(int, decimals);
-        QFETCH(QString, barLabel);
-        ChartData data{QStringLiteral("Test"), {QStringLiteral("Fichte"), QStringLiteral("Buche")}, {QStringLiteral("Wert")},
-                       {{value, value / 3}}, {decimals}};
-        ChartWindow window(data, m_prompter);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        auto* view = child<QChartView>(window, "diagramm");
-        QVERIFY(view->chart()->localizeNumbers());
-        QCOMPARE(view->chart()->locale().language(), QLocale::German);
-        QStringList texts;
-        for (QGraphicsItem* item : view->scene()->items())
-            if (auto* text = dynamic_cast<QGraphicsTextItem*>(item))
-                texts << text->toPlainText();
-            else if (auto* simple = dynamic_cast<QGraphicsSimpleTextItem*>(item))
-                texts << simple->text();
-        QVERIFY2(texts.contains(barLabel), qPrintable(texts.join(u'|')));
-        const auto axes = view->chart()->axes(Qt::Vertical);
-        auto* amount = qobject_cast<QValueAxis*>(axes.value(0));
-        QVERIFY(amount);
-        if (decimals == 0) {
-            // A count's axis has whole steps and whole labels only.
-            QCOMPARE(amount->tickType(), QValueAxis::TicksDynamic);
-            QVERIFY(amount->tickInterval() >= 1 && amount->tickInterval() == std::floor(amount->tickInterval()));
-            for (const QString& t : texts)
-                QVERIFY2(!t.contains(u','), qPrintable(t));
-        }
     }
 
     // Every bar of a grouped list's chart stands for one row of the grid, under that row's keys
-    // and with that row's figures; an empty key is a group of its own, shown as "(leer)".
-    void chartBarsMatchTheRows_data()
-    {
-        QTest::addColumn<int>("member");
-        QTest::addColumn<QString>("grouping");
-        QTest::addColumn<QStringList>("inserts"); // rows of the chart's own harvest, "?" its ID
-        QTest::addColumn<QStringList>("labels");  // the bars' labels, in the grid's order
-        const QString lot = QStringLiteral("INSERT INTO Lose(Los_Nr, Sortierung, Anzahl_Stämme, Efm_oR, Preis_berechnet, Lagerort, "
-                                           "Abnehmer, Kennung) VALUES ");
-        QTest::newRow("empty and missing place")
-            << int(lists::Member::Lose) << QStringLiteral("Nach dem Lagerort")
-            << QStringList{lot + "(1, 'Stämme', 3, 1.5, 60, NULL, 'Huber', ?)", lot + "(2, 'Stämme', 2, 0.75, 30, '', 'Huber', ?)",
-                           lot + "(3, 'Stämme', 4, 2.25, 90, 'Hof', NULL, ?)", lot + "(4, 'Stämme', 1, 0.5, 20, 'Hof', NULL, ?)"}
-            << QStringList{"(leer)", "(leer)", "Hof"};
-        QTest::newRow("missing buyer first")
-            << int(lists::Member::Lose) << QStringLiteral("Nach dem Abnehmer")
-            << QStringList{lot + "(1, 'Stämme', 3, 1.5, 60, 'Hof', NULL, ?)", lot + "(2, 'Stämme', 2, 0.75, 30, 'Hof', 'Säge Huber', ?)"}
-            << QStringList{"(leer)", "Säge Huber"};
-        QStringList qualities;
-        QStringList labels{"(leer)"};
-        const QString log = QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Länge_m, Efm_oR, Güteklasse, Preis_berechnet, "
-                                           "Kennung) VALUES ");
-        qualities << log + "(1, 100, 'FI (Fichte)', 4, 0.25, NULL, 5, ?)";
-        for (int i = 1; i <= 11; ++i) {
-            qualities << log + QStringLiteral("(1, %1, 'FI (Fichte)', 4, %2, 'Q%3', %4, ?)").arg(i).arg(0.125 * i).arg(i, 2, 10, QChar(u'0')).arg(i * 3);
-            labels << QStringLiteral("Q%1").arg(i, 2, 10, QChar(u'0'));
-        }
-        QTest::newRow("many groups lie across") << int(lists::Member::Staemme) << QStringLiteral("Nach den Güteklassen") << qualities
-                                                << labels;
-        const QString pole = QStringLiteral("INSERT INTO Pfähle(Los_Nr, Baumart, Stärke_mR, Länge_m, Stärkeklasse, Anzahl, Preis_berechnet, "
-                                            "Kennung) VALUES ");
-        QTest::newRow("lengths shown alike") << int(lists::Member::Pfaehle) << QStringLiteral("Nach den Längen")
-                                             << QStringList{pole + "(1, 'FI (Fichte)', 8, 4.001, 'P2', 10, 25, ?)",
-                                                            pole + "(1, 'FI (Fichte)', 8, 4.004, 'P2', 4, 10, ?)",
-                                                            pole + "(1, 'FI (Fichte)', 8, NULL, 'P2', 2, 6, ?)"}
-                                             << QStringList{"(leer)", "4,00", "4,00"};
-    }
+    // and with that row's figures; an empty key is a group of its own, shown as "(leer)"; more
+    // groups than fit side by side lie across, the first on top. Figures are written as a German
+    // reader expects them, a count's axis in whole steps; the chart is saved as PNG and PDF.
     void chartBarsMatchTheRows()
     {
-        QFETCH(int, member);
-        QFETCH(QString, grouping);
-        QFETCH(QStringList, inserts);
-        QFETCH(QStringList, labels);
         execSql(db(), QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Jahr, Teilverkauft, Verkauft) VALUES (77, '2026', 'N', 'N')"));
         const qint32 harvest = scalar(db(), QStringLiteral("SELECT ID FROM Hiebe WHERE Hieb_Nr = 77")).toInt();
-        for (QString sql : inserts)
-            execSql(db(), sql.replace(u'?', QString::number(harvest)));
+        const QString insert = QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Länge_m, Efm_oR, Güteklasse, "
+                                              "Preis_berechnet, Kennung) VALUES (1, ?, 'FI (Fichte)', 4, ?, ?, ?, ?)");
+        execSql(db(), insert, {100, 0.25, QVariant(QMetaType(QMetaType::QString)), 5, harvest});
+        QStringList labels{"(leer)"};
+        for (int i = 1; i <= 11; ++i) {
+            labels << QStringLiteral("Q%1").arg(i, 2, 10, QChar(u'0'));
+            execSql(db(), insert, {i, i == 10 ? 1234.5 : 0.125 * i, labels.last(), i == 11 ? 12345.678 : i * 3, harvest});
+        }
         const auto cleanUp = qScopeGuard([&] {
-            for (const char* table : {"Lose", "Stämme", "Pfähle", "Hiebe"})
-                execSql(db(), QStringLiteral("DELETE FROM \"%1\" WHERE %2 = ?").arg(QString::fromUtf8(table),
-                                                                                    table[0] == 'H' ? "ID" : "Kennung"),
-                        {harvest});
+            execSql(db(), QStringLiteral("DELETE FROM Stämme WHERE Kennung = ?"), {harvest});
+            execSql(db(), QStringLiteral("DELETE FROM Hiebe WHERE ID = ?"), {harvest});
         });
 
-        ListDialog dialog(context(), lists::Member(member), harvest, false);
-        QRadioButton* option = nullptr;
+        ListDialog dialog(context(), lists::Member::Staemme, harvest, false);
         for (QRadioButton* b : dialog.findChildren<QRadioButton*>())
-            if (b->text() == grouping)
-                option = b;
-        QVERIFY(option);
-        option->click();
+            if (b->text() == QStringLiteral("Nach den Güteklassen"))
+                b->click();
         whenShown(QStringLiteral("AF_Textausgabe"), [](QWidget*) {});
         QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
         QVERIFY2(m_prompter.messages().isEmpty(), qPrintable(m_prompter.messages().join(u'\n')));
@@ -250,6 +141,10 @@ private slots:
         QCOMPARE(grid.rowCount(), labels.size());
 
         int figuresSeen = 0;
+        QStringList texts;
+        const QString png = m_folder.filePath(QStringLiteral("diagramm.png"));
+        const QString pdf = m_folder.filePath(QStringLiteral("diagramm.pdf"));
+        bool saved = false;
         whenShown(QStringLiteral("BF_Diagramm"), [&](QWidget* w) {
             auto* figure = child<QComboBox>(*w, "komwert");
             auto* view = child<QChartView>(*w, "diagramm");
@@ -258,8 +153,9 @@ private slots:
                 figure->setCurrentIndex(f);
                 auto* series = static_cast<QAbstractBarSeries*>(view->chart()->series().first());
                 const auto axes = series->attachedAxes();
-                auto* axis = qobject_cast<QBarCategoryAxis*>(axes.first()->type() == QAbstractAxis::AxisTypeBarCategory ? axes.first()
-                                                                                                                       : axes.last());
+                const bool categoriesFirst = axes.first()->type() == QAbstractAxis::AxisTypeBarCategory;
+                auto* axis = qobject_cast<QBarCategoryAxis*>(categoriesFirst ? axes.first() : axes.last());
+                auto* amount = qobject_cast<QValueAxis*>(categoriesFirst ? axes.last() : axes.first());
                 QStringList shown = axis->categories();
                 QList<double> values;
                 for (int i = 0; i < series->barSets().first()->count(); ++i)
@@ -270,21 +166,34 @@ private slots:
                 }
                 QCOMPARE(shown.size(), grid.rowCount());
                 QCOMPARE(values.size(), grid.rowCount());
+                bool count = true;
                 for (int r = 0; r < grid.rowCount(); ++r) {
                     QCOMPARE(QString(shown[r]).remove(QChar(0x200B)), labels[r]);
                     const QString cell = grid.data(grid.index(r, keys + f)).toString();
                     const int decimals = cell.contains(u',') ? int(cell.size() - cell.indexOf(u',') - 1) : 0;
+                    count = count && decimals == 0;
                     QVERIFY2(std::abs(values[r] - readNumber(cell)) <= 0.5 * std::pow(10.0, -decimals) + 1e-9,
-                             qPrintable(QStringLiteral("%1, bar %2: %3, the row shows %4")
-                                            .arg(figure->currentText())
-                                            .arg(r)
-                                            .arg(values[r])
-                                            .arg(cell)));
+                             qPrintable(figure->currentText() + QStringLiteral(": ") + cell));
                 }
+                if (count) { // whole steps only
+                    QCOMPARE(amount->tickType(), QValueAxis::TicksDynamic);
+                    QVERIFY(amount->tickInterval() >= 1 && amount->tickInterval() == std::floor(amount->tickInterval()));
+                }
+                for (QGraphicsItem* item : view->scene()->items())
+                    if (auto* text = dynamic_cast<QGraphicsTextItem*>(item))
+                        texts << text->toPlainText();
+                    else if (auto* simple = dynamic_cast<QGraphicsSimpleTextItem*>(item))
+                        texts << simple->text();
             }
+            saved = static_cast<ChartWindow*>(w)->savePng(png) && static_cast<ChartWindow*>(w)->savePdf(pdf);
         });
         QTest::mouseClick(child<QPushButton>(dialog, "comdiagramm"), Qt::LeftButton);
         QVERIFY(figuresSeen > 0);
+        // Money to the cent with thousands points; a volume without its trailing zeros.
+        for (const char* label : {"12.345,68", "1.234,5"})
+            QVERIFY2(texts.contains(QString::fromUtf8(label)), qPrintable(texts.join(u'|')));
+        QVERIFY(saved && QImage(png).width() > 100);
+        QVERIFY(test::toolOutput(QStringLiteral("pdfinfo"), {pdf}).contains(QRegularExpression(QStringLiteral("Pages:\\s+1\\n"))));
     }
 
     // What OK does with a choice that lists nothing: the message, and an empty grid.
@@ -292,37 +201,32 @@ private slots:
     {
         using Act = std::function<void(ListDialog&)>;
         QTest::addColumn<int>("member");
-        QTest::addColumn<bool>("withHarvest");
         QTest::addColumn<Act>("act");
         QTest::addColumn<QString>("message");
         QTest::addColumn<int>("rows");
-        QTest::newRow("current harvest without one")
-            << int(lists::Member::Staemme) << false << Act([](ListDialog& d) { child<QComboBox>(d, "komhieb")->setCurrentIndex(2); })
-            << "Es ist kein (aktueller) Hieb markiert. Bitte wählen Sie einen Hieb aus oder listen Sie die Daten von allen Hieben!" << 0;
-        QTest::newRow("no column ticked") << int(lists::Member::Lose) << true
+        QTest::newRow("no column ticked") << int(lists::Member::Lose)
                                           << Act([](ListDialog& d) { child<QPushButton>(d, "alle(1)")->click(); })
                                           << "Die Liste kann nicht erstellt werden, weil kein Datenfeld zum Listen ausgewählt ist." << 0;
-        QTest::newRow("two-digit year") << int(lists::Member::Lose) << true << Act([](ListDialog& d) {
+        QTest::newRow("two-digit year") << int(lists::Member::Lose) << Act([](ListDialog& d) {
             child<QRadioButton>(d, "optizeitraum(1)")->click();
             test::typeInto(child<QLineEdit>(d, "tzeitraum(0)"), QStringLiteral("05"));
             test::typeInto(child<QLineEdit>(d, "tzeitraum(1)"), QStringLiteral("2007"));
         }) << "Die Liste kann nicht erstellt werden, weil die Jahre von... bis... 4-stellig sein müssen." << 0;
-        QTest::newRow("sold harvests: none") << int(lists::Member::Lose) << true
-                                             << Act([](ListDialog& d) { child<QComboBox>(d, "komhieb")->setCurrentIndex(5); })
-                                             << "Es wurden lt. den aktuellen Einstellungen keine Lose gefunden!" << 0;
-        QTest::newRow("place with an apostrophe") << int(lists::Member::Lose) << true << Act([](ListDialog& d) {
+        QTest::newRow("sold harvests: no poles") << int(lists::Member::Pfaehle)
+                                                 << Act([](ListDialog& d) { child<QComboBox>(d, "komhieb")->setCurrentIndex(5); })
+                                                 << "Es wurden lt. den aktuellen Einstellungen keine Pfähle gefunden!" << 0;
+        QTest::newRow("place with an apostrophe") << int(lists::Member::Lose) << Act([](ListDialog& d) {
             auto* place = child<QComboBox>(d, "komlagerort");
-            QCOMPARE(place->count(), 3); // all, "Hof", "O'Brien's Weg"
+            QCOMPARE(place->count(), 4); // all, "Hof", "O'Brien's Weg", "Weg 7"
             place->setCurrentIndex(place->findText(QStringLiteral("O'Brien's Weg")));
         }) << QString() << 1;
     }
     void refusedOrEmpty()
     {
         QFETCH(int, member);
-        QFETCH(bool, withHarvest);
         QFETCH(std::function<void(ListDialog&)>, act);
         QFETCH(QString, message);
-        ListDialog dialog(context(), lists::Member(member), withHarvest ? std::optional(m_h1) : std::nullopt, false);
+        ListDialog dialog(context(), lists::Member(member), m_h1, false);
         act(dialog);
         if (message.isEmpty())
             whenShown(QStringLiteral("AF_Textausgabe"), [](QWidget*) {});
@@ -385,7 +289,7 @@ private slots:
         TimberListDialog dialog(context(), m_h1);
         auto* lots = child<QListWidget>(dialog, "liste");
         QCOMPARE(lots->count(), 2);
-        QCOMPARE(lots->item(0)->text(), QStringLiteral("Los 1"));
+        QCOMPARE(lots->item(0)->text(), QStringLiteral("Los 1  (3 Stämme)"));
         child<QPushButton>(dialog, "alle(1)")->click();
         QTest::mouseClick(child<QPushButton>(dialog, "ok"), Qt::LeftButton);
         QCOMPARE(m_prompter.messages(), QStringList{"Die Liste kann nicht erstellt werden, weil keine Lose markiert sind."});
@@ -406,7 +310,7 @@ private slots:
         {
             TransactionGuard guard(db());
             for (int i = 0; i < 3000; ++i)
-                log(m_h2, 5, 100 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
+                test::addListLog(db(), m_h2, 5, 100 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
             guard.commit();
         }
         m_settings.zahl[4] = 2; // the spreadsheet
