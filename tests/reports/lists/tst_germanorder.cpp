@@ -3,8 +3,6 @@
 // and through `tarvik-cli liste`.
 #include "reports/lists/listquery.h"
 #include "reports/lists/formats.h"
-#include "store/collation.h"
-#include "store/records.h"
 #include "store/sql.h"
 #include "support/clirun.h"
 #include "support/records.h"
@@ -85,10 +83,6 @@ private slots:
         // Grouped: one group per name as a German reader sees it, its count beside it.
         QTest::newRow("lots by buyer") << int(Member::Lose) << 0 << "" << false << ""
                                        << QStringList{"Äbi Holz=2", "Abt=1", "Strasse Holz=2", "Zaunbau=1"};
-        QTest::newRow("lots by storage place") << int(Member::Lose) << 1 << "" << false << ""
-                                               << QStringList{"Oberer Hof=2", "Öhringer Weg=1", "Ölmühle=1", "Zollhaus=2"};
-        QTest::newRow("logs by species") << int(Member::Staemme) << 9 << "" << false << ""
-                                         << QStringList{"Ahorn=1", "Äspe=1", "Eiche=2", "Ulme=1"};
         QTest::newRow("lots of one buyer by storage place, the buyer typed in small letters")
             << int(Member::Lose) << 1 << "" << false << "Abnehmer=äbi holz" << QStringList{"oberer Hof=1", "Öhringer Weg=1"};
         // Sorted: names in German order, those equal but for case side by side.
@@ -146,22 +140,6 @@ private slots:
         for (const QVariant& v : distinctValues(database->shared(), lots, lots.filters[4]))
             buyers << v.toString();
         QCOMPARE(buyers, (QStringList{"Äbi Holz", "Abt", "Strasse Holz", "Zaunbau"}));
-    }
-
-    // The drop-down lists of the entry windows, and the same order in memory.
-    void lookupListsInGermanOrder()
-    {
-        auto database = Database::openOrCreate(m_root.databasePath());
-        const QSqlDatabase db = database->shared();
-        for (const char* buyer : {"Zaunbau", "Öko Säge", "Abt", "Ober"})
-            insertIntoLookupList(db, QStringLiteral("Liste_Abnehmer"), QString::fromUtf8(buyer));
-        QStringList expected{"Abt", "Ober", "Öko Säge", "Zaunbau"};
-        QCOMPARE(listValues(db, QStringLiteral("Liste_Abnehmer"), QStringLiteral("Inhalt")), expected);
-        QStringList inMemory{"Zaunbau", "Öko Säge", "Abt", "Ober"};
-        std::sort(inMemory.begin(), inMemory.end(), germanLess);
-        QCOMPARE(inMemory, expected);
-        QCOMPARE(compareGerman(u"Äbi Holz", u"äbi holz"), 0);
-        QCOMPARE(compareGerman(u"Straße", u"Strasse"), 0);
     }
 };
 
