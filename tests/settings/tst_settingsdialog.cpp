@@ -3,7 +3,6 @@
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QCheckBox>
 #include <QComboBox>
@@ -42,30 +41,18 @@ private slots:
         Einstellungen s = EinstellungenLaden(path());
         test::ScriptedPrompter prompter;
         SettingsDialog d(s, path(), prompter);
-        auto* eingabe0 = child<QCheckBox>(d, "koneingabe0");
-        auto* ruecklnr = child<QCheckBox>(d, "konruecklnr");
-        auto* staerke = child<QCheckBox>(d, "konstaerke");
-
-        eingabe0->click();
-        ruecklnr->click();
-        staerke->click(); // clears both
-        QVERIFY(staerke->isChecked());
-        QVERIFY(!ruecklnr->isChecked());
-        QVERIFY(!eingabe0->isChecked());
-        eingabe0->click(); // allowed afterwards, and stays
-        QVERIFY(eingabe0->isChecked() && staerke->isChecked());
-        ruecklnr->click(); // clears the diameter jump only
-        QVERIFY(!staerke->isChecked());
-        QVERIFY(eingabe0->isChecked());
-
-        auto* two = child<QCheckBox>(d, "konzweistellig(0)");
-        auto* three = child<QCheckBox>(d, "konzweistellig(1)");
-        two->click();
-        three->click();
-        QVERIFY(!two->isChecked() && three->isChecked());
-        two->click();
-        QVERIFY(two->isChecked() && !three->isChecked());
-
+        // Each click and the ticks of the five boxes after it: the diameter jump clears the first
+        // two, either of them clears it in turn; two and three digits exclude each other.
+        const char* boxes[] = {"koneingabe0", "konruecklnr", "konstaerke", "konzweistellig(0)", "konzweistellig(1)"};
+        const std::pair<int, const char*> steps[] = {{0, "10000"}, {1, "11000"}, {2, "00100"}, {0, "10100"},
+                                                     {1, "11000"}, {3, "11010"}, {4, "11001"}, {3, "11010"}};
+        for (const auto& [box, ticks] : steps) {
+            child<QCheckBox>(d, boxes[box])->click();
+            QString shown;
+            for (const char* b : boxes)
+                shown += child<QCheckBox>(d, b)->isChecked() ? u'1' : u'0';
+            QCOMPARE(shown, QString::fromLatin1(ticks));
+        }
         QVERIFY(prompter.messages().isEmpty());
         child<QCheckBox>(d, "kondefaultok")->click();
         QCOMPARE(prompter.messages().size(), 1);
