@@ -1,10 +1,12 @@
 // The evaluation lists' core over a small forest: every member's groupings, scopes and filters,
-// and the three writers (text against a golden file, the spreadsheet read back from its XML,
-// the page).
+// the three writers (text against a golden file, the spreadsheet read back from its XML, the
+// page), and German order in the core and through `tarvik-cli liste`.
 #include "common/textfile.h"
 #include "reports/lists/listquery.h"
 #include "reports/lists/writers.h"
 #include "store/sql.h"
+#include "support/clirun.h"
+#include "support/records.h"
 #include "support/reportsfixture.h"
 #include "support/tempdatafolder.h"
 
@@ -26,9 +28,12 @@ class TestListCore : public QObject {
     std::unique_ptr<Database> m_database;
     QSqlDatabase db() const { return m_database->shared(); }
     qint32 m_h1 = 0, m_h3 = 0;
+    test::TempDataFolder m_german;
+    std::unique_ptr<Database> m_germanDb;
 
     // Runs a request through the checks; the rows as text cells, or the messages shown.
-    QList<QStringList> rows(const ListRequest& request, const Einstellungen& settings = {}, QStringList* messages = nullptr)
+    QList<QStringList> rows(const ListRequest& request, const Einstellungen& settings = {}, QStringList* messages = nullptr,
+                            std::optional<QSqlDatabase> on = {})
     {
         test::ScriptedPrompter prompter;
         const auto query = prepareList(request, settings, prompter);
@@ -37,7 +42,7 @@ class TestListCore : public QObject {
         if (!query)
             return {};
         const auto formats = columnFormats(member(request.member), *query);
-        QSqlQuery q = execSql(db(), query->sql, query->values);
+        QSqlQuery q = execSql(on.value_or(db()), query->sql, query->values);
         QList<QStringList> out;
         while (q.next()) {
             QStringList cells;
@@ -48,6 +53,51 @@ class TestListCore : public QObject {
         return out;
     }
 
+    // The first cell of every row `tarvik-cli liste` prints: the cells under the column's heading
+    // (cut to the column's width), and beside them the next column's.
+    QStringList cliKeys(const QStringList& args, const QString& column, bool grouped)
+    {
+        const test::CliOutput o = test::runCli(QStringList{QStringLiteral("--daten"), m_german.path(), QStringLiteral("liste")} + args);
+        const QStringList lines = o.out.split(u'\n', Qt::SkipEmptyParts);
+        qsizetype header = -1, at = -1;
+        for (qsizetype i = 0; i < lines.size() && at < 0; ++i) {
+            const QStringList cells = lines[i].split(u'|');
+            for (qsizetype c = 0; c < cells.size() && at < 0; ++c)
+                if (const QString h = cells[c].trimmed(); h.size() >= 5 && column.startsWith(h))
+                    header = i, at = c;
+        }
+        if (at < 0)
+            return {QStringLiteral("Fehler: ") + o.out + o.err};
+        QStringList keys;
+        for (qsizetype i = header + 1; i < lines.size(); ++i)
+            if (const QStringList cells = lines[i].split(u'|'); cells.size() > at + (grouped ? 1 : 0) && !cells[0].trimmed().startsWith(u'-'))
+                keys << (grouped ? cells[at].trimmed() + u'=' + cells[at + 1].trimmed() : cells[at].trimmed());
+        return keys;
+    }
+
+    // Buyers, places and species apart only by umlauts, ß or case, in a data folder the command
+    // line created. In German order umlauts go with their base letters, ß with ss, and case
+    // never splits a group.
+    void plantGermanNames()
+    {
+        QCOMPARE(test::runCli({QStringLiteral("--daten"), m_german.path(), QStringLiteral("init")}).code, 0);
+        m_germanDb = Database::openOrCreate(m_german.databasePath());
+        const QSqlDatabase db = m_germanDb->shared();
+        const qint32 h = test::addHarvest(db, 1);
+        const char* lots[][2] = {{"Zaunbau", "Zollhaus"},         {"Äbi Holz", "Öhringer Weg"}, {"äbi holz", "oberer Hof"},
+                                 {"Abt", "Oberer Hof"},           {"Straße Holz", "Ölmühle"},   {"Strasse Holz", "Zollhaus"}};
+        int nr = 0;
+        for (const auto& [buyer, place] : lots) {
+            test::addLot(db, h, ++nr);
+            execSql(db, QStringLiteral("UPDATE Lose SET Abnehmer = ?, Lagerort = ? WHERE Los_Nr = ?"),
+                    {QString::fromUtf8(buyer), QString::fromUtf8(place), nr});
+        }
+        int log = 0;
+        for (const char* species : {"Ulme", "eiche", "Äspe", "Ahorn", "Eiche"})
+            execSql(db, QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Efm_oR, Kennung) VALUES (1, ?, ?, 1, ?)"),
+                    {++log, QString::fromUtf8(species), h});
+    }
+
 private slots:
     void initTestCase()
     {
@@ -55,6 +105,7 @@ private slots:
         const test::Forest forest = test::plantForest(db());
         m_h1 = forest.unsold2025;
         m_h3 = forest.sold2026;
+        plantGermanNames();
     }
 
     // Every grouping of every member runs and yields its group columns first.
@@ -395,6 +446,78 @@ private slots:
         QVERIFY(w.cancelled);
         QVERIFY(!QFile::exists(path));
         execSql(db(), QStringLiteral("DELETE FROM Stämme WHERE Los_Nr = 8"));
+    }
+
+    void listsInGermanOrder_data()
+    {
+        QTest::addColumn<int>("memberIndex");
+        QTest::addColumn<int>("grouping");
+        QTest::addColumn<QString>("sort");
+        QTest::addColumn<bool>("descending");
+        QTest::addColumn<QString>("filter"); // column=value
+        QTest::addColumn<QStringList>("expected");
+        // Grouped: one group per name as a German reader sees it, its count beside it.
+        QTest::newRow("lots by buyer") << int(Member::Lose) << 0 << "" << false << ""
+                                       << QStringList{"Äbi Holz=2", "Abt=1", "Strasse Holz=2", "Zaunbau=1"};
+        QTest::newRow("lots of one buyer by storage place, the buyer typed in small letters")
+            << int(Member::Lose) << 1 << "" << false << "Abnehmer=äbi holz" << QStringList{"oberer Hof=1", "Öhringer Weg=1"};
+        // Sorted: names in German order, those equal but for case side by side.
+        QTest::newRow("logs sorted by species") << int(Member::Staemme) << -1 << "Baumart" << false << ""
+                                                << QStringList{"ahorn", "äspe", "eiche", "eiche", "ulme"};
+        QTest::newRow("logs sorted by species, descending") << int(Member::Staemme) << -1 << "Baumart" << true << ""
+                                                            << QStringList{"ulme", "eiche", "eiche", "äspe", "ahorn"};
+        QTest::newRow("lots of one buyer written with ss, sorted by place")
+            << int(Member::Lose) << -1 << "Lagerort" << false << "Abnehmer=Strasse Holz" << QStringList{"ölmühle", "zollhaus"};
+    }
+
+    void listsInGermanOrder()
+    {
+        QFETCH(int, memberIndex);
+        QFETCH(int, grouping);
+        QFETCH(QString, sort);
+        QFETCH(bool, descending);
+        QFETCH(QString, filter);
+        QFETCH(QStringList, expected);
+        const MemberDef& def = member(Member(memberIndex));
+        ListRequest r(def.member);
+        r.grouping = grouping;
+        QStringList args{def.key};
+        if (grouping >= 0)
+            args << QStringLiteral("--gruppe") << QString::number(grouping + 1);
+        if (!sort.isEmpty()) {
+            r.sortColumn = sort;
+            r.columns = {sort};
+            r.descending = descending;
+            args << QStringLiteral("--sortierung") << sort;
+            if (descending)
+                args << QStringLiteral("--absteigend");
+        }
+        if (!filter.isEmpty()) {
+            r.filters.insert(filter.section(u'=', 0, 0), filter.section(u'=', 1));
+            args << QStringLiteral("--filter") << filter;
+        }
+        // Names equal but for case may stand either way round; the rest of the order is fixed.
+        auto folded = [&](QStringList keys) {
+            if (grouping < 0)
+                for (QString& k : keys)
+                    k = k.toLower();
+            return keys;
+        };
+        QStringList keys;
+        for (const QStringList& row : rows(r, {}, nullptr, m_germanDb->shared()))
+            keys << (grouping >= 0 ? row[0] + u'=' + row[1] : row[0]);
+        QCOMPARE(folded(keys), expected);
+        QCOMPARE(folded(cliKeys(args, grouping >= 0 ? def.groupings[grouping].columns.first() : sort, grouping >= 0)), expected);
+    }
+
+    // The filter lists offer each name once, in German order, spelt as first stored.
+    void filterValuesInGermanOrder()
+    {
+        const MemberDef& lots = member(Member::Lose);
+        QStringList buyers;
+        for (const QVariant& v : distinctValues(m_germanDb->shared(), lots, lots.filters[4]))
+            buyers << v.toString();
+        QCOMPARE(buyers, (QStringList{"Äbi Holz", "Abt", "Strasse Holz", "Zaunbau"}));
     }
 };
 
