@@ -63,23 +63,6 @@ class TestPrint : public QObject {
 
     QSqlDatabase db() const { return m_database->shared(); }
 
-    // The list's report file as the dialog writes it: widths from the rows, page marks and
-    // numbers, the count line.
-    QString writeList(Member m, const Einstellungen& s)
-    {
-        test::ScriptedPrompter prompter;
-        const ListRequest request(m);
-        const auto query = prepareList(request, s, prompter);
-        if (!query)
-            return {};
-        const MemberDef& def = member(m);
-        QSqlQuery rows = execSql(db(), query->sql, query->values);
-        const QString path = m_dir.filePath(QStringLiteral("Daten-%1.txt").arg(def.key));
-        const WriteResult written = writeText(path, rows, columnFormats(db(), def, *query), TextOptions::from(s, def.title, QDate(2026, 5, 4)),
-                                              countRows(db(), *query));
-        return written.ok ? path : QString();
-    }
-
 private slots:
     void initTestCase()
     {
@@ -106,8 +89,11 @@ private slots:
         s.zahl[1] = 1; // date in the header
         s.zahl[8] = 1; // count line
         s.zahl[9] = 1; // the writer's own page numbers, which the printout replaces by its own
-        const QString file = writeList(def.member, s);
-        QVERIFY(!file.isEmpty());
+        // The report file as the dialogs write it: widths from the rows, page marks, the count line.
+        const ListQuery query = buildListQuery(ListRequest(def.member), s);
+        QSqlQuery rows = execSql(db(), query.sql, query.values);
+        const QString file = m_dir.filePath(QStringLiteral("Daten-%1.txt").arg(def.key));
+        QVERIFY(writeText(file, rows, columnFormats(db(), def, query), TextOptions::from(s, def.title, QDate(2026, 5, 4)), countRows(db(), query)).ok);
 
         PrintJob job;
         job.pdfPath = m_dir.filePath(def.key + QStringLiteral(".pdf"));
