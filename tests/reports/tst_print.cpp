@@ -121,32 +121,6 @@ private slots:
         }
     }
 
-    // The writer reads the first row through the query and the others from the engine's
-    // statement: umlauts, blanks around a text, a tab, NULL and large figures come out the same
-    // as from the query throughout.
-    void bothWaysOfReadingWriteTheSameLines()
-    {
-        const QVariant id = scalar(db(), QStringLiteral("SELECT min(ID) FROM Hiebe"));
-        execSql(db(), QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Länge_m, Efm_oR, Preis_berechnet, Bemerkung, Kennung) "
-                                 "VALUES (5, 1, '  RK (Roßkastianie) ', 4.25, 0.0005, 123456789.125, 'a\tb', ?), "
-                                 "(5, 2, NULL, NULL, NULL, NULL, NULL, ?), (5, 3, 'EI (Eiche)', 20, 12.3456, -7.5, ' vorn', ?)"),
-                {id, id, id});
-        ListRequest request(Member::Staemme);
-        request.sortColumn = QStringLiteral("Laufende_Nr");
-        const ListQuery query = buildListQuery(request, {});
-        const auto formats = columnFormats(db(), member(Member::Staemme), query);
-        const TextOptions options = TextOptions::from({}, QStringLiteral("Stämme"), {});
-        QSqlQuery viaQuery = execSql(db(), query.sql, query.values);
-        const QStringList expected = textLines(viaQuery, formats, options, countRows(db(), query));
-        QSqlQuery viaStatement = execSql(db(), query.sql, query.values);
-        const QString path = m_dir.filePath(QStringLiteral("beide.txt"));
-        QVERIFY(writeText(path, viaStatement, formats, options, countRows(db(), query)).ok);
-        const TextFileResult read = readTextFile(path);
-        QVERIFY(read.ok);
-        QCOMPARE(read.lines, expected);
-        QVERIFY(expected.join(u'\n').contains(QStringLiteral("RK (Roßkastianie)")));
-    }
-
     void pagesColumnsAndFont()
     {
         QStringList report{QStringLiteral("RECHNUNG"), QStringLiteral("Rechnung-Nr:      41")};

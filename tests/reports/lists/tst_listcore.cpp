@@ -302,8 +302,12 @@ private slots:
         QFETCH(QVariant, value);
         QFETCH(ColumnFormat, format);
         QFETCH(QString, expected);
-        QSqlQuery shown = execSql(db(), QStringLiteral("SELECT ?"), {value});
-        QCOMPARE(textLines(shown, {format}, {}, 1).last(), expected);
+        // The writer reads the first row through the query, the second from the engine's statement.
+        QSqlQuery shown = execSql(db(), QStringLiteral("SELECT ? UNION ALL SELECT ?"), {value, value});
+        const QString path = m_folder.filePath(QStringLiteral("Zelle.txt"));
+        QVERIFY(writeText(path, shown, {format}, {}, 2).ok);
+        const QStringList lines = readTextFile(path).lines;
+        QCOMPARE(lines.mid(lines.size() - 2), (QStringList{expected, expected}));
     }
 
     // A figure wider than its column widens the column for every line of the list: header,
