@@ -129,22 +129,20 @@ private slots:
     {
         MainWindow w(*m_session, m_prompter, m_clock);
         w.refill();
-        const std::pair<const char*, const char*> buttons[] = {
+        const std::pair<const char*, const char*> commands[] = {
             {"bt_hiebelisten", "BF_Hiebe_listen"},         {"bt_loselisten", "BF_Lose_listen"},
             {"bt_staemmelisten", "BF_Staemme_listen"},     {"bt_pfaehlelisten", "BF_Pfaehle_listen"},
-            {"bt_schichtholzlisten", "BF_Schichtholz_listen"}, {"bt_rechnunglisten", "BF_Rechnungen_listen"}};
-        for (const auto& [button, window] : buttons) {
+            {"bt_schichtholzlisten", "BF_Schichtholz_listen"}, {"bt_rechnunglisten", "BF_Rechnungen_listen"},
+            {"A_Statistikstämme", "BF_Staemme_listen"}};
+        for (const auto& [command, window] : commands) {
             bool shown = false;
             whenShown(QString::fromUtf8(window), [&shown](QWidget*) { shown = true; });
-            auto* b = w.findChild<QPushButton*>(QString::fromUtf8(button));
-            QVERIFY(b->isEnabled());
-            b->click();
-            QVERIFY2(shown, window);
+            if (auto* b = w.findChild<QPushButton*>(QString::fromUtf8(command)))
+                b->click();
+            else
+                w.findChild<QAction*>(QString::fromUtf8(command))->trigger();
+            QVERIFY2(shown, command);
         }
-        bool shown = false;
-        whenShown(QStringLiteral("BF_Staemme_listen"), [&shown](QWidget*) { shown = true; });
-        w.findChild<QAction*>(QStringLiteral("A_Statistikstämme"))->trigger();
-        QVERIFY(shown);
     }
 };
 

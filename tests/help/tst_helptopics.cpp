@@ -1,6 +1,6 @@
-// Every window of the program that has a help button opens a topic of its own, and the topic
-// names only controls the window has. The keys come from the windows themselves: each window
-// class is built and shown, and the help button the program's filter switched on is clicked.
+// The help file reader, and every window of the program that has a help button opens a topic of
+// its own, naming only controls the window has. The keys come from the windows themselves: each
+// window class is built and shown, and the help button the program's filter switched on is clicked.
 #include "app/main/mainwindow.h"
 #include "backup/fakedrives.h"
 #include "backup/ui/backupwizard.h"
@@ -169,6 +169,43 @@ private slots:
         test::addLot(m_session->database->shared(), m_harvest, 1);
         m_prompter.clear();
         qApp->installEventFilter(&m_helpButtons);
+    }
+
+    void topics_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("first topic") << QStringLiteral("Hilfe_Hiebe") << QStringLiteral("Hiebe") << QStringLiteral("Zeile 1\nZeile 2\n");
+        QTest::newRow("title only") << QStringLiteral("FH_Hilfe") << QStringLiteral("Nur Titel") << QString();
+        QTest::newRow("unknown key shows an empty window") << QStringLiteral("Hilfe_Gibtsnicht") << QString() << QString();
+        QTest::newRow("key must match the whole line") << QStringLiteral("Hilfe") << QString() << QString();
+        QTest::newRow("an empty key is no blank line's topic") << QString() << QString() << QString();
+        QTest::newRow("without #ende# to the end of the file") << QStringLiteral("Hilfe_Letzte") << QStringLiteral("Letzte")
+                                                              << QStringLiteral("bis zum Schluss\nÄußerst wichtig\n");
+    }
+    void topics()
+    {
+        QFETCH(QString, key);
+        QVERIFY(writeTextFile(m_folder.filePath(QLatin1String(HelpFileName)),
+                              {QStringLiteral("vorher"), QStringLiteral("Hilfe_Hiebe"), QStringLiteral("Hiebe"), QStringLiteral("Zeile 1"),
+                               QStringLiteral("Zeile 2"), QStringLiteral("#ende#"), QString(), QStringLiteral("FH_Hilfe"), QStringLiteral("Nur Titel"),
+                               QStringLiteral("#ende#"), QStringLiteral("Hilfe_Letzte"), QStringLiteral("Letzte"),
+                               QStringLiteral("bis zum Schluss"), QStringLiteral("Äußerst wichtig")})
+                    .ok);
+        const HelpTopic topic = readHelpTopic(m_folder.path(), key);
+        QVERIFY(topic.fileFound);
+        QTEST(topic.title, "title");
+        QTEST(topic.text, "text");
+    }
+
+    void aMissingFileIsSaid()
+    {
+        QTemporaryDir empty;
+        const HelpTopic topic = readHelpTopic(empty.path(), QStringLiteral("Hilfe_Hiebe"));
+        QVERIFY(!topic.fileFound);
+        QCOMPARE(topic.missingFileMessage,
+                 QStringLiteral("Die Hilfedatei %1%2HILFETARVIK.HLP existiert nicht!").arg(QDir::toNativeSeparators(empty.path()), QDir::separator()));
     }
 
     // Each item of the menu "Hilfe" opens its topic, and the topic names only what the main

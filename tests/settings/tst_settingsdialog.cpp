@@ -3,11 +3,9 @@
 #include "support/tempdatafolder.h"
 #include "support/widgets.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -22,7 +20,6 @@ class TestSettingsDialog : public QObject {
 
     test::TempDataFolder m_dir;
     QString path() const { return m_dir.filePath(QLatin1String(SettingsFileName)); }
-
 
     // Replaces the field's text key by key, as a user does.
     static void typeOnly(QLineEdit* edit, const QString& text)
@@ -44,30 +41,18 @@ private slots:
         Einstellungen s = EinstellungenLaden(path());
         test::ScriptedPrompter prompter;
         SettingsDialog d(s, path(), prompter);
-        auto* eingabe0 = child<QCheckBox>(d, "koneingabe0");
-        auto* ruecklnr = child<QCheckBox>(d, "konruecklnr");
-        auto* staerke = child<QCheckBox>(d, "konstaerke");
-
-        eingabe0->click();
-        ruecklnr->click();
-        staerke->click(); // clears both
-        QVERIFY(staerke->isChecked());
-        QVERIFY(!ruecklnr->isChecked());
-        QVERIFY(!eingabe0->isChecked());
-        eingabe0->click(); // allowed afterwards, and stays
-        QVERIFY(eingabe0->isChecked() && staerke->isChecked());
-        ruecklnr->click(); // clears the diameter jump only
-        QVERIFY(!staerke->isChecked());
-        QVERIFY(eingabe0->isChecked());
-
-        auto* two = child<QCheckBox>(d, "konzweistellig(0)");
-        auto* three = child<QCheckBox>(d, "konzweistellig(1)");
-        two->click();
-        three->click();
-        QVERIFY(!two->isChecked() && three->isChecked());
-        two->click();
-        QVERIFY(two->isChecked() && !three->isChecked());
-
+        // Each click and the ticks of the five boxes after it: the diameter jump clears the first
+        // two, either of them clears it in turn; two and three digits exclude each other.
+        const char* boxes[] = {"koneingabe0", "konruecklnr", "konstaerke", "konzweistellig(0)", "konzweistellig(1)"};
+        const std::pair<int, const char*> steps[] = {{0, "10000"}, {1, "11000"}, {2, "00100"}, {0, "10100"},
+                                                     {1, "11000"}, {3, "11010"}, {4, "11001"}, {3, "11010"}};
+        for (const auto& [box, ticks] : steps) {
+            child<QCheckBox>(d, boxes[box])->click();
+            QString shown;
+            for (const char* b : boxes)
+                shown += child<QCheckBox>(d, b)->isChecked() ? u'1' : u'0';
+            QCOMPARE(shown, QString::fromLatin1(ticks));
+        }
         QVERIFY(prompter.messages().isEmpty());
         child<QCheckBox>(d, "kondefaultok")->click();
         QCOMPARE(prompter.messages().size(), 1);
@@ -138,9 +123,7 @@ private slots:
         s.text[1] = QStringLiteral("Forstbetrieb");
         test::ScriptedPrompter prompter;
         SettingsDialog d(s, path(), prompter);
-        QCOMPARE(d.windowTitle(), QStringLiteral("Globale Einstellungen"));
         QVERIFY(child<QRadioButton>(d, "opticom(2)")->isChecked());
-        QCOMPARE(child<QRadioButton>(d, "opticom(1)")->text(), QStringLiteral("COM2"));
         QVERIFY(child<QRadioButton>(d, "optiberi(4)")->isChecked());
         QVERIFY(child<QCheckBox>(d, "konlnrlos")->isChecked());
         QVERIFY(!child<QCheckBox>(d, "konbeep")->isChecked());
@@ -148,8 +131,6 @@ private slots:
                                                              {"t(0)", "Forstbetrieb"}};
         for (const auto& [name, text] : shown)
             QCOMPARE(child<QLineEdit>(d, name)->text(), QString::fromUtf8(text));
-        QCOMPARE(child<QComboBox>(d, "kom")->count(), 9);
-        QCOMPARE(child<QLabel>(d, "bezversion")->text(), QStringLiteral("Version: 3.0.28"));
 
         child<QCheckBox>(d, "konbeep")->click();
         child<QCheckBox>(d, "kon(3)")->click();
@@ -176,34 +157,23 @@ private slots:
         QCOMPARE(s.text[1], QStringLiteral("Gemeinde O'Brien"));
         QCOMPARE(s.text[SerialDeviceSlot], QStringLiteral("/dev/ttyUSB0"));
         QCOMPARE(s.text[OnlineHostSlot], QStringLiteral("dienst.example"));
-        QCOMPARE(EinstellungenLaden(path()).text[SerialDeviceSlot], QStringLiteral("/dev/ttyUSB0"));
 
         const Einstellungen stored = EinstellungenLaden(path());
         QCOMPARE(stored.zahl, s.zahl);
         QCOMPARE(stored.dezimal[0], 0.68f); // the file keeps two decimals
-        QCOMPARE(stored.text[1], s.text[1]);
+        QCOMPARE(stored.text, s.text);
         QCOMPARE(stored.zahl[99], qint16(7));
     }
 
-    // The data folder, however it is spelled, is refused as the handheld folder; the dialog
-    // stays open and stores nothing until another folder is chosen.
-    void dataFolderIsNoHandheldFolder_data()
-    {
-        QTest::addColumn<QString>("spelling");
-        QTest::newRow("as it is") << "";
-        QTest::newRow("trailing dot") << "/.";
-        QTest::newRow("up and back") << "/../@name/";
-    }
+    // The data folder is refused as the handheld folder; the dialog stays open and stores
+    // nothing until another folder is chosen.
     void dataFolderIsNoHandheldFolder()
     {
-        QFETCH(QString, spelling);
         QFile::remove(path());
         Einstellungen s = EinstellungenLaden(path());
         test::ScriptedPrompter prompter;
         SettingsDialog d(s, path(), prompter);
-        QString folder = m_dir.path() + spelling;
-        folder.replace(QStringLiteral("@name"), QDir(m_dir.path()).dirName());
-        typeInto(child<QLineEdit>(d, "tpocket"), folder);
+        typeInto(child<QLineEdit>(d, "tpocket"), m_dir.path() + QStringLiteral("/."));
         child<QPushButton>(d, "beenden")->click();
         QCOMPARE(d.result(), int(QDialog::Rejected));
         QCOMPARE(prompter.messages().size(), 1);

@@ -1,10 +1,12 @@
 // The evaluation lists' core over a small forest: every member's groupings, scopes and filters,
-// the no-rows messages, and the three writers (text against a golden file, the spreadsheet
-// read back from its XML, the page).
+// the three writers (text against a golden file, the spreadsheet read back from its XML, the
+// page), and German order in the core and through `tarvik-cli liste`.
 #include "common/textfile.h"
 #include "reports/lists/listquery.h"
 #include "reports/lists/writers.h"
 #include "store/sql.h"
+#include "support/clirun.h"
+#include "support/records.h"
 #include "support/reportsfixture.h"
 #include "support/tempdatafolder.h"
 
@@ -19,41 +21,19 @@ using namespace tarvik::lists;
 
 Q_DECLARE_METATYPE(tarvik::lists::ColumnFormat)
 
-namespace {
-
-void run(const QSqlDatabase& db, const QString& sql, const QVariantList& values = {}) { execSql(db, sql, values); }
-
-qint32 harvest(const QSqlDatabase& db, int nr, const char* year, const char* forest, const char* partly, const char* sold)
-{
-    run(db, QStringLiteral("INSERT INTO Hiebe(Hieb_Nr, Jahr, Selektiert, Waldname, Hiebart, Hiebgrund, Waldbesitzer_Name, Hiebfläche, "
-                           "Hiebdatum_von, Hiebdatum_bis, Teilverkauft, Verkauft, Anzahl_Lose, Stämme_Anzahl, Stämme_Efm) "
-                           "VALUES (?, ?, '', ?, 'Durchforstung', 'Sturm', 'Anna Müller', 1.5, ?, ?, ?, ?, 2, 3, 2.5)"),
-        {nr, QString::fromUtf8(year), QString::fromUtf8(forest), QStringLiteral("%1-03-01").arg(QString::fromUtf8(year)),
-         QStringLiteral("%1-03-20").arg(QString::fromUtf8(year)), QString::fromUtf8(partly), QString::fromUtf8(sold)});
-    return scalar(db, QStringLiteral("SELECT max(ID) FROM Hiebe")).toInt();
-}
-
-void log(const QSqlDatabase& db, qint32 id, int lot, int nr, const char* species, const char* quality, const char* cls, double efm,
-         double price)
-{
-    run(db, QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Stärke_gemessen, Rindenabzugsart, Rindenabzug, Stärke_oR, "
-                           "Länge_m, Efm_oR, Stärkeklasse, Güteklasse, Klasse_Heilbronn, Holzpreis, Preis_berechnet, Kennung) "
-                           "VALUES (?, ?, ?, 35, 'T', 2, 33, 4.5, ?, ?, ?, 'H2', ?, ?, ?)"),
-        {lot, nr, QString::fromUtf8(species), efm, QString::fromUtf8(cls), QString::fromUtf8(quality), price / efm, price, id});
-}
-
-} // namespace
-
 class TestListCore : public QObject {
     Q_OBJECT
 
     test::TempDataFolder m_folder;
     std::unique_ptr<Database> m_database;
     QSqlDatabase db() const { return m_database->shared(); }
-    qint32 m_h1 = 0, m_h2 = 0, m_h3 = 0;
+    qint32 m_h1 = 0, m_h3 = 0;
+    test::TempDataFolder m_german;
+    std::unique_ptr<Database> m_germanDb;
 
     // Runs a request through the checks; the rows as text cells, or the messages shown.
-    QList<QStringList> rows(const ListRequest& request, const Einstellungen& settings = {}, QStringList* messages = nullptr)
+    QList<QStringList> rows(const ListRequest& request, const Einstellungen& settings = {}, QStringList* messages = nullptr,
+                            std::optional<QSqlDatabase> on = {})
     {
         test::ScriptedPrompter prompter;
         const auto query = prepareList(request, settings, prompter);
@@ -62,7 +42,7 @@ class TestListCore : public QObject {
         if (!query)
             return {};
         const auto formats = columnFormats(member(request.member), *query);
-        QSqlQuery q = execSql(db(), query->sql, query->values);
+        QSqlQuery q = execSql(on.value_or(db()), query->sql, query->values);
         QList<QStringList> out;
         while (q.next()) {
             QStringList cells;
@@ -73,40 +53,59 @@ class TestListCore : public QObject {
         return out;
     }
 
+    // The first cell of every row `tarvik-cli liste` prints: the cells under the column's heading
+    // (cut to the column's width), and beside them the next column's.
+    QStringList cliKeys(const QStringList& args, const QString& column, bool grouped)
+    {
+        const test::CliOutput o = test::runCli(QStringList{QStringLiteral("--daten"), m_german.path(), QStringLiteral("liste")} + args);
+        const QStringList lines = o.out.split(u'\n', Qt::SkipEmptyParts);
+        qsizetype header = -1, at = -1;
+        for (qsizetype i = 0; i < lines.size() && at < 0; ++i) {
+            const QStringList cells = lines[i].split(u'|');
+            for (qsizetype c = 0; c < cells.size() && at < 0; ++c)
+                if (const QString h = cells[c].trimmed(); h.size() >= 5 && column.startsWith(h))
+                    header = i, at = c;
+        }
+        if (at < 0)
+            return {QStringLiteral("Fehler: ") + o.out + o.err};
+        QStringList keys;
+        for (qsizetype i = header + 1; i < lines.size(); ++i)
+            if (const QStringList cells = lines[i].split(u'|'); cells.size() > at + (grouped ? 1 : 0) && !cells[0].trimmed().startsWith(u'-'))
+                keys << (grouped ? cells[at].trimmed() + u'=' + cells[at + 1].trimmed() : cells[at].trimmed());
+        return keys;
+    }
+
+    // Buyers, places and species apart only by umlauts, ß or case, in a data folder the command
+    // line created. In German order umlauts go with their base letters, ß with ss, and case
+    // never splits a group.
+    void plantGermanNames()
+    {
+        QCOMPARE(test::runCli({QStringLiteral("--daten"), m_german.path(), QStringLiteral("init")}).code, 0);
+        m_germanDb = Database::openOrCreate(m_german.databasePath());
+        const QSqlDatabase db = m_germanDb->shared();
+        const qint32 h = test::addHarvest(db, 1);
+        const char* lots[][2] = {{"Zaunbau", "Zollhaus"},         {"Äbi Holz", "Öhringer Weg"}, {"äbi holz", "oberer Hof"},
+                                 {"Abt", "Oberer Hof"},           {"Straße Holz", "Ölmühle"},   {"Strasse Holz", "Zollhaus"}};
+        int nr = 0;
+        for (const auto& [buyer, place] : lots) {
+            test::addLot(db, h, ++nr);
+            execSql(db, QStringLiteral("UPDATE Lose SET Abnehmer = ?, Lagerort = ? WHERE Los_Nr = ?"),
+                    {QString::fromUtf8(buyer), QString::fromUtf8(place), nr});
+        }
+        int log = 0;
+        for (const char* species : {"Ulme", "eiche", "Äspe", "Ahorn", "Eiche"})
+            execSql(db, QStringLiteral("INSERT INTO Stämme(Los_Nr, Laufende_Nr, Baumart, Efm_oR, Kennung) VALUES (1, ?, ?, 1, ?)"),
+                    {++log, QString::fromUtf8(species), h});
+    }
+
 private slots:
     void initTestCase()
     {
         m_database = m_folder.openDatabase();
-        m_h1 = harvest(db(), 1, "2025", "Eichwald", "N", "N");
-        m_h2 = harvest(db(), 2, "2026", "O'Briens Wald", "J", "N");
-        m_h3 = harvest(db(), 3, "2026", "Buchenhang", "J", "J");
-        run(db(), QStringLiteral("INSERT INTO Lose(Los_Nr, Sortierung, Anzahl_Stämme, Efm_oR, Lagerort, Abgerechnet, Abnehmer, "
-                                 "Preis_berechnet, Preis_erhalten, Bemerkung, Kennung) VALUES "
-                                 "(1, 'Stämme', 3, 2.5, 'O''Brien''s Weg', 'N', 'Säge Huber', 150, 0, 'nass', ?1), "
-                                 "(2, 'Stämme', 2, 1.25, 'Hof', 'J', 'Säge Huber', 80, 80, '', ?1), "
-                                 "(1, 'Pfähle', 0, 0, 'Hof', 'N', 'Zaunbau Koch', 40, 0, '', ?2), "
-                                 "(1, 'Schichtholz', 0, 0, 'Weg 7', 'J', '', 375, 375, '', ?3)")
-                      .replace(QStringLiteral("?1"), QString::number(m_h1))
-                      .replace(QStringLiteral("?2"), QString::number(m_h2))
-                      .replace(QStringLiteral("?3"), QString::number(m_h3)));
-        log(db(), m_h1, 1, 1, "FI (Fichte)", "B", "L2b", 0.5, 20);
-        log(db(), m_h1, 1, 2, "FI (Fichte)", "B", "L2b", 0.75, 30);
-        log(db(), m_h1, 1, 3, "FI (Fichte)", "C", "L3a", 1.25, 40);
-        log(db(), m_h1, 2, 4, "BU (Rotbuche)", "B", "L2b", 0.5, 25);
-        log(db(), m_h1, 2, 5, "BU (Rotbuche)", "A", "L4", 0.75, 55);
-        log(db(), m_h2, 1, 1, "FI (Fichte)", "B", "L2b", 1.0, 44);
-        run(db(), QStringLiteral("INSERT INTO Pfähle(Los_Nr, Baumart, Stärke_mR, Länge_m, Stärkeklasse, Anzahl, Preis_je_Stück, "
-                                 "Preis_berechnet, Kennung) VALUES (1, 'FI (Fichte)', 8, 8, 'P2.11', 10, 2.5, 25, ?), "
-                                 "(1, 'LA (Lärche)', 8, 8, 'P2.11', 4, 2.5, 10, ?), (1, 'FI (Fichte)', 12, 14, 'P2.32', 1, 5, 5, ?)"),
-            {m_h2, m_h2, m_h2});
-        run(db(), QStringLiteral("INSERT INTO Schichtholz(Los_Nr, Baumart, Sektions_Nr, Stärke, Sektionslänge_m, Sektionstiefe_m, "
-                                 "Sektionshöhe_m, Stärkeklasse, m3, Efm, Preis_je_Ster, Preis_berechnet, Kennung) VALUES "
-                                 "(1, 'BU (Rotbuche)', 1, 8, 10, 2, 1.5, 'S2.1', 30, 19.5, 12.5, 375, ?)"),
-            {m_h3});
-        run(db(), QStringLiteral("INSERT INTO Rechnungen(Abnehmer, Vor_Nachname, Datum, ReNr, MwSt_Proz, Betrag) VALUES "
-                                 "('Säge Huber', 'Josef Huber', '2025-12-30', 1, 5.5, 84.4), "
-                                 "('Säge Huber', 'Josef Huber', '2026-01-02', 2, 5.5, 158.25), "
-                                 "('O''Neill Holz', 'Pat O''Neill', '2026-02-10', 3, 19, 100)"));
+        const test::Forest forest = test::plantForest(db());
+        m_h1 = forest.unsold2025;
+        m_h3 = forest.sold2026;
+        plantGermanNames();
     }
 
     // Every grouping of every member runs and yields its group columns first.
@@ -196,10 +195,7 @@ private slots:
         invoices.filters[QStringLiteral("Abnehmer")] = QStringLiteral("O'Neill Holz");
         QCOMPARE(rows(invoices), (QList<QStringList>{{"3", "Pat O'Neill", "10.02.2026"}}));
 
-        // The filter lists offer each value once, apostrophes as they stand.
-        const MemberDef& lots = member(Member::Lose);
-        QCOMPARE(distinctValues(db(), lots, lots.filters[2]),
-                 (QVariantList{QStringLiteral("Hof"), QStringLiteral("O'Brien's Weg"), QStringLiteral("Weg 7")}));
+        // The invoices' year filter offers each year once.
         const MemberDef& bills = member(Member::Rechnungen);
         QCOMPARE(distinctValues(db(), bills, bills.filters[1]), (QVariantList{QStringLiteral("2025"), QStringLiteral("2026")}));
     }
@@ -214,42 +210,24 @@ private slots:
         QVERIFY_THROWS_EXCEPTION(StoreError, buildListQuery(r, {}));
     }
 
-    void noRowsAndScope_data()
+    // A year range no harvest falls in lists nothing; "Aktuellen Hieb" without a current harvest
+    // is refused before any query. The invoices have no harvest to limit.
+    void scopeOfEveryMember()
     {
-        QTest::addColumn<int>("memberIndex");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("harvests") << int(Member::Hiebe) << "Es wurden lt. den aktuellen Einstellungen keine Hiebe gefunden!";
-        QTest::newRow("lots") << int(Member::Lose) << "Es wurden lt. den aktuellen Einstellungen keine Lose gefunden!";
-        QTest::newRow("logs") << int(Member::Staemme) << "Es wurden lt. den aktuellen Einstellungen keine Stämme gefunden!";
-        QTest::newRow("poles") << int(Member::Pfaehle) << "Es wurden lt. den aktuellen Einstellungen keine Pfähle gefunden!";
-        QTest::newRow("stacked wood") << int(Member::Schichtholz)
-                                      << "Es wurden lt. den aktuellen Einstellungen keine Schichtholz gefunden!";
-        QTest::newRow("invoices") << int(Member::Rechnungen) << "Es wurden lt. den aktuellen Einstellungen keine Rechnungen gefunden!";
-    }
-
-    void noRowsAndScope()
-    {
-        QFETCH(int, memberIndex);
-        QFETCH(QString, message);
-        const MemberDef& def = member(Member(memberIndex));
-        QCOMPARE(def.noRowsMessage(), message);
-        // A year range no harvest falls in lists nothing; the invoices have no harvest to limit.
+        const QString noHarvest = QStringLiteral("Es ist kein (aktueller) Hieb markiert. Bitte wählen Sie einen Hieb aus oder listen "
+                                                 "Sie die Daten von allen Hieben!");
         Einstellungen later;
         later.zahl[2] = 1;
         later.text[2] = QStringLiteral("2030");
         later.text[3] = QStringLiteral("2031");
-        ListRequest r{def.member};
-        QCOMPARE(rows(r, later).isEmpty(), def.joinsHarvests);
-        // "Aktuellen Hieb" without a current harvest and an unusable range are refused before any query.
-        QStringList shown;
-        r.scope = 2;
-        QCOMPARE(rows(r, {}, &shown).isEmpty(), def.joinsHarvests);
-        QCOMPARE(shown, def.joinsHarvests ? QStringList{QString::fromUtf8(NoHarvestMarked)} : QStringList{});
-        later.text[2] = QStringLiteral("05");
-        r.scope = 0;
-        rows(r, later, &shown);
-        QCOMPARE(shown, def.joinsHarvests ? QStringList{"Die Liste kann nicht erstellt werden, weil die Jahre von... bis... 4-stellig sein müssen."}
-                                          : QStringList{});
+        for (const MemberDef& def : members()) {
+            ListRequest r{def.member};
+            QCOMPARE(rows(r, later).isEmpty(), def.joinsHarvests);
+            QStringList shown;
+            r.scope = 2;
+            QCOMPARE(rows(r, {}, &shown).isEmpty(), def.joinsHarvests);
+            QCOMPARE(shown, def.joinsHarvests ? QStringList{noHarvest} : QStringList{});
+        }
     }
 
     void textGolden()
@@ -277,7 +255,7 @@ private slots:
         {
             TransactionGuard guard(db());
             for (int i = 0; i < 30; ++i)
-                log(db(), m_h3, 9, 100 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
+                test::addListLog(db(), m_h3, 9, 100 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
             guard.commit();
         }
         ListRequest many{Member::Staemme};
@@ -288,7 +266,7 @@ private slots:
         QCOMPARE(lines.count(QStringLiteral("#")), 1);
         QVERIFY(lines.contains(QStringLiteral("Stämme auswerten   Stand: 23.11.2026   Seite 2 von 2")));
         QCOMPARE(lines.last(), QStringLiteral("Anzahl Datenzeilen: 36"));
-        run(db(), QStringLiteral("DELETE FROM Stämme WHERE Los_Nr = 9"));
+        execSql(db(), QStringLiteral("DELETE FROM Stämme WHERE Los_Nr = 9"));
     }
 
     // One cell of each kind as the list shows it; breaks and tabs never split a fixed-width line.
@@ -324,8 +302,12 @@ private slots:
         QFETCH(QVariant, value);
         QFETCH(ColumnFormat, format);
         QFETCH(QString, expected);
-        QSqlQuery shown = execSql(db(), QStringLiteral("SELECT ?"), {value});
-        QCOMPARE(textLines(shown, {format}, {}, 1).last(), expected);
+        // The writer reads the first row through the query, the second from the engine's statement.
+        QSqlQuery shown = execSql(db(), QStringLiteral("SELECT ? UNION ALL SELECT ?"), {value, value});
+        const QString path = m_folder.filePath(QStringLiteral("Zelle.txt"));
+        QVERIFY(writeText(path, shown, {format}, {}, 2).ok);
+        const QStringList lines = readTextFile(path).lines;
+        QCOMPARE(lines.mid(lines.size() - 2), (QStringList{expected, expected}));
     }
 
     // A figure wider than its column widens the column for every line of the list: header,
@@ -345,11 +327,11 @@ private slots:
         QFETCH(QString, column);
         QFETCH(QVariant, wide);
         QFETCH(QString, shown);
-        run(db(), QStringLiteral("INSERT INTO Lose(Los_Nr, Sortierung, Anzahl_Stämme, Efm_oR, Preis_berechnet, Preis_erhalten, Lagerort, "
+        execSql(db(), QStringLiteral("INSERT INTO Lose(Los_Nr, Sortierung, Anzahl_Stämme, Efm_oR, Preis_berechnet, Preis_erhalten, Lagerort, "
                                  "Kennung) VALUES (99, 'Stämme', 1, 0.5, 2, 0, 'Hof', ?), (99, 'Stämme', 1, 0.5, 2, 0, 'Weg', ?)"),
             {m_h1, m_h1});
-        run(db(), QStringLiteral("UPDATE Lose SET \"%1\" = ? WHERE Los_Nr = 99 AND Lagerort = 'Hof'").arg(column), {wide});
-        const auto cleanUp = qScopeGuard([&] { run(db(), QStringLiteral("DELETE FROM Lose WHERE Los_Nr = 99")); });
+        execSql(db(), QStringLiteral("UPDATE Lose SET \"%1\" = ? WHERE Los_Nr = 99 AND Lagerort = 'Hof'").arg(column), {wide});
+        const auto cleanUp = qScopeGuard([&] { execSql(db(), QStringLiteral("DELETE FROM Lose WHERE Los_Nr = 99")); });
 
         ListRequest r{Member::Lose};
         r.filters[QStringLiteral("Los_Nr")] = 99;
@@ -458,7 +440,7 @@ private slots:
     {
         TransactionGuard guard(db());
         for (int i = 0; i < 5000; ++i)
-            log(db(), m_h3, 8, 1000 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
+            test::addListLog(db(), m_h3, 8, 1000 + i, "KI (Kiefer)", "C", "L1b", 0.125, 2);
         guard.commit();
         ListRequest r{Member::Staemme};
         const ListQuery q = buildListQuery(r, {});
@@ -467,7 +449,79 @@ private slots:
         const WriteResult w = writeText(path, sql, columnFormats(member(r.member), q), {}, 5006, [](qint64) { return false; });
         QVERIFY(w.cancelled);
         QVERIFY(!QFile::exists(path));
-        run(db(), QStringLiteral("DELETE FROM Stämme WHERE Los_Nr = 8"));
+        execSql(db(), QStringLiteral("DELETE FROM Stämme WHERE Los_Nr = 8"));
+    }
+
+    void listsInGermanOrder_data()
+    {
+        QTest::addColumn<int>("memberIndex");
+        QTest::addColumn<int>("grouping");
+        QTest::addColumn<QString>("sort");
+        QTest::addColumn<bool>("descending");
+        QTest::addColumn<QString>("filter"); // column=value
+        QTest::addColumn<QStringList>("expected");
+        // Grouped: one group per name as a German reader sees it, its count beside it.
+        QTest::newRow("lots by buyer") << int(Member::Lose) << 0 << "" << false << ""
+                                       << QStringList{"Äbi Holz=2", "Abt=1", "Strasse Holz=2", "Zaunbau=1"};
+        QTest::newRow("lots of one buyer by storage place, the buyer typed in small letters")
+            << int(Member::Lose) << 1 << "" << false << "Abnehmer=äbi holz" << QStringList{"oberer Hof=1", "Öhringer Weg=1"};
+        // Sorted: names in German order, those equal but for case side by side.
+        QTest::newRow("logs sorted by species") << int(Member::Staemme) << -1 << "Baumart" << false << ""
+                                                << QStringList{"ahorn", "äspe", "eiche", "eiche", "ulme"};
+        QTest::newRow("logs sorted by species, descending") << int(Member::Staemme) << -1 << "Baumart" << true << ""
+                                                            << QStringList{"ulme", "eiche", "eiche", "äspe", "ahorn"};
+        QTest::newRow("lots of one buyer written with ss, sorted by place")
+            << int(Member::Lose) << -1 << "Lagerort" << false << "Abnehmer=Strasse Holz" << QStringList{"ölmühle", "zollhaus"};
+    }
+
+    void listsInGermanOrder()
+    {
+        QFETCH(int, memberIndex);
+        QFETCH(int, grouping);
+        QFETCH(QString, sort);
+        QFETCH(bool, descending);
+        QFETCH(QString, filter);
+        QFETCH(QStringList, expected);
+        const MemberDef& def = member(Member(memberIndex));
+        ListRequest r(def.member);
+        r.grouping = grouping;
+        QStringList args{def.key};
+        if (grouping >= 0)
+            args << QStringLiteral("--gruppe") << QString::number(grouping + 1);
+        if (!sort.isEmpty()) {
+            r.sortColumn = sort;
+            r.columns = {sort};
+            r.descending = descending;
+            args << QStringLiteral("--sortierung") << sort;
+            if (descending)
+                args << QStringLiteral("--absteigend");
+        }
+        if (!filter.isEmpty()) {
+            r.filters.insert(filter.section(u'=', 0, 0), filter.section(u'=', 1));
+            args << QStringLiteral("--filter") << filter;
+        }
+        // Names equal but for case may stand either way round; the rest of the order is fixed.
+        auto folded = [&](QStringList keys) {
+            if (grouping < 0)
+                for (QString& k : keys)
+                    k = k.toLower();
+            return keys;
+        };
+        QStringList keys;
+        for (const QStringList& row : rows(r, {}, nullptr, m_germanDb->shared()))
+            keys << (grouping >= 0 ? row[0] + u'=' + row[1] : row[0]);
+        QCOMPARE(folded(keys), expected);
+        QCOMPARE(folded(cliKeys(args, grouping >= 0 ? def.groupings[grouping].columns.first() : sort, grouping >= 0)), expected);
+    }
+
+    // The filter lists offer each name once, in German order, spelt as first stored.
+    void filterValuesInGermanOrder()
+    {
+        const MemberDef& lots = member(Member::Lose);
+        QStringList buyers;
+        for (const QVariant& v : distinctValues(m_germanDb->shared(), lots, lots.filters[4]))
+            buyers << v.toString();
+        QCOMPARE(buyers, (QStringList{"Äbi Holz", "Abt", "Strasse Holz", "Zaunbau"}));
     }
 };
 
