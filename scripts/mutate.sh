@@ -26,7 +26,10 @@ faults=(
 
 echo "Scratch copy: $scratch"
 mkdir -p "$scratch"
-(cd "$root" && git ls-files -co --exclude-standard -z | grep -zv '^build' | xargs -0 tar -cf -) | tar -xf - -C "$scratch"
+# A fresh copy beside the kept build folder: files removed since the last run go, and every file
+# takes the time of the copy, so the build cannot mistake an older source for a built one.
+find "$scratch" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} +
+(cd "$root" && git ls-files -co --exclude-standard -z | grep -zv '^build' | xargs -0 tar -cf -) | tar -xmf - -C "$scratch"
 
 build() { $wrap cmake --build "$scratch/build" -j "$jobs" > "$scratch/build.log" 2>&1; }
 # Runs the suite; prints the names of the failed tests (none when it passes).
