@@ -15,6 +15,9 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSqlRecord>
+#include <QTemporaryFile>
+#include <cstdio>
+#include <unistd.h>
 
 using namespace tarvik;
 using namespace tarvik::lists;
@@ -434,6 +437,37 @@ private slots:
             QVERIFY2(w.error.startsWith(QLatin1String("Die Datei ")) && w.error.contains(QLatin1String("kann nicht geschrieben werden")),
                      qPrintable(w.error));
         }
+    }
+
+    // The spreadsheet library also prints what it cannot write; the user reads only the reason.
+    void spreadsheetThatCannotBeMadeIsSilent()
+    {
+        // A folder where the workbook is put together: the library's own file step fails.
+        QVERIFY(QDir(m_folder.path()).mkpath(QStringLiteral("Tabelle.xlsx.tmp")));
+        ListRequest r{Member::Lose};
+        const ListQuery q = buildListQuery(r, {});
+        QSqlQuery sql = execSql(db(), q.sql, q.values);
+        // Both streams of the terminal caught in a file.
+        QTemporaryFile sink;
+        QVERIFY(sink.open());
+        std::fflush(stdout);
+        std::fflush(stderr);
+        const int savedOut = ::dup(STDOUT_FILENO);
+        const int savedErr = ::dup(STDERR_FILENO);
+        ::dup2(sink.handle(), STDOUT_FILENO);
+        ::dup2(sink.handle(), STDERR_FILENO);
+        const WriteResult w = writeSpreadsheet(m_folder.filePath(QStringLiteral("Tabelle.xlsx")), sql,
+                                               columnFormats(member(r.member), q), QStringLiteral("Lose"), 4);
+        std::fflush(stdout);
+        std::fflush(stderr);
+        ::dup2(savedOut, STDOUT_FILENO);
+        ::dup2(savedErr, STDERR_FILENO);
+        ::close(savedOut);
+        ::close(savedErr);
+        QVERIFY(!w.ok);
+        QVERIFY2(w.error.startsWith(QLatin1String("Die Datei ")), qPrintable(w.error));
+        QVERIFY(sink.seek(0));
+        QCOMPARE(sink.readAll(), QByteArray());
     }
 
     void cancelStopsWriting()
