@@ -118,9 +118,7 @@ Result exchangeImportScenario(const QString& databasePath, int logs, int runs)
     });
     sqlite3_finalize(insert);
     sqlite3_close(raw);
-    std::printf("exchange import: %.0f logs/s through the program, %.0f logs/s raw inserts, %.2f of the raw rate (goal >= 0.5)\n",
-                logs / (result.program.medianMs / 1000.0), logs / (result.raw.medianMs / 1000.0),
-                result.raw.medianMs / result.program.medianMs);
+    printImportRates("exchange import", logs, result);
     return result;
 }
 

@@ -161,9 +161,7 @@ Result harvesterImportScenario(const QString& databasePath, int logs, int runs)
     });
     sqlite3_finalize(insert);
     sqlite3_close(raw);
-    std::printf("harvester import: %.0f logs/s through the program, %.0f logs/s raw inserts, %.2f of the raw rate (goal >= 0.5)\n",
-                logs / (result.program.medianMs / 1000.0), logs / (result.raw.medianMs / 1000.0),
-                result.raw.medianMs / result.program.medianMs);
+    printImportRates("harvester import", logs, result);
     return result;
 }
 

@@ -25,7 +25,6 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QSqlQueryModel>
 #include <QTemporaryDir>
 #include <QThread>
 #include <functional>
@@ -119,20 +118,7 @@ bench::Result startScenario(const QString& path, int runs)
 {
     bench::Result r;
     r.scenario = QStringLiteral("start (open, upgrade checks, main list)");
-    r.program = bench::measure(runs, [&] {
-        auto db = Database::openOrCreate(path);
-        std::FILE* devNull = std::fopen("/dev/null", "w");
-        {
-            ConsolePrompter quiet(true, devNull);
-            upgradeDatabase(db->shared(), quiet);
-            QSqlQueryModel model;
-            model.setQuery(QSqlQuery(harvestListSql(), db->listHandle()));
-            while (model.canFetchMore())
-                model.fetchMore();
-            harvestStatistics(model);
-        }
-        std::fclose(devNull);
-    });
+    r.program = bench::measure(runs, [&] { bench::programStart(path); });
     QString columns;
     for (const QString& c : harvestListColumns())
         columns += (columns.isEmpty() ? QString() : QStringLiteral(", ")) + quoted(c);

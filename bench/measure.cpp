@@ -55,4 +55,11 @@ void report(const std::vector<Result>& results, long peakRssKb)
     std::printf("%s\n", QJsonDocument(QJsonObject{{QStringLiteral("peak_rss_kb"), double(peakRssKb)}}).toJson(QJsonDocument::Compact).constData());
 }
 
+void printImportRates(const char* what, int logs, const Result& result)
+{
+    std::printf("%s: %.0f logs/s through the program, %.0f logs/s raw inserts, %.2f of the raw rate (goal >= 0.5)\n", what,
+                logs / (result.program.medianMs / 1000.0), logs / (result.raw.medianMs / 1000.0),
+                result.raw.medianMs / result.program.medianMs);
+}
+
 } // namespace tarvik::bench

@@ -22,6 +22,9 @@ struct Result {
 
 void report(const std::vector<Result>& results, long peakRssKb);
 
+// "<what>: n logs/s through the program, n logs/s raw inserts, r of the raw rate (goal >= 0.5)".
+void printImportRates(const char* what, int logs, const Result& result);
+
 long peakResidentKb();
 
 } // namespace tarvik::bench

@@ -74,7 +74,22 @@ void dropFromCache(const QString& path)
     }
 }
 
-void programStart(const QString& path, bool checkPagesFirst = false)
+void rawList(const QString& path)
+{
+    sqlite3* db = nullptr;
+    sqlite3_open_v2(path.toUtf8().constData(), &db, SQLITE_OPEN_READWRITE, nullptr);
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(db, "SELECT * FROM Hiebe", -1, &s, nullptr);
+    while (sqlite3_step(s) == SQLITE_ROW)
+        for (int c = 0; c < sqlite3_column_count(s); ++c)
+            sqlite3_column_text(s, c);
+    sqlite3_finalize(s);
+    sqlite3_close(db);
+}
+
+} // namespace
+
+void programStart(const QString& path, bool checkPagesFirst)
 {
     OpenOptions options;
     options.checkPages = checkPagesFirst;
@@ -91,21 +106,6 @@ void programStart(const QString& path, bool checkPagesFirst = false)
     }
     std::fclose(devNull);
 }
-
-void rawList(const QString& path)
-{
-    sqlite3* db = nullptr;
-    sqlite3_open_v2(path.toUtf8().constData(), &db, SQLITE_OPEN_READWRITE, nullptr);
-    sqlite3_stmt* s = nullptr;
-    sqlite3_prepare_v2(db, "SELECT * FROM Hiebe", -1, &s, nullptr);
-    while (sqlite3_step(s) == SQLITE_ROW)
-        for (int c = 0; c < sqlite3_column_count(s); ++c)
-            sqlite3_column_text(s, c);
-    sqlite3_finalize(s);
-    sqlite3_close(db);
-}
-
-} // namespace
 
 std::vector<Result> startSizeScenarios(const QString& scratchFolder, const QList<int>& sizesMb, int runs)
 {

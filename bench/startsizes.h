@@ -9,6 +9,10 @@
 
 namespace tarvik::bench {
 
+// What the desktop program does at its start: open (with the full page check first if asked),
+// the upgrade checks, the main list read to its end and its statistics.
+void programStart(const QString& path, bool checkPagesFirst = false);
+
 // Builds one file per size (in MB) in scratchFolder and measures the start on each.
 std::vector<Result> startSizeScenarios(const QString& scratchFolder, const QList<int>& sizesMb, int runs);
 

@@ -39,7 +39,7 @@ int main(int argc, char* argv[])
     options.dataFolder = tarvik::resolveDataFolder(parser.value(dataOption));
     options.shareFolder = tarvik::shareFolder();
     options.locale = QLocale();
-    options.beforeOpening = tarvik::takeOverRestoreAtStart;
+    options.beforeOpening = tarvik::takeOverStagedRestore;
     std::unique_ptr<tarvik::Session> session = tarvik::startSession(options, prompter);
     if (!session)
         return 1;

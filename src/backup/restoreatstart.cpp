@@ -43,9 +43,4 @@ StagedRestore takeOverStagedRestore(const QString& dataFolder, QLockFile* held, 
     return swap.error.isEmpty() ? StagedRestore::None : StagedRestore::Failed;
 }
 
-void takeOverRestoreAtStart(const QString& dataFolder, QLockFile* held, Prompter& prompter)
-{
-    takeOverStagedRestore(dataFolder, held, prompter);
-}
-
 } // namespace tarvik

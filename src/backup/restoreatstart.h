@@ -15,8 +15,6 @@ enum class StagedRestore { None, Swapped, Waiting, Failed };
 // otherwise it waits for the next start. Every handle of this process on the database must be
 // closed. What happened is said through the prompter.
 StagedRestore takeOverStagedRestore(const QString& dataFolder, QLockFile* held, Prompter& prompter);
-// The start's hook: the same, without the outcome.
-void takeOverRestoreAtStart(const QString& dataFolder, QLockFile* held, Prompter& prompter);
 QString restoreWaitsMessage();
 
 } // namespace tarvik

@@ -158,7 +158,7 @@ int run(const QStringList& args, std::FILE* out, std::FILE* err)
         options.dataFolder = resolveDataFolder(inv.dataFolder);
         options.shareFolder = shareFolder();
         options.locale = QLocale();
-        options.beforeOpening = takeOverRestoreAtStart;
+        options.beforeOpening = takeOverStagedRestore;
         options.singleInstance = false; // scripts may run beside the desktop program; the engine serialises writes
         session = startSession(options, prompter);
         if (!session)

@@ -49,7 +49,7 @@ std::unique_ptr<Session> startDesktop(const test::TempDataFolder& folder, test::
     options.dataFolder = folder.path();
     options.locale = QLocale();
     options.singleInstance = true;
-    options.beforeOpening = takeOverRestoreAtStart;
+    options.beforeOpening = takeOverStagedRestore;
     return startSession(options, prompter);
 }
 

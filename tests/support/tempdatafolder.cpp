@@ -22,7 +22,7 @@ std::unique_ptr<Session> TempDataFolder::start(ScriptedPrompter& prompter) const
     options.shareFolder = QString(); // nothing to seed: the folder exists
     options.locale = QLocale();
     options.singleInstance = false;
-    options.beforeOpening = takeOverRestoreAtStart; // as both programs start
+    options.beforeOpening = takeOverStagedRestore; // as both programs start
     return startSession(options, prompter);
 }
 

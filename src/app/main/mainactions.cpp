@@ -108,35 +108,23 @@ void MainWindow::openLots()
     selectHarvest(hub.harvestId());
 }
 
-void MainWindow::openLogs()
+// The log, pole and stacked-wood windows open on the current harvest in mode "Neu".
+template <class EntryDialog>
+void MainWindow::openEntryWindow()
 {
     const auto id = harvestForEntry();
     if (!id)
         return;
-    LogDialog dialog(context(), *id, std::nullopt, std::nullopt, this);
+    EntryDialog dialog(context(), *id, std::nullopt, std::nullopt, this);
     dialog.exec();
     refill();
 }
 
-void MainWindow::openPoles()
-{
-    const auto id = harvestForEntry();
-    if (!id)
-        return;
-    PoleDialog dialog(context(), *id, std::nullopt, std::nullopt, this);
-    dialog.exec();
-    refill();
-}
+void MainWindow::openLogs() { openEntryWindow<LogDialog>(); }
 
-void MainWindow::openStacks()
-{
-    const auto id = harvestForEntry();
-    if (!id)
-        return;
-    StackDialog dialog(context(), *id, std::nullopt, std::nullopt, this);
-    dialog.exec();
-    refill();
-}
+void MainWindow::openPoles() { openEntryWindow<PoleDialog>(); }
+
+void MainWindow::openStacks() { openEntryWindow<StackDialog>(); }
 
 void MainWindow::openInvoices()
 {

@@ -95,9 +95,9 @@ MainWindow::MainWindow(Session& session, Prompter& prompter, const Clock& clock,
     left->addLayout(listAndInfo, 1);
     auto* statisticsLine = new QHBoxLayout;
     statisticsLine->addWidget(m_statistics, 1);
-    auto* rangeNote = new RangeNote(m_session.settings);
-    connect(rangeNote, &RangeNote::cleared, this, &MainWindow::refill);
-    statisticsLine->addWidget(rangeNote);
+    m_rangeNote = new RangeNote(m_session.settings);
+    connect(m_rangeNote, &RangeNote::cleared, this, &MainWindow::refill);
+    statisticsLine->addWidget(m_rangeNote);
     left->addLayout(statisticsLine);
     auto* central = new QWidget;
     auto* layout = new QHBoxLayout(central);
@@ -145,7 +145,7 @@ void MainWindow::refill()
         m_model->refill(m_session.database->listHandle(),
                         rangeUsable ? harvestFilter(0, std::nullopt, m_session.settings) : HarvestFilter{});
         m_statistics->setFullText(harvestStatistics(*m_model).text());
-        findChild<RangeNote*>()->refresh();
+        m_rangeNote->refresh();
     });
     if (!filled) {
         QApplication::restoreOverrideCursor();

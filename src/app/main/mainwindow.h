@@ -15,6 +15,7 @@ namespace tarvik {
 
 class ElidedLabel;
 class HarvestListModel;
+class RangeNote;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -49,6 +50,8 @@ private:
     void showTimberList();
     void buildTimberList(qint32 harvestId);
     std::optional<qint32> harvestForEntry();
+    template <class EntryDialog>
+    void openEntryWindow();
     void moveCurrent(int step);
     QList<qint32> markedHarvestIds() const;
     void markHarvests(const QList<qint32>& ids);
@@ -84,6 +87,7 @@ private:
     QTableView* m_list;
     QPlainTextEdit* m_info;
     ElidedLabel* m_statistics;
+    RangeNote* m_rangeNote = nullptr; // "Nur Hiebe …" beside the statistics
     bool m_activatedOnce = false;
     bool m_refill = true;
     bool m_infoWide = false;
